@@ -1,0 +1,31 @@
+# SPDX-License-Identifier: MIT
+# libnimba_mgmt_interface: its rooms are compiled once, into objects that the shared library and the
+# unit tests share.
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(LIBDRM REQUIRED IMPORTED_TARGET libdrm) # for its types; it is loaded at run time
+
+add_library(nimba_objects OBJECT
+    core/interface_version.cpp
+    core/logging.cpp
+    core/node_access.cpp
+    core/node_text.cpp)
+target_include_directories(nimba_objects
+    PUBLIC ${NIMBA_HEADER_DIR} ${CMAKE_SOURCE_DIR}
+    PRIVATE ${LIBDRM_INCLUDE_DIRS})
+target_link_libraries(nimba_objects PUBLIC ${CMAKE_DL_LIBS})
+
+set(exports ${CMAKE_SOURCE_DIR}/core/exports.map)
+add_library(nimba_mgmt_interface SHARED)
+add_library(nimba::mgmt_interface ALIAS nimba_mgmt_interface)
+target_link_libraries(nimba_mgmt_interface PRIVATE nimba_objects)
+# Calls between the library's own functions stay inside it, whatever a host names its functions.
+target_link_options(nimba_mgmt_interface PRIVATE
+    -Wl,--version-script=${exports} -Wl,-Bsymbolic-functions)
+target_include_directories(nimba_mgmt_interface
+    INTERFACE $<BUILD_INTERFACE:${NIMBA_HEADER_DIR}>
+              $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+set_target_properties(nimba_mgmt_interface PROPERTIES
+    EXPORT_NAME mgmt_interface
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR}
+    LINK_DEPENDS ${exports})

@@ -1,0 +1,456 @@
+/* SPDX-License-Identifier: MIT */
+/*
+ * libnimba_mgmt_interface: inspect and tune the adapters of the Nimba and QV chips.
+ *
+ * Order of use:
+ *   1. load the library (its constructor writes one line to standard output and installs printf as
+ *      the print callback);
+ *   2. set_print_callback and get_interface_version_ext1, both optional;
+ *   3. gfx_find_adapter with a zeroed find_adapter record, then optionally gfx_find_adapter_ext1;
+ *   4. set the record's chip_id_idx to one of its slots and call gfx_global_init;
+ *   5. any query or setting;
+ *   6. gfx_global_exit.
+ *
+ * Conventions. Every record is a fixed little-endian layout that the caller owns; a field that the
+ * library cannot fill stays as the caller set it, so pass zeroed records. Pointer arguments must
+ * not be null unless a comment says that they may. The library starts no thread and locks nothing:
+ * serialise the calls, and run initialisation and exit while no other call runs. The only
+ * environment variable it reads is HOME.
+ *
+ * The header compiles as C11 and as C++20; C++ hosts get a few more declarations at the end.
+ */
+#ifndef NIMBA_MGMT_INTERFACE_H
+#define NIMBA_MGMT_INTERFACE_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+#include <string>
+#include <vector>
+#endif
+
+#if defined(__GNUC__)
+#define NIMBA_MGMT_API __attribute__((visibility("default")))
+#define NIMBA_MGMT_PRINTF(format_index, first_value) \
+    __attribute__((format(printf, format_index, first_value)))
+#else
+#define NIMBA_MGMT_API
+#define NIMBA_MGMT_PRINTF(format_index, first_value)
+#endif
+
+#ifdef __cplusplus
+#define NIMBA_MGMT_ASSERT(condition) static_assert(condition, #condition)
+#else
+#define NIMBA_MGMT_ASSERT(condition) _Static_assert(condition, #condition)
+#endif
+
+/* Checks, when the header is compiled, that `field` stands at byte `offset` of `record`. */
+#define NIMBA_MGMT_ASSERT_OFFSET(record, field, offset) \
+    NIMBA_MGMT_ASSERT(offsetof(record, field) == (offset))
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---------------------------------------------------------------------------------------------
+ * Identifiers. A board vendor chooses them when the library is configured (one -DNAME=0x… each);
+ * the installed header, the pkg-config file and the CMake package carry the chosen values.
+ * ------------------------------------------------------------------------------------------- */
+
+/* PCI vendor identifiers of the product. */
+#define NIMBA_VENDOR_ID 0x4E4D
+#define QV_VENDOR_ID 0x5156
+
+/* PCI device identifiers of the chips; a slot's chip_id is one of them. They differ pairwise, also
+ * across the two vendors, since initialisation goes by the device identifier alone. */
+#define DEVICE_ID_NIMBA_K1 0x1001
+#define DEVICE_ID_NIMBA_K2 0x1002
+#define DEVICE_ID_NIMBA_K3 0x1003
+#define DEVICE_ID_NIMBA_K3T 0x1013
+#define DEVICE_ID_NIMBA_K5 0x1005
+#define DEVICE_ID_NIMBA_K6 0x1006
+#define DEVICE_ID_QV_M20 0x2020
+#define DEVICE_ID_QV_M30 0x2030
+#define DEVICE_ID_QV_M40 0x2040
+
+/* Adapter slots of a find_adapter record, numbered from 0. */
+#define MAX_CHIP_NUM 3
+
+/* ---------------------------------------------------------------------------------------------
+ * Logging and interface version
+ * ------------------------------------------------------------------------------------------- */
+
+/* The interface version that this header describes: major (high 16 bits) 0, minor 22. */
+#define NIMBA_INTERFACE_VERSION 22
+
+/* Values of interface_version_info.version_match_result. */
+#define NIMBA_VERSION_MAJOR_MISMATCH 100 /* the client's major version is not 0 */
+#define NIMBA_VERSION_MATCH 200          /* the client's version is 22 */
+#define NIMBA_VERSION_CLIENT_OLDER 201   /* the client's minor version is below 22: compatible */
+#define NIMBA_VERSION_CLIENT_NEWER 202   /* above 22: the library may lack what the client wants */
+
+/* A printf-compatible receiver of messages. The library passes one finished text and no further
+ * arguments, so a function of one `const char *` works as well. */
+typedef int (*nimba_print_callback)(const char* format, ...);
+
+/* The receiver of every message; null silences them. `printf` from the time the library is loaded
+ * until it is replaced; nothing resets it. With `printf`, a percent sign in a finished text is
+ * read as a conversion: hosts that show texts from files or the driver install a callback. */
+extern NIMBA_MGMT_API nimba_print_callback pServerPrintCallback;
+
+/* The version handshake, 12 bytes. */
+typedef struct interface_version_info {
+    uint32_t server_interface_version; /*  0, out: always 22 */
+    uint32_t client_interface_version; /*  4, in: major in the high 16 bits, minor in the low */
+    uint32_t version_match_result;     /*  8, out: one of NIMBA_VERSION_* */
+} interface_version_info;
+
+NIMBA_MGMT_ASSERT(sizeof(interface_version_info) == 12);
+NIMBA_MGMT_ASSERT_OFFSET(interface_version_info, server_interface_version, 0);
+NIMBA_MGMT_ASSERT_OFFSET(interface_version_info, client_interface_version, 4);
+NIMBA_MGMT_ASSERT_OFFSET(interface_version_info, version_match_result, 8);
+
+/* Formats a message by printf's rules and hands the finished text, cut to 1023 characters, to
+ * pServerPrintCallback. With a null callback nothing is formatted.
+ * Return: 0 always; the callback's result is ignored. */
+NIMBA_MGMT_API int32_t lib_print_func(const char* format, ...) NIMBA_MGMT_PRINTF(1, 2);
+
+/* Installs the receiver of messages.
+ * callback: the new receiver; null silences the library.
+ * The new receiver gets "set_print_callback.\n" as its first message.
+ * Return: 0 always. */
+NIMBA_MGMT_API int32_t set_print_callback(nimba_print_callback callback);
+
+/* Tells the interface version.
+ * Return: 22. */
+NIMBA_MGMT_API int32_t get_interface_version(void);
+
+/* Compares the version that the caller was built for with the library's.
+ * info: client_interface_version is read; the other two fields are written in every case. The
+ * outcome is also logged.
+ * Return: 0 always; the outcome is in version_match_result. */
+NIMBA_MGMT_API int32_t get_interface_version_ext1(interface_version_info* info);
+
+/* A stable entry point without an effect in this version.
+ * Return: 0. */
+NIMBA_MGMT_API int32_t get_driver_info(void);
+
+/* Reports the state of the tool; no problem is ever reported in this version.
+ * status: set to 0.
+ * Return: 0. */
+NIMBA_MGMT_API int32_t selfcheck_current_tool_status(uint32_t* status);
+
+/* ---------------------------------------------------------------------------------------------
+ * Text helpers
+ * ------------------------------------------------------------------------------------------- */
+
+/* Finds the value behind a key such as "Driver Version : " in node text.
+ * buffer, length: the bytes to search, which need not be NUL-terminated.
+ * key: NUL-terminated text.
+ * A key that ends exactly at the buffer's last byte is not found: pass the size of a buffer that is
+ * larger than its text. An empty key is never found.
+ * Return: the index of the byte after the key's first occurrence, or -1. */
+NIMBA_MGMT_API int32_t find_str_in_buffer(const char* buffer, int32_t length, const char* key);
+
+/* Copies the first line of a text, without its newline, and NUL-terminates the copy.
+ * destination, size: receives at most size - 1 characters and the NUL. Pass the true size: a size
+ * of 0 leaves the copy bounded by the line's length alone.
+ * source: NUL-terminated text.
+ * Return: the number of bytes stored, the NUL included. */
+NIMBA_MGMT_API uint32_t safe_str_copy_till_return(char* destination, const char* source,
+                                                  uint64_t size);
+
+/* ---------------------------------------------------------------------------------------------
+ * Adapter discovery
+ * ------------------------------------------------------------------------------------------- */
+
+/* One adapter's handles in sysfs, 48 bytes. */
+typedef struct gpu_infos {
+    char busid[20];         /*  0: PCI address, "%04x:%02x:%02x.%d": domain, bus, device, func. */
+    int32_t pci_dir_fd;     /* 20: directory /sys/bus/pci/devices/<busid>; negative: not opened */
+    int32_t jw_info_dir_fd; /* 24: the driver's info directory in it: "jw_info" or "qv_info" */
+    int32_t hwmon_dir_fd;   /* 28: the first directory "hwmon*" in its "hwmon" directory */
+    uint16_t vendor_id;     /* 32: PCI vendor identifier */
+    uint8_t reserved[14];   /* 34: not written */
+} gpu_infos;
+
+NIMBA_MGMT_ASSERT(sizeof(gpu_infos) == 48);
+NIMBA_MGMT_ASSERT_OFFSET(gpu_infos, busid, 0);
+NIMBA_MGMT_ASSERT_OFFSET(gpu_infos, pci_dir_fd, 20);
+NIMBA_MGMT_ASSERT_OFFSET(gpu_infos, jw_info_dir_fd, 24);
+NIMBA_MGMT_ASSERT_OFFSET(gpu_infos, hwmon_dir_fd, 28);
+NIMBA_MGMT_ASSERT_OFFSET(gpu_infos, vendor_id, 32);
+NIMBA_MGMT_ASSERT_OFFSET(gpu_infos, reserved, 34);
+
+/* The identity of the adapters in the slots, 128 bytes. */
+typedef struct find_adapter_header {
+    uint32_t reserved0;                 /*   0: not read or written */
+    uint32_t vendor_id_filter;          /*   4, in: vendor to accept; 0xFFFF accepts both */
+    uint32_t reserved1;                 /*   8: not read or written */
+    int32_t chip_num;                   /*  12, out: product adapters found, 0 to 3 */
+    uint32_t chip_id[MAX_CHIP_NUM];     /*  16, out: PCI device identifier */
+    char chip_name[MAX_CHIP_NUM][20];   /*  28, out: such as "Gpu0:Nimba-K1", NUL-terminated */
+    int32_t IS_VA_driver[MAX_CHIP_NUM]; /*  88, out: 1: the driver says "VA=1"; else as it was */
+    int32_t drm_fd[MAX_CHIP_NUM];       /* 100, out: open descriptor of the DRM node */
+    int32_t drm_card_idx[MAX_CHIP_NUM]; /* 112, out: N of the primary node /dev/dri/cardN */
+    uint32_t reserved2;                 /* 124: not read or written */
+} find_adapter_header;
+
+/* The discovery record, 276 bytes. It must live as long as the library is used, since
+ * pCurrent_gpu_infos points into it. */
+typedef struct find_adapter {
+    find_adapter_header header;               /*   0 */
+    struct gpu_infos gpu_infos[MAX_CHIP_NUM]; /* 128, out: handles by slot */
+    int32_t chip_id_idx; /* 272, in: slot to make current, 0 to 2; the range is not checked */
+} find_adapter;
+
+NIMBA_MGMT_ASSERT(sizeof(find_adapter_header) == 128);
+NIMBA_MGMT_ASSERT(sizeof(find_adapter) == 276);
+NIMBA_MGMT_ASSERT_OFFSET(find_adapter, header.vendor_id_filter, 4);
+NIMBA_MGMT_ASSERT_OFFSET(find_adapter, header.chip_num, 12);
+NIMBA_MGMT_ASSERT_OFFSET(find_adapter, header.chip_id, 16);
+NIMBA_MGMT_ASSERT_OFFSET(find_adapter, header.chip_name, 28);
+NIMBA_MGMT_ASSERT_OFFSET(find_adapter, header.IS_VA_driver, 88);
+NIMBA_MGMT_ASSERT_OFFSET(find_adapter, header.drm_fd, 100);
+NIMBA_MGMT_ASSERT_OFFSET(find_adapter, header.drm_card_idx, 112);
+NIMBA_MGMT_ASSERT_OFFSET(find_adapter, gpu_infos, 128);
+NIMBA_MGMT_ASSERT_OFFSET(find_adapter, chip_id_idx, 272);
+
+/* A PCI location, 6 bytes. */
+typedef struct busid_info {
+    uint16_t domain;  /* 0 */
+    uint8_t bus;      /* 2 */
+    uint8_t device;   /* 3 */
+    uint8_t function; /* 4 */
+    uint8_t reserved; /* 5: zero */
+} busid_info;
+
+/* A locally unique identifier made from the PCI location, 8 bytes. */
+typedef struct gfx_luid {
+    uint32_t low;  /* 0: PCI domain */
+    uint32_t high; /* 4: bus * 65536 + device * 256 + function */
+} gfx_luid;
+
+/* The extended identity of the same slots, 1704 bytes. */
+typedef struct find_adapter_ext1 {
+    uint8_t reserved0[132];                     /*   0: zero */
+    int32_t other_vendor_chip_num;              /* 132: 1 once a GPU of another vendor was found */
+    uint32_t vendor_id[MAX_CHIP_NUM];           /* 136: PCI vendor identifier */
+    struct busid_info busid_info[MAX_CHIP_NUM]; /* 148: PCI location */
+    uint8_t reserved1[2];                       /* 166: zero */
+    gfx_luid luid[MAX_CHIP_NUM];                /* 168: locally unique identifier */
+    uint8_t reserved2[1512];                    /* 192: zero */
+} find_adapter_ext1;
+
+NIMBA_MGMT_ASSERT(sizeof(busid_info) == 6);
+NIMBA_MGMT_ASSERT_OFFSET(busid_info, domain, 0);
+NIMBA_MGMT_ASSERT_OFFSET(busid_info, bus, 2);
+NIMBA_MGMT_ASSERT_OFFSET(busid_info, device, 3);
+NIMBA_MGMT_ASSERT_OFFSET(busid_info, function, 4);
+NIMBA_MGMT_ASSERT(sizeof(gfx_luid) == 8);
+NIMBA_MGMT_ASSERT_OFFSET(gfx_luid, low, 0);
+NIMBA_MGMT_ASSERT_OFFSET(gfx_luid, high, 4);
+NIMBA_MGMT_ASSERT(sizeof(find_adapter_ext1) == 1704);
+NIMBA_MGMT_ASSERT_OFFSET(find_adapter_ext1, other_vendor_chip_num, 132);
+NIMBA_MGMT_ASSERT_OFFSET(find_adapter_ext1, vendor_id, 136);
+NIMBA_MGMT_ASSERT_OFFSET(find_adapter_ext1, busid_info, 148);
+NIMBA_MGMT_ASSERT_OFFSET(find_adapter_ext1, luid, 168);
+NIMBA_MGMT_ASSERT_OFFSET(find_adapter_ext1, reserved2, 192);
+
+/* What gfx_find_adapter_ext1 returns. Zero at load; a later discovery overwrites the slots that it
+ * reaches and never clears other_vendor_chip_num. */
+extern NIMBA_MGMT_API find_adapter_ext1 find_adapter_ext1_cache;
+
+/* 1 after a discovery that could list DRM devices, 0 after one that could not. */
+extern NIMBA_MGMT_API uint8_t gpuinfo_control_enable;
+
+/* The current adapter's entry inside the caller's find_adapter record; null until a slot is made
+ * current. Set by gpuinfo_select_new_chip. */
+extern NIMBA_MGMT_API struct gpu_infos* pCurrent_gpu_infos;
+
+/* "/sys/bus/pci/devices/<busid>" of the current adapter. Set by gpuinfo_select_new_chip. */
+extern NIMBA_MGMT_API char sys_bus_pci_devices_BUSID_path[60];
+
+/* Finds up to three of the product's adapters and at most one GPU of another vendor.
+ * rec: vendor_id_filter is read. Each product adapter among the first three DRM devices fills the
+ * next slot; chip_num counts them. A GPU of another vendor writes chip_id, chip_name and
+ * drm_card_idx of slot 2, over a third adapter if there is one; chip_num does not count it.
+ * A field whose node, directory or file cannot be opened stays as it was.
+ * Every call opens its descriptors anew, and they stay open for the life of the process, one of the
+ * other vendor's GPU among them: discover once.
+ * Return: 0 always. Nothing found: chip_num 0. libdrm ("libdrm.so" or "libdrm.so.2") missing or
+ * unusable: the record is untouched and gpuinfo_control_enable is 0.
+ * Sources: drmGetDevices2 or drmGetDevices, drmGetVersion on the render, control or primary node,
+ * /sys/bus/pci/devices/<busid>, /sys/kernel/debug/dri/<n>/jw/info or qv/info. */
+NIMBA_MGMT_API int32_t gfx_find_adapter(find_adapter* rec);
+
+/* Copies the extended identity of the slots that gfx_find_adapter filled.
+ * rec: all 1704 bytes are written.
+ * Return: 0 always. */
+NIMBA_MGMT_API int32_t gfx_find_adapter_ext1(find_adapter_ext1* rec);
+
+/* Loads libdrm and looks its functions up, anew on every call.
+ * Return: 1, or 0 when the library lacks a function that discovery needs. */
+NIMBA_MGMT_API int32_t gpuinfo_nimba_init(void);
+
+/* Runs a discovery with the libdrm that gpuinfo_nimba_init loaded.
+ * rec: as for gfx_find_adapter; chip_num is set to 0 first.
+ * Return: 1, or 0 when no DRM device could be listed. */
+NIMBA_MGMT_API int32_t gpuinfo_nimba_get_device_handles(find_adapter* rec);
+
+/* Makes the slot rec->chip_id_idx current: sets pCurrent_gpu_infos and
+ * sys_bus_pci_devices_BUSID_path.
+ * Return: 0 always. */
+NIMBA_MGMT_API int32_t gpuinfo_select_new_chip(find_adapter* rec);
+
+/* ---------------------------------------------------------------------------------------------
+ * Life cycle
+ * ------------------------------------------------------------------------------------------- */
+
+/* The current adapter's open DRM descriptor: the first argument of the kernel-interface library's
+ * functions. Set by gfx_global_init. */
+extern NIMBA_MGMT_API int32_t __perf_event_fd;
+
+/* The device block that the kernel-interface library works in; null when there is none. Allocated
+ * by gfx_global_init, freed by gfx_global_exit. */
+extern NIMBA_MGMT_API void* pdev;
+
+/* The current adapter's directory in debugfs: "/sys/kernel/debug/dri/<n>/jw" or ".../qv". Empty
+ * until gfx_global_init meets a chip that it knows. */
+extern NIMBA_MGMT_API char sys_kernel_debug_ID_dri_ADAPTER_path[50];
+
+/* Makes the slot rec->chip_id_idx current, empties the list of GPU preferences, loads the chip's
+ * kernel-interface library, switches the driver's usage accounting on and allocates the device
+ * block. It may be called again for the same or another slot without an exit in between.
+ * rec: a record that gfx_find_adapter filled; it is read only, and must outlive the use of the
+ * slot. Return: the slot's chip_id, or -1: the chip is not known, its kernel-interface library or
+ * the library's size function is missing, the size is 0, or there is no memory. After a failure the
+ * slot is current all the same and usage accounting stays on.
+ * Writes "1" to the node "enable_usage" in the driver's info directory. */
+NIMBA_MGMT_API int32_t gfx_global_init(find_adapter* rec);
+
+/* Switches usage accounting off, closes the kernel-interface library, frees the device block and
+ * empties the list of GPU preferences. The slot stays current, so that its nodes can still be read,
+ * and discovery's descriptors stay open. A second call does the same again.
+ * chip_id_idx: only logged.
+ * Return: 0 always. */
+NIMBA_MGMT_API int32_t gfx_global_exit(int32_t chip_id_idx);
+
+/* Writes to the driver's usage-accounting switch, the node "enable_usage" in the current adapter's
+ * info directory.
+ * text: "1" or "0". It is used as a printf format: no percent signs.
+ * Return: the number of characters written; 0 when the node cannot be opened or no slot was made
+ * current. A value that the driver rejects still counts as written. */
+NIMBA_MGMT_API int32_t gpuinfo_set_enable_usage(const char* text);
+
+/* ---------------------------------------------------------------------------------------------
+ * GPU preferences: which GPU an application should use, kept in the user's file
+ * $HOME/.local/share/wmt_gfx_util.ini (the directory is not created).
+ * ------------------------------------------------------------------------------------------- */
+
+/* One application's preference, 1116 bytes. Texts are NUL-terminated when shorter than their field.
+ * Texts with a newline, ";" or, in FileName, "]" do not survive the file; blanks at either end of
+ * FullPath and PreferGpuName are dropped on reading. */
+typedef struct _UTIL_GPU_PREFERENCE_NODE {
+    char FileName[64];      /*    0: the application's file name without directory: the key */
+    char FullPath[512];     /*   64: full path of the executable */
+    int32_t GpuPrefer;      /*  576: the preference value */
+    char PreferGpuName[16]; /*  580: display name of the preferred GPU */
+    uint16_t domain;        /*  596: PCI location of the preferred GPU ("PreferGpuBusID") */
+    uint8_t bus;            /*  598 */
+    uint8_t device;         /*  599 */
+    uint8_t function;       /*  600 */
+    uint8_t reserved[515];  /*  601: zero in records read from the file; compared with the rest */
+} _UTIL_GPU_PREFERENCE_NODE;
+
+NIMBA_MGMT_ASSERT(sizeof(_UTIL_GPU_PREFERENCE_NODE) == 1116);
+NIMBA_MGMT_ASSERT_OFFSET(_UTIL_GPU_PREFERENCE_NODE, FileName, 0);
+NIMBA_MGMT_ASSERT_OFFSET(_UTIL_GPU_PREFERENCE_NODE, FullPath, 64);
+NIMBA_MGMT_ASSERT_OFFSET(_UTIL_GPU_PREFERENCE_NODE, GpuPrefer, 576);
+NIMBA_MGMT_ASSERT_OFFSET(_UTIL_GPU_PREFERENCE_NODE, PreferGpuName, 580);
+NIMBA_MGMT_ASSERT_OFFSET(_UTIL_GPU_PREFERENCE_NODE, domain, 596);
+NIMBA_MGMT_ASSERT_OFFSET(_UTIL_GPU_PREFERENCE_NODE, bus, 598);
+NIMBA_MGMT_ASSERT_OFFSET(_UTIL_GPU_PREFERENCE_NODE, device, 599);
+NIMBA_MGMT_ASSERT_OFFSET(_UTIL_GPU_PREFERENCE_NODE, function, 600);
+NIMBA_MGMT_ASSERT_OFFSET(_UTIL_GPU_PREFERENCE_NODE, reserved, 601);
+
+/* Path of the preference file; empty until the first set or get, and for good when HOME is unset,
+ * empty or too long for it. */
+extern NIMBA_MGMT_API char UTIL_CONFIG_PATH[512];
+
+/* Records an application's preference and rewrites the file. The file is loaded first if neither a
+ * set nor a get ran since the library was loaded. The first record whose FileName is the file name
+ * in node->FullPath is replaced; without one the node is added. An unchanged record writes nothing.
+ * node: FileName must be the file name in FullPath, or every set adds a record.
+ * Return: 0 always; a file that cannot be written is logged. */
+NIMBA_MGMT_API int32_t set_gpu_preference(const _UTIL_GPU_PREFERENCE_NODE* node);
+
+/* Copies the preferences out, in file order. The file is loaded first if neither a set nor a get
+ * ran since the library was loaded; after gfx_global_exit and gfx_global_init the list is empty.
+ * buffer: receives the records; null asks for their number only.
+ * count: in, the buffer's capacity in records; out, the number copied (of all records when buffer
+ * is null). Size the buffer for at least one record: one is copied whatever the capacity, if there
+ * is one. Return: 0 always. */
+NIMBA_MGMT_API int32_t get_gpu_preference(_UTIL_GPU_PREFERENCE_NODE* buffer, int32_t* count);
+
+/* Removes the first record whose FileName is the file name in node->FullPath and rewrites the file,
+ * also when there is none. It never loads the file: after gfx_global_exit and gfx_global_init it
+ * leaves a file without records, and before the first set or get it changes nothing.
+ * node: only FullPath is read.
+ * Return: 0 always; a file that cannot be written is logged. */
+NIMBA_MGMT_API int32_t remove_gpu_preference(const _UTIL_GPU_PREFERENCE_NODE* node);
+
+/* The workers of the three above, with the same arguments and results. */
+NIMBA_MGMT_API int32_t SetGPUPreference_config(const _UTIL_GPU_PREFERENCE_NODE* node);
+NIMBA_MGMT_API int32_t GetGPUPreference_config(_UTIL_GPU_PREFERENCE_NODE* buffer, int32_t* count);
+NIMBA_MGMT_API int32_t RemoveGPUPreference_config(const _UTIL_GPU_PREFERENCE_NODE* node);
+
+/* Empty the list of preferences; gfx_global_init and gfx_global_exit call them. The file stays.
+ * Return: 0. */
+NIMBA_MGMT_API int32_t initGPUPreference_config(void);
+NIMBA_MGMT_API int32_t uninitGPUPreference_config(void);
+
+#ifdef __cplusplus
+} /* extern "C" */
+
+/* ---------------------------------------------------------------------------------------------
+ * C++ hosts: globals and functions with C++ types, exported under type-qualified names. The host
+ * and the library must share the C++ standard library.
+ * ------------------------------------------------------------------------------------------- */
+
+/* The preferences in file order; empty at load. Filled by the first set or get, emptied by
+ * gfx_global_init and gfx_global_exit. */
+extern NIMBA_MGMT_API std::vector<_UTIL_GPU_PREFERENCE_NODE> interface_config_list;
+
+/* Sets UTIL_CONFIG_PATH from HOME and appends the file's records to interface_config_list. With
+ * HOME unset, empty or too long the path stays empty, nothing is read and one line is logged.
+ * Return: 0 always. */
+NIMBA_MGMT_API int32_t util_init_config_files();
+
+/* Appends the records of the preference file at `path` to interface_config_list, without clearing
+ * it, and logs each.
+ * Return: the number of section headers read, or -1 when the file cannot be opened. */
+NIMBA_MGMT_API int32_t parseINI(const char* path);
+
+/* Rewrites the file at `path` from interface_config_list and logs each record. A file that cannot
+ * be opened is logged; one that cannot be written to the end (a full disk) is logged and gets its
+ * previous text back. */
+NIMBA_MGMT_API void savefile_INI(const char* path);
+
+/* Logs one record behind `prefix`. */
+NIMBA_MGMT_API void printConfigNodeLog(const char* prefix, const _UTIL_GPU_PREFERENCE_NODE* node);
+
+/* Removes white space (space and \t \n \v \f \r) from both ends of a NUL-terminated text, in place.
+ */
+NIMBA_MGMT_API void trimWhitespace(char* text);
+
+/* Return: the part of `path` behind its last "/" or "\"; all of it when there is neither. */
+NIMBA_MGMT_API std::string get_filename(const std::string& path);
+
+#endif /* __cplusplus */
+
+#undef NIMBA_MGMT_ASSERT_OFFSET
+#undef NIMBA_MGMT_ASSERT
+
+#endif /* NIMBA_MGMT_INTERFACE_H */
