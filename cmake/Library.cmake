@@ -5,10 +5,15 @@ find_package(PkgConfig REQUIRED)
 pkg_check_modules(LIBDRM REQUIRED IMPORTED_TARGET libdrm) # for its types; it is loaded at run time
 
 add_library(nimba_objects OBJECT
+    core/adapter_sysfs.cpp
+    core/chip_table.cpp
+    core/discovery.cpp
+    core/drm_library.cpp
     core/interface_version.cpp
     core/logging.cpp
     core/node_access.cpp
-    core/node_text.cpp)
+    core/node_text.cpp
+    core/shared_library.cpp)
 target_include_directories(nimba_objects
     PUBLIC ${NIMBA_HEADER_DIR} ${CMAKE_SOURCE_DIR}
     PRIVATE ${LIBDRM_INCLUDE_DIRS})
