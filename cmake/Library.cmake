@@ -5,6 +5,9 @@ find_package(PkgConfig REQUIRED)
 pkg_check_modules(LIBDRM REQUIRED IMPORTED_TARGET libdrm) # for its types; it is loaded at run time
 
 add_library(nimba_objects OBJECT
+    config/preference_file.cpp
+    config/preferences.cpp
+    config/preference_text.cpp
     core/adapter_sysfs.cpp
     core/chip_table.cpp
     core/discovery.cpp

@@ -1,0 +1,188 @@
+// SPDX-License-Identifier: MIT
+// The preference file: where it is, how it is loaded and how it is rewritten.
+#include "config/preference_text.hpp"
+#include "core/handles.hpp"
+#include "nimba_mgmt_interface.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <optional>
+
+// Filled by parseINI and SetGPUPreference_config, emptied by the two operations that end in
+// initGPUPreference_config.
+std::vector<_UTIL_GPU_PREFERENCE_NODE> interface_config_list;
+
+// Written by util_init_config_files alone.
+char UTIL_CONFIG_PATH[512] = "";
+
+namespace nimba {
+namespace {
+
+constexpr std::string_view kFileInHome = "/.local/share/wmt_gfx_util.ini";
+constexpr std::size_t kLineSize = 612;  // the NUL included; a longer line is read in pieces
+constexpr std::size_t kKeptTextLimit = std::size_t{16} << 20U;
+
+void skip_byte_order_mark(std::FILE* file)
+{
+    char mark[3] = {};
+    if (std::fread(mark, 1, sizeof mark, file) != sizeof mark ||
+        std::memcmp(mark, "\xEF\xBB\xBF", sizeof mark) != 0) {
+        std::rewind(file);
+    }
+}
+
+// The record that is being read, and the number of section headers so far.
+class PreferenceParser final {
+  public:
+    void add_line(std::string_view text)
+    {
+        const PreferenceLine line = read_preference_line(text);
+        if (line.kind == LineKind::kSection) {
+            // Keys from before the first header stay and become part of the first record.
+            keep_record();
+            ++sections_;
+            set_file_name(node_, line.name);
+        } else if (line.kind == LineKind::kValue) {
+            set_preference_value(node_, line.name, line.value);
+        }
+    }
+
+    // Ends the last record. Returns the number of sections.
+    int32_t finish()
+    {
+        keep_record();
+        return sections_;
+    }
+
+  private:
+    void keep_record()
+    {
+        if (sections_ > 0) {
+            interface_config_list.push_back(node_);
+            printConfigNodeLog("Load from config:", &node_);
+            node_ = {};
+        }
+    }
+
+    _UTIL_GPU_PREFERENCE_NODE node_{};
+    int32_t sections_ = 0;
+};
+
+// The file's text, to be put back if rewriting fails; empty for a file that does not exist, and
+// nothing for one that cannot be read or is too large to be a preference file.
+std::optional<std::string> read_kept_text(const char* path)
+{
+    const Stream file{std::fopen(path, "re")};
+    if (!file) {
+        return errno == ENOENT ? std::optional{std::string{}} : std::nullopt;
+    }
+    std::string text;
+    char piece[4096];
+    while (const std::size_t count = std::fread(piece, 1, sizeof piece, file.get())) {
+        text.append(piece, count);
+        if (text.size() > kKeptTextLimit) {
+            return std::nullopt;
+        }
+    }
+    return text;
+}
+
+// Closes a stream that was written to. False when any of it did not reach the file.
+bool close_written(Stream file)
+{
+    const bool failed = std::ferror(file.get()) != 0;
+    return std::fclose(file.release()) == 0 && !failed;
+}
+
+void put_back(const char* path, const std::string& text)
+{
+    if (const Stream file{std::fopen(path, "we")}) {
+        std::fwrite(text.data(), 1, text.size(), file.get());
+    }
+}
+
+}  // namespace
+}  // namespace nimba
+
+int32_t util_init_config_files()
+{
+    const char* home = std::getenv("HOME");
+    const std::string path = std::string{home != nullptr ? home : ""}.append(nimba::kFileInHome);
+    if (home == nullptr || *home == '\0' || path.size() >= sizeof UTIL_CONFIG_PATH) {
+        lib_print_func(
+            "util_init_config_files: HOME is unset, empty or too long, no preference file is "
+            "used.\n");
+        return 0;
+    }
+    std::memcpy(UTIL_CONFIG_PATH, path.c_str(), path.size() + 1);
+    parseINI(UTIL_CONFIG_PATH);
+    return 0;
+}
+
+int32_t parseINI(const char* path)
+{
+    const nimba::Stream file{std::fopen(path, "re")};
+    if (!file) {
+        lib_print_func("parseINI fail to open %s\n", path);
+        return -1;
+    }
+    lib_print_func("parseINI %s\n", path);
+    nimba::skip_byte_order_mark(file.get());
+    nimba::PreferenceParser parser;
+    char line[nimba::kLineSize];
+    while (std::fgets(line, sizeof line, file.get()) != nullptr) {
+        parser.add_line(line);
+    }
+    return parser.finish();
+}
+
+void savefile_INI(const char* path)
+{
+    const std::optional<std::string> previous = nimba::read_kept_text(path);
+    nimba::Stream file{std::fopen(path, "we")};
+    if (!file) {
+        lib_print_func("savefile_INI: can't open %s \n", path);
+        return;
+    }
+    lib_print_func("-------------------------\n");
+    std::fwrite(nimba::kPreferenceHeader.data(), 1, nimba::kPreferenceHeader.size(), file.get());
+    for (const _UTIL_GPU_PREFERENCE_NODE& node : interface_config_list) {
+        const std::string section = nimba::preference_section(node);
+        std::fwrite(section.data(), 1, section.size(), file.get());
+        printConfigNodeLog("Save to config:", &node);
+    }
+    lib_print_func("\n");
+    if (!nimba::close_written(std::move(file))) {
+        lib_print_func("savefile_INI: can't write %s \n", path);
+        if (previous) {
+            nimba::put_back(path, *previous);
+        }
+    }
+}
+
+void printConfigNodeLog(const char* prefix, const _UTIL_GPU_PREFERENCE_NODE* node)
+{
+    const auto name = nimba::running_text(*node, offsetof(_UTIL_GPU_PREFERENCE_NODE, FileName));
+    const auto path = nimba::running_text(*node, offsetof(_UTIL_GPU_PREFERENCE_NODE, FullPath));
+    const auto gpu = nimba::running_text(*node, offsetof(_UTIL_GPU_PREFERENCE_NODE, PreferGpuName));
+    lib_print_func("%s %.*s: %.*s, %.*s, %04d:%02d:%02d.%d\n", prefix,
+                   static_cast<int>(name.size()), name.data(), static_cast<int>(path.size()),
+                   path.data(), static_cast<int>(gpu.size()), gpu.data(), node->domain, node->bus,
+                   node->device, node->function);
+}
+
+void trimWhitespace(char* text)
+{
+    const std::string_view kept = nimba::trimmed(text);
+    const std::size_t length = kept.size();
+    std::memmove(text, kept.data(), length);
+    text[length] = '\0';
+}
+
+std::string get_filename(const std::string& path)
+{
+    const std::size_t separator = path.find_last_of("/\\");
+    return separator == std::string::npos ? path : path.substr(separator + 1);
+}
