@@ -10,9 +10,12 @@ add_library(nimba_objects OBJECT
     config/preference_text.cpp
     core/adapter_sysfs.cpp
     core/chip_table.cpp
+    core/current_adapter.cpp
     core/discovery.cpp
     core/drm_library.cpp
     core/interface_version.cpp
+    core/kernel_interface.cpp
+    core/lifecycle.cpp
     core/logging.cpp
     core/node_access.cpp
     core/node_text.cpp
