@@ -4,6 +4,10 @@
 #include "core/handles.hpp"
 #include "nimba_mgmt_interface.h"
 
+#include <fcntl.h>
+
+#include <sys/stat.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -20,9 +24,18 @@ char UTIL_CONFIG_PATH[512] = "";
 namespace nimba {
 namespace {
 
+// Destroyed before the list: a host's exit handler that calls the library after that finds it
+// empty, not with memory that was given back.
+const struct EmptyListAtExit {
+    EmptyListAtExit() = default;
+    EmptyListAtExit(const EmptyListAtExit&) = delete;
+    EmptyListAtExit& operator=(const EmptyListAtExit&) = delete;
+    ~EmptyListAtExit() { std::vector<_UTIL_GPU_PREFERENCE_NODE>{}.swap(interface_config_list); }
+} empty_list_at_exit;
+
 constexpr std::string_view kFileInHome = "/.local/share/wmt_gfx_util.ini";
 constexpr std::size_t kLineSize = 612;  // the NUL included; a longer line is read in pieces
-constexpr std::size_t kKeptTextLimit = std::size_t{16} << 20U;
+constexpr off_t kKeptTextLimit = 16 << 20;
 
 void skip_byte_order_mark(std::FILE* file)
 {
@@ -71,22 +84,23 @@ class PreferenceParser final {
 };
 
 // The file's text, to be put back if rewriting fails; empty for a file that does not exist, and
-// nothing for one that cannot be read or is too large to be a preference file.
+// nothing for one that is no regular file, cannot be read or is too large to be a preference file.
 std::optional<std::string> read_kept_text(const char* path)
 {
-    const Stream file{std::fopen(path, "re")};
+    Descriptor file{::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC)};
     if (!file) {
         return errno == ENOENT ? std::optional{std::string{}} : std::nullopt;
     }
-    std::string text;
-    char piece[4096];
-    while (const std::size_t count = std::fread(piece, 1, sizeof piece, file.get())) {
-        text.append(piece, count);
-        if (text.size() > kKeptTextLimit) {
-            return std::nullopt;
-        }
+    struct stat status {};
+    if (::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
+        status.st_size > kKeptTextLimit) {
+        return std::nullopt;
     }
-    return text;
+    const Stream stream = make_stream(std::move(file), "r");
+    std::string text(static_cast<std::size_t>(status.st_size), '\0');
+    const bool whole =
+        stream && std::fread(text.data(), 1, text.size(), stream.get()) == text.size();
+    return whole ? std::optional{std::move(text)} : std::nullopt;
 }
 
 // Closes a stream that was written to. False when any of it did not reach the file.
@@ -111,6 +125,7 @@ int32_t util_init_config_files()
     const char* home = std::getenv("HOME");
     const std::string path = std::string{home != nullptr ? home : ""}.append(nimba::kFileInHome);
     if (home == nullptr || *home == '\0' || path.size() >= sizeof UTIL_CONFIG_PATH) {
+        UTIL_CONFIG_PATH[0] = '\0';
         lib_print_func(
             "util_init_config_files: HOME is unset, empty or too long, no preference file is "
             "used.\n");

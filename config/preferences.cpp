@@ -26,8 +26,7 @@ void load_once()
 
 void empty_list()
 {
-    interface_config_list = {};
-    interface_config_list.shrink_to_fit();
+    std::vector<Node>{}.swap(interface_config_list);
 }
 
 template <std::size_t size>
@@ -79,14 +78,20 @@ int32_t SetGPUPreference_config(const _UTIL_GPU_PREFERENCE_NODE* node)
 int32_t GetGPUPreference_config(_UTIL_GPU_PREFERENCE_NODE* buffer, int32_t* count)
 {
     nimba::load_once();
-    const auto available = static_cast<int32_t>(interface_config_list.size());
     if (buffer == nullptr) {
-        *count = available;
+        *count = static_cast<int32_t>(interface_config_list.size());
         return 0;
     }
-    // One record is copied whatever the capacity; callers size the buffer by a call without one.
-    const int32_t copied = std::min(available, std::max(*count, 1));
-    std::copy_n(interface_config_list.begin(), copied, buffer);
+    // The capacity is looked at behind each copy: one record is copied whatever it is, and callers
+    // may keep it inside the buffer.
+    int32_t copied = 0;
+    for (const nimba::Node& record : interface_config_list) {
+        buffer[copied] = record;
+        ++copied;
+        if (*count <= copied) {
+            break;
+        }
+    }
     *count = copied;
     return 0;
 }

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <span>
+#include <utility>
 
 // Written by discovery alone, slot by slot; nothing resets it.
 find_adapter_ext1 find_adapter_ext1_cache{};
@@ -80,13 +81,14 @@ void open_sysfs(find_adapter& rec, int slot, const drmPciBusInfo& location,
     open_sysfs_directories(infos, family);
 }
 
-void fill_slot(find_adapter& rec, int slot, const drmDevice& device, const Chip& chip,
-               const ChipFamily& family)
+void fill_slot(find_adapter& rec, int slot, const drmDevice& device, Descriptor node,
+               const Chip& chip, const ChipFamily& family)
 {
     find_adapter_header& header = rec.header;
     header.chip_id[slot] = chip.device_id;
     write_name(header, slot, chip.name);
     lib_print_func("%s", chip.found_message);
+    header.drm_fd[slot] = node.release();
 
     read_card_number(device, header.drm_card_idx[slot]);
     lib_print_func("drm_card_idx: %d\n", header.drm_card_idx[slot]);
@@ -120,16 +122,14 @@ void examine_product_device(find_adapter& rec, const drmDevice& device)
     }
     const int slot = header.chip_num;
     find_adapter_ext1_cache.vendor_id[slot] = identity->vendor_id;
-    header.drm_fd[slot] = node.get();
-
     const Chip* chip = find_chip(identity->vendor_id, identity->device_id);
     if (chip == nullptr) {
         // The slot keeps the number of a closed descriptor until a chip takes it; so does the
         // cache the vendor.
+        header.drm_fd[slot] = node.get();
         return;
     }
-    fill_slot(rec, slot, device, *chip, *family);
-    (void)node.release();
+    fill_slot(rec, slot, device, std::move(node), *chip, *family);
     ++header.chip_num;
 }
 

@@ -15,6 +15,8 @@ using SizeFunction = uint32_t (*)(int32_t drm_fd);
 
 constexpr int kLoadFlags = RTLD_LAZY | RTLD_GLOBAL;
 
+NeverDestroyed<SharedLibrary> module_storage;
+
 SizeFunction find_size_function()
 {
     const auto found = hwbridge_module_handle.function<SizeFunction>("gfx_get_struct_size");
@@ -24,7 +26,7 @@ SizeFunction find_size_function()
 
 }  // namespace
 
-SharedLibrary hwbridge_module_handle;
+SharedLibrary& hwbridge_module_handle = module_storage.value;
 
 SharedLibrary load_kernel_interface(const Chip& chip)
 {

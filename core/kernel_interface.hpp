@@ -7,9 +7,10 @@
 
 namespace nimba {
 
-// The loaded kernel-interface library; empty when there is none. Written by gfx_global_init and
-// emptied by gfx_global_exit; its functions take __perf_event_fd and, most of them, pdev.
-extern SharedLibrary hwbridge_module_handle;
+// The loaded kernel-interface library; empty when there is none. Written by gfx_global_init, which
+// empties it for a chip that is not known, and emptied by gfx_global_exit. Its functions take
+// __perf_event_fd and, most of them, pdev.
+extern SharedLibrary& hwbridge_module_handle;
 
 // The chip's kernel-interface library or its fallback, visible to what it loads in turn.
 SharedLibrary load_kernel_interface(const Chip& chip);

@@ -16,7 +16,8 @@ int read_node_at(int directory, const char* name, char* buffer, uint64_t size);
                                                ...);
 
 // Writes one formatted text to an existing node. Returns the number of characters written. The
-// driver sees the text when the stream is closed, so a value that it rejects counts as written.
+// driver sees a text of up to 4096 bytes as one write when the stream is closed, so a value that it
+// rejects counts as written.
 [[gnu::format(printf, 3, 4)]] int printf_node_at(int directory, const char* name,
                                                  const char* format, ...);
 

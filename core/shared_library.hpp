@@ -7,7 +7,7 @@ namespace nimba {
 // already in the process.
 class SharedLibrary final {
   public:
-    SharedLibrary() = default;
+    constexpr SharedLibrary() = default;
     // `flags` are dlopen's. Empty when the library cannot be loaded.
     SharedLibrary(const char* name, int flags);
     SharedLibrary(SharedLibrary&& other) noexcept;
@@ -32,6 +32,18 @@ class SharedLibrary final {
     [[nodiscard]] void* find(const char* name) const;
 
     void* handle_ = nullptr;
+};
+
+// A static value that is never destroyed: a host's exit handler may call the library after its
+// static destructors ran.
+template <typename Value>
+union NeverDestroyed {
+    constexpr NeverDestroyed() : value{} {}
+    NeverDestroyed(const NeverDestroyed&) = delete;
+    NeverDestroyed& operator=(const NeverDestroyed&) = delete;
+    ~NeverDestroyed() {}
+
+    Value value;
 };
 
 }  // namespace nimba

@@ -62,8 +62,8 @@ extern "C" {
 #define NIMBA_VENDOR_ID 0x4E4D
 #define QV_VENDOR_ID 0x5156
 
-/* PCI device identifiers of the chips; a slot's chip_id is one of them. They differ pairwise, also
- * across the two vendors, since initialisation goes by the device identifier alone. */
+/* PCI device identifiers of the chips, as an adapter's slot shows in chip_id. They differ pairwise,
+ * also across the two vendors, since initialisation goes by the device identifier alone. */
 #define DEVICE_ID_NIMBA_K1 0x1001
 #define DEVICE_ID_NIMBA_K2 0x1002
 #define DEVICE_ID_NIMBA_K3 0x1003
@@ -94,8 +94,10 @@ extern "C" {
  * arguments, so a function of one `const char *` works as well. */
 typedef int (*nimba_print_callback)(const char* format, ...);
 
-/* The receiver of every message; null silences them. `printf` from the time the library is loaded
- * until it is replaced; nothing resets it. With `printf`, a percent sign in a finished text is
+/* The receiver of the library's messages; null silences them. `printf` from the time the library is
+ * loaded until it is replaced; nothing resets it. A few lines bypass it and go to standard output:
+ * one when the library is loaded, one when it is unloaded, and discovery's warning about devices
+ * that it did not examine. With `printf`, a percent sign in a finished text is
  * read as a conversion: hosts that show texts from files or the driver install a callback. */
 extern NIMBA_MGMT_API nimba_print_callback pServerPrintCallback;
 
@@ -192,7 +194,7 @@ typedef struct find_adapter_header {
     uint32_t chip_id[MAX_CHIP_NUM];     /*  16, out: PCI device identifier */
     char chip_name[MAX_CHIP_NUM][20];   /*  28, out: such as "Gpu0:Nimba-K1", NUL-terminated */
     int32_t IS_VA_driver[MAX_CHIP_NUM]; /*  88, out: 1: the driver says "VA=1"; else as it was */
-    int32_t drm_fd[MAX_CHIP_NUM];       /* 100, out: open descriptor of the DRM node */
+    int32_t drm_fd[MAX_CHIP_NUM];       /* 100, out: open descriptor of an adapter's DRM node */
     int32_t drm_card_idx[MAX_CHIP_NUM]; /* 112, out: N of the primary node /dev/dri/cardN */
     uint32_t reserved2;                 /* 124: not read or written */
 } find_adapter_header;
@@ -262,7 +264,7 @@ NIMBA_MGMT_ASSERT_OFFSET(find_adapter_ext1, reserved2, 192);
  * reaches and never clears other_vendor_chip_num. */
 extern NIMBA_MGMT_API find_adapter_ext1 find_adapter_ext1_cache;
 
-/* 1 after a discovery that could list DRM devices, 0 after one that could not. */
+/* 1 after a gfx_find_adapter that could list DRM devices, 0 after one that could not. */
 extern NIMBA_MGMT_API uint8_t gpuinfo_control_enable;
 
 /* The current adapter's entry inside the caller's find_adapter record; null until a slot is made
@@ -276,13 +278,17 @@ extern NIMBA_MGMT_API char sys_bus_pci_devices_BUSID_path[60];
  * rec: vendor_id_filter is read. Each product adapter among the first three DRM devices fills the
  * next slot; chip_num counts them. A GPU of another vendor writes chip_id, chip_name and
  * drm_card_idx of slot 2, over a third adapter if there is one; chip_num does not count it.
- * A field whose node, directory or file cannot be opened stays as it was.
- * Every call opens its descriptors anew, and they stay open for the life of the process, one of the
- * other vendor's GPU among them: discover once.
- * Return: 0 always. Nothing found: chip_num 0. libdrm ("libdrm.so" or "libdrm.so.2") missing or
- * unusable: the record is untouched and gpuinfo_control_enable is 0.
- * Sources: drmGetDevices2 or drmGetDevices, drmGetVersion on the render, control or primary node,
- * /sys/bus/pci/devices/<busid>, /sys/kernel/debug/dri/<n>/jw/info or qv/info. */
+ * A field whose node, directory or file cannot be opened stays as it was, but for pci_dir_fd, which
+ * is then negative. In a zeroed record a directory that did not open thus reads as descriptor 0,
+ * standard input: set jw_info_dir_fd and hwmon_dir_fd to -1 before the call to tell.
+ * A product device that is no known chip is not counted, but leaves the number of its closed
+ * descriptor in drm_fd, and its vendor in the extended record, of the slot that the next chip
+ * takes. Every call opens its descriptors anew, and they stay open for the life of the process, one
+ * of the other vendor's GPU among them: discover once. Return: 0 always. Nothing found: chip_num 0.
+ * libdrm ("libdrm.so" or "libdrm.so.2") missing or unusable: the record is untouched and
+ * gpuinfo_control_enable is 0. Sources: drmGetDevices2 or drmGetDevices, drmGetVersion on the
+ * render, control or primary node, /sys/bus/pci/devices/<busid>, /sys/kernel/debug/dri/<n>/jw/info
+ * or qv/info. */
 NIMBA_MGMT_API int32_t gfx_find_adapter(find_adapter* rec);
 
 /* Copies the extended identity of the slots that gfx_find_adapter filled.
@@ -290,8 +296,9 @@ NIMBA_MGMT_API int32_t gfx_find_adapter(find_adapter* rec);
  * Return: 0 always. */
 NIMBA_MGMT_API int32_t gfx_find_adapter_ext1(find_adapter_ext1* rec);
 
-/* Loads libdrm and looks its functions up, anew on every call.
- * Return: 1, or 0 when the library lacks a function that discovery needs. */
+/* Loads libdrm ("libdrm.so", else "libdrm.so.2") and looks its functions up, anew on every call.
+ * With neither file they are looked for among the symbols that are already in the process. Return:
+ * 1, or 0 when a function that discovery needs is absent. */
 NIMBA_MGMT_API int32_t gpuinfo_nimba_init(void);
 
 /* Runs a discovery with the libdrm that gpuinfo_nimba_init loaded.
@@ -326,8 +333,8 @@ extern NIMBA_MGMT_API char sys_kernel_debug_ID_dri_ADAPTER_path[50];
  * rec: a record that gfx_find_adapter filled; it is read only, and must outlive the use of the
  * slot. Return: the slot's chip_id, or -1: the chip is not known, its kernel-interface library or
  * the library's size function is missing, the size is 0, or there is no memory. After a failure the
- * slot is current all the same and usage accounting stays on.
- * Writes "1" to the node "enable_usage" in the driver's info directory. */
+ * slot is current all the same, and what was switched on stays on.
+ * Writes "1" to the node "enable_usage" in the driver's info directory, unless chip_id is 0. */
 NIMBA_MGMT_API int32_t gfx_global_init(find_adapter* rec);
 
 /* Switches usage accounting off, closes the kernel-interface library, frees the device block and
@@ -375,8 +382,8 @@ NIMBA_MGMT_ASSERT_OFFSET(_UTIL_GPU_PREFERENCE_NODE, device, 599);
 NIMBA_MGMT_ASSERT_OFFSET(_UTIL_GPU_PREFERENCE_NODE, function, 600);
 NIMBA_MGMT_ASSERT_OFFSET(_UTIL_GPU_PREFERENCE_NODE, reserved, 601);
 
-/* Path of the preference file; empty until the first set or get, and for good when HOME is unset,
- * empty or too long for it. */
+/* Path of the preference file; empty until the first set or get, and empty after one that found
+ * HOME unset, empty or too long for it. */
 extern NIMBA_MGMT_API char UTIL_CONFIG_PATH[512];
 
 /* Records an application's preference and rewrites the file. The file is loaded first if neither a
@@ -395,10 +402,10 @@ NIMBA_MGMT_API int32_t set_gpu_preference(const _UTIL_GPU_PREFERENCE_NODE* node)
 NIMBA_MGMT_API int32_t get_gpu_preference(_UTIL_GPU_PREFERENCE_NODE* buffer, int32_t* count);
 
 /* Removes the first record whose FileName is the file name in node->FullPath and rewrites the file,
- * also when there is none. It never loads the file: after gfx_global_exit and gfx_global_init it
- * leaves a file without records, and before the first set or get it changes nothing.
- * node: only FullPath is read.
- * Return: 0 always; a file that cannot be written is logged. */
+ * also when there is none. It never loads the file: before the first set or get it changes
+ * nothing, and after gfx_global_exit and gfx_global_init it leaves a file without records. To
+ * remove safely, call get_gpu_preference first and do not initialise or exit in between. node: only
+ * FullPath is read. Return: 0 always; a file that cannot be written is logged. */
 NIMBA_MGMT_API int32_t remove_gpu_preference(const _UTIL_GPU_PREFERENCE_NODE* node);
 
 /* The workers of the three above, with the same arguments and results. */
