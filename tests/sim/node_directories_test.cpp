@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: MIT
+// The files of a simulated machine as a program reads them.
+#include "sim_run.hpp"
+#include "support/temp_directory.hpp"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace nimba::sim::test {
+namespace {
+
+void expect_output(const std::string& machine, const std::string& command,
+                   const std::string& expected)
+{
+    const Result result = run_on(machine, command);
+    EXPECT_EQ(result.output, expected) << command;
+}
+
+TEST(NodeDirectories, DebugDirectoryIsThatOfTheCardAndTheVendor)
+{
+    expect_output("default", "cat /sys/kernel/debug/dri/0/jw/info", "VA=1\n");
+    expect_output("two-qv", "cat /sys/kernel/debug/dri/0/qv/info", "VA=1\n");
+    expect_output("two-qv", "cat /sys/kernel/debug/dri/1/qv/info", "VA=0\n");
+}
+
+TEST(NodeDirectories, InfoAndHwmonAreInThePciDirectory)
+{
+    expect_output("default", "cat /sys/bus/pci/devices/0000:01:00.0/jw_info/enable_usage", "0\n");
+    expect_output("two-qv", "cat /sys/bus/pci/devices/0000:03:00.0/qv_info/enable_usage", "0\n");
+    expect_output("two-qv", "ls /sys/bus/pci/devices/0000:03:00.0/hwmon", "hwmon1\n");
+    expect_output("two-qv", "cat /sys/bus/pci/devices/0000:03:00.0/hwmon/hwmon1/temp1_input",
+                  "45 *C\n");
+}
+
+TEST(NodeDirectories, NodesKeepWhatIsWrittenDuringTheRunOnly)
+{
+    const std::string node = "/sys/bus/pci/devices/0000:01:00.0/jw_info/enable_usage";
+    expect_output("default", "sh -c 'echo 1 > " + node + "; cat " + node + "'", "1\n");
+    expect_output("default", "cat " + node, "0\n");
+}
+
+TEST(NodeDirectories, BareAdapterHasNone)
+{
+    expect_output("bare-adapter", "ls /sys/bus/pci/devices/0000:01:00.0",
+                  "class\nconfig\ndevice\ndrm\nrevision\nsubsystem\nsubsystem_device\n"
+                  "subsystem_vendor\nuevent\nvendor\n");
+    expect_output("bare-adapter", "test -e /sys/kernel/debug; echo $?", "1\n");
+}
+
+TEST(NodeDirectories, ProcessesShowTheirCommandLine)
+{
+    expect_output("default", "tr '\\0' ' ' < /dev/null", "");
+    expect_output("default", "sh -c 'tr \"\\000\" \"|\" < /proc/4100001/cmdline'",
+                  "/usr/bin/viewer|--fullscreen|");
+}
+
+TEST(NodeDirectories, FilesOfTheMachineFileAreThere)
+{
+    const nimba::test::TempDirectory directory;
+    const std::string file = directory.write("machine.toml", R"(description = "Own nodes"
+[[adapter]]
+chip = "nimba-k6"
+bus_id = "0002:0b:00.1"
+card = 4
+[adapter.debug]
+"allocations/00000001/info" = "size=4096\n"
+[adapter.info]
+fan_speed = "30"
+)");
+    expect_output(file, "cat /sys/kernel/debug/dri/4/jw/allocations/00000001/info", "size=4096\n");
+    expect_output(file, "cat /sys/bus/pci/devices/0002:0b:00.1/jw_info/fan_speed", "30");
+}
+
+}  // namespace
+}  // namespace nimba::sim::test

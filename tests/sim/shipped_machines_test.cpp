@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: MIT
+// The machine files that come with nimba-sim.
+#include "machine_file.hpp"
+#include "machine_file_error.hpp"
+#include "machine_list.hpp"
+#include "nimba_mgmt_interface.h"
+#include "support/temp_directory.hpp"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace nimba::sim::test {
+namespace {
+
+TEST(ShippedMachines, AreThese)
+{
+    std::vector<std::string> names;
+    for (const ListedMachine& machine : list_machines(SHIPPED_MACHINES)) {
+        names.push_back(machine.name);
+    }
+    EXPECT_EQ(names, (std::vector<std::string>{"amd-beside",
+                                               "bare-adapter",
+                                               "closed-nodes",
+                                               "closed-render",
+                                               "control-only",
+                                               "default",
+                                               "fallback-library",
+                                               "foreign-only",
+                                               "intel-beside",
+                                               "library-of-size-zero",
+                                               "library-without-size",
+                                               "many-devices",
+                                               "no-gpu",
+                                               "no-library",
+                                               "no-version",
+                                               "three-adapters",
+                                               "three-and-foreign",
+                                               "two-and-foreign",
+                                               "two-qv",
+                                               "unknown-beside",
+                                               "unknown-chip",
+                                               "unreadable"}));
+}
+
+TEST(ShippedMachines, HaveEveryChipOfTheProduct)
+{
+    std::set<std::pair<int, int>> chips;
+    for (const ListedMachine& machine : list_machines(SHIPPED_MACHINES)) {
+        for (const Adapter& adapter : read_machine(machine.file).adapters) {
+            chips.emplace(adapter.pci.vendor, adapter.pci.device);
+        }
+    }
+    for (const int device : {DEVICE_ID_NIMBA_K1, DEVICE_ID_NIMBA_K2, DEVICE_ID_NIMBA_K3,
+                             DEVICE_ID_NIMBA_K3T, DEVICE_ID_NIMBA_K5, DEVICE_ID_NIMBA_K6}) {
+        EXPECT_TRUE(chips.contains({NIMBA_VENDOR_ID, device})) << device;
+    }
+    for (const int device : {DEVICE_ID_QV_M20, DEVICE_ID_QV_M30, DEVICE_ID_QV_M40}) {
+        EXPECT_TRUE(chips.contains({QV_VENDOR_ID, device})) << device;
+    }
+}
+
+TEST(MachineList, HoldsTheMachineFilesOfADirectoryByName)
+{
+    const nimba::test::TempDirectory directory;
+    directory.write("b.toml", "description = \"Second\"\n");
+    directory.write("a.toml", "description = \"First\"\n");
+    directory.write("notes.txt", "not a machine");
+    const auto machines = list_machines(directory.path());
+    ASSERT_EQ(machines.size(), 2U);
+    EXPECT_EQ(machines.at(0).name, "a");
+    EXPECT_EQ(machines.at(0).description, "First");
+    EXPECT_EQ(machines.at(0).file, directory.path().string() + "/a.toml");
+    EXPECT_EQ(machines.at(1).name, "b");
+}
+
+TEST(MachineList, WithoutItsDirectoryIsAnError)
+{
+    EXPECT_THROW(list_machines("/nonexistent"), MachineFileError);
+}
+
+TEST(FindMachine, TakesANameOfTheListOrAFile)
+{
+    const nimba::test::TempDirectory directory;
+    const std::string file = directory.write("mine.toml", "description = \"Mine\"\n");
+    EXPECT_EQ(find_machine("mine", directory.path()), file);
+    EXPECT_EQ(find_machine("./mine", directory.path()), "./mine");
+    EXPECT_EQ(find_machine("other.toml", directory.path()), "other.toml");
+}
+
+TEST(FindMachine, SaysWhereTheNamesAre)
+{
+    const nimba::test::TempDirectory directory;
+    try {
+        find_machine("absent", directory.path());
+        FAIL() << "a machine was found";
+    } catch (const MachineFileError& error) {
+        EXPECT_STREQ(
+            error.what(),
+            "no machine is called 'absent'; `nimba-sim machines` lists those that there are");
+    }
+}
+
+}  // namespace
+}  // namespace nimba::sim::test

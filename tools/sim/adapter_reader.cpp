@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: MIT
+#include "adapter_reader.hpp"
+
+#include "device_reader.hpp"
+#include "product.hpp"
+
+#include <algorithm>
+#include <regex>
+#include <utility>
+
+namespace nimba::sim {
+namespace {
+
+constexpr std::array<std::string_view, 3> kDriverKinds{"va", "legacy", "none"};
+
+// The keys of an adapter that describe directories.
+constexpr std::array<std::pair<std::string_view, NodeDirectory>, 3> kDirectories{{
+    {"debug", NodeDirectory::kDebug},
+    {"info", NodeDirectory::kInfo},
+    {"hwmon", NodeDirectory::kHwmon},
+}};
+
+void read_identity(const TableReader& reader, PciDevice& pci)
+{
+    if (!reader.has("chip")) {
+        pci.vendor = read_vendor(reader, product_vendors());
+        if (find_vendor(product_vendors(), pci.vendor) == nullptr) {
+            reader.reject("vendor", "a vendor of the product, \"nimba\" or \"qv\"");
+        }
+        pci.device = read_device_id(reader);
+        return;
+    }
+    for (const char* key : {"vendor", "device"}) {
+        if (reader.has(key)) {
+            reader.reject(key, "no such key beside 'chip'");
+        }
+    }
+    std::vector<std::string_view> names;
+    for (const Chip& chip : chips()) {
+        names.push_back(chip.name);
+    }
+    const auto chip = std::ranges::find(chips(), reader.choice("chip", names), &Chip::name);
+    pci.vendor = chip->vendor;
+    pci.device = chip->device;
+}
+
+// What the directory holds when the machine file does not say otherwise.
+Nodes default_nodes(NodeDirectory directory, const std::string& driver_kind,
+                    const std::string& driver_dir)
+{
+    switch (directory) {
+        case NodeDirectory::kDebug:
+            if (driver_kind == "none") {
+                return {};
+            }
+            return {{"info", driver_kind == "va" ? "VA=1\n" : "VA=0\n"}};
+        case NodeDirectory::kInfo:
+            return {{"enable_usage", "0\n"}};
+        case NodeDirectory::kHwmon:
+            break;
+    }
+    return {{"name", driver_dir + "\n"}, {"temp1_input", "45 *C\n"}};
+}
+
+NodeDirectories read_directories(const TableReader& reader, const std::string& driver_dir)
+{
+    static const std::regex kNodePath{
+        "[A-Za-z0-9_-][A-Za-z0-9_.-]*(/[A-Za-z0-9_-][A-Za-z0-9_.-]*)*"};
+    const std::string driver_kind =
+        reader.has("driver") ? reader.choice("driver", kDriverKinds) : "va";
+
+    NodeDirectories directories;
+    for (const auto& [key, directory] : kDirectories) {
+        auto nodes = reader.texts_by_name_or(key, {});
+        if (!nodes) {
+            continue;
+        }
+        for (const auto& [path, text] : *nodes) {
+            if (!std::regex_match(path, kNodePath)) {
+                reader.reject_name(key, path, "a path of letters, digits, \"_\", \"-\", \".\"");
+            }
+        }
+        nodes->merge(default_nodes(directory, driver_kind, driver_dir));
+        if (!nodes->empty()) {
+            directories.emplace(directory, std::move(*nodes));
+        }
+    }
+    return directories;
+}
+
+// Reads places such as "info" (a directory) and "info/enable_usage" (a node in it).
+std::vector<NodePlace> read_unreadable(const TableReader& reader,
+                                       const NodeDirectories& directories)
+{
+    std::vector<NodePlace> places;
+    if (!reader.has("unreadable")) {
+        return places;
+    }
+    const auto texts = reader.texts("unreadable");
+    for (std::size_t index = 0; index < texts.size(); ++index) {
+        const std::string& text = texts[index];
+        const auto slash = std::min(text.find('/'), text.size());
+        const std::string path = slash < text.size() ? text.substr(slash + 1) : "";
+        const auto* const row = std::ranges::find_if(kDirectories, [&](const auto& candidate) {
+            return candidate.first == text.substr(0, slash);
+        });
+        const auto found =
+            row == kDirectories.end() ? directories.end() : directories.find(row->second);
+        if (found == directories.end() || (slash < text.size() && !found->second.contains(path))) {
+            reader.reject_item("unreadable", index,
+                               "a directory that the adapter has (\"debug\", \"info\", \"hwmon\") "
+                               "or a node in it (\"info/enable_usage\")");
+        }
+        places.push_back({row->second, path});
+    }
+    return places;
+}
+
+}  // namespace
+
+Adapter read_adapter(const TableReader& reader, Claims& claims)
+{
+    Adapter adapter;
+    read_identity(reader, adapter.pci);
+    adapter.driver_dir = find_vendor(product_vendors(), adapter.pci.vendor)->driver;
+    adapter.pci.address = read_address(reader, claims);
+    adapter.drm = read_drm(reader, claims, adapter.driver_dir);
+    adapter.directories = read_directories(reader, adapter.driver_dir);
+    adapter.unreadable = read_unreadable(reader, adapter.directories);
+    return adapter;
+}
+
+}  // namespace nimba::sim

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: MIT
+#include "machine.hpp"
+
+#include <fmt/format.h>
+
+#include <regex>
+
+namespace nimba::sim {
+
+std::string to_text(const PciAddress& address)
+{
+    return fmt::format("{:04x}:{:02x}:{:02x}.{:x}", address.domain, address.bus, address.device,
+                       address.function);
+}
+
+std::optional<PciAddress> parse_pci_address(const std::string& text)
+{
+    static const std::regex kShape{
+        "([[:xdigit:]]{4}):([[:xdigit:]]{2}):([01][[:xdigit:]])\\.([0-7])"};
+    std::smatch part;
+    if (!std::regex_match(text, part, kShape)) {
+        return std::nullopt;
+    }
+    const auto number = [&](std::size_t index) { return std::stoul(part.str(index), nullptr, 16); };
+    return PciAddress{static_cast<uint16_t>(number(1)), static_cast<uint8_t>(number(2)),
+                      static_cast<uint8_t>(number(3)), static_cast<uint8_t>(number(4))};
+}
+
+std::string node_name(const DrmDevice& device, DrmNode node)
+{
+    switch (node) {
+        case DrmNode::kPrimary:
+            return fmt::format("card{}", device.card);
+        case DrmNode::kControl:
+            return fmt::format("controlD{}", node_minor(device, node));
+        case DrmNode::kRender:
+            break;
+    }
+    return fmt::format("renderD{}", node_minor(device, node));
+}
+
+int node_minor(const DrmDevice& device, DrmNode node)
+{
+    switch (node) {
+        case DrmNode::kPrimary:
+            return device.card;
+        case DrmNode::kControl:
+            return device.card + 64;
+        case DrmNode::kRender:
+            break;
+    }
+    return device.render;
+}
+
+}  // namespace nimba::sim

@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+// What a simulated machine is made of.
+#pragma once
+
+#include <compare>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace nimba::sim {
+
+struct PciAddress {
+    uint16_t domain = 0;
+    uint8_t bus = 0;
+    uint8_t device = 0;
+    uint8_t function = 0;
+
+    auto operator<=>(const PciAddress&) const = default;
+};
+
+// Returns "dddd:bb:dd.f", as the kernel names the device's directory.
+std::string to_text(const PciAddress& address);
+
+// Reads what to_text writes, in lower or upper case.
+std::optional<PciAddress> parse_pci_address(const std::string& text);
+
+struct PciDevice {
+    uint16_t vendor = 0;
+    uint16_t device = 0;
+    PciAddress address;
+};
+
+enum class DrmNode { kPrimary, kControl, kRender };
+
+struct DrmDevice {
+    int card = 0;
+    int render = 128;
+    std::set<DrmNode> nodes;
+    std::set<DrmNode> unopenable;  // nodes that exist but that nobody can open
+    bool answers_version = true;
+    std::string driver;  // the name in the driver's version
+};
+
+// Returns the file name in /dev/dri, such as "renderD128".
+std::string node_name(const DrmDevice& device, DrmNode node);
+
+// Returns the minor number of the node's device file; the major number is 226.
+int node_minor(const DrmDevice& device, DrmNode node);
+
+// A directory's text files: path in the directory -> text.
+using Nodes = std::map<std::string, std::string>;
+
+// The directories in which an adapter's driver shows its state; those without a value do not exist.
+enum class NodeDirectory { kDebug, kInfo, kHwmon };
+using NodeDirectories = std::map<NodeDirectory, Nodes>;
+
+// A place in these directories; an empty path is the directory itself.
+struct NodePlace {
+    NodeDirectory directory;
+    std::string path;
+};
+
+// An adapter of one of the product's vendors.
+struct Adapter {
+    PciDevice pci;
+    DrmDevice drm;
+    std::string driver_dir;  // "jw" or "qv"
+    NodeDirectories directories;
+    std::vector<NodePlace> unreadable;  // without any permission, which does not stop root
+};
+
+struct ForeignGpu {
+    PciDevice pci;
+    DrmDevice drm;
+};
+
+// A display controller that is not on the PCI bus.
+struct PlatformDevice {
+    std::string name;
+    DrmDevice drm;
+};
+
+struct Process {
+    int pid = 0;
+    std::vector<std::string> arguments;  // the first is the program's name
+};
+
+struct KernelInterface {
+    std::string file;
+    std::string size_function;  // "none": the library has no size function
+    uint32_t struct_size = 0;
+};
+
+struct Machine {
+    std::string description;
+    std::vector<Adapter> adapters;
+    std::vector<ForeignGpu> foreign_gpus;
+    std::vector<PlatformDevice> platform_devices;
+    std::vector<Process> processes;
+    std::vector<KernelInterface> kernel_interfaces;
+};
+
+}  // namespace nimba::sim

@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: MIT
+#include "machine_file.hpp"
+
+#include "adapter_reader.hpp"
+#include "claims.hpp"
+#include "device_reader.hpp"
+#include "product.hpp"
+#include "toml_table.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <iterator>
+#include <limits>
+#include <set>
+
+namespace nimba::sim {
+namespace {
+
+constexpr std::array<std::string_view, 6> kMachineKeys{
+    "description", "adapter", "foreign_gpu", "platform_device", "process", "kernel_interface"};
+constexpr std::array<std::string_view, 8> kForeignGpuKeys{
+    "vendor", "device", "bus_id", "card", "render", "nodes", "unopenable", "version"};
+constexpr std::array<std::string_view, 6> kPlatformDeviceKeys{"name",  "card",       "render",
+                                                              "nodes", "unopenable", "version"};
+constexpr std::array<std::string_view, 3> kProcessKeys{"pid", "name", "arguments"};
+constexpr std::array<std::string_view, 3> kKernelInterfaceKeys{"file", "size_function",
+                                                               "struct_size"};
+
+constexpr std::array<std::string_view, 3> kSizeFunctions{"gfx_get_struct_size",
+                                                         "qv_get_struct_size", "none"};
+constexpr uint32_t kDefaultStructSize = 4096;
+constexpr int kGreatestPid = 4194304;
+
+std::string read_description(const TableReader& reader)
+{
+    std::string description = reader.text("description");
+    if (description.find('\n') != std::string::npos) {
+        reader.reject("description", "a text of one line");
+    }
+    return description;
+}
+
+ForeignGpu read_foreign_gpu(const TableReader& reader, Claims& claims)
+{
+    ForeignGpu gpu;
+    gpu.pci.vendor = read_vendor(reader, foreign_vendors());
+    if (find_vendor(product_vendors(), gpu.pci.vendor) != nullptr) {
+        reader.reject("vendor", "a vendor other than the product's");
+    }
+    gpu.pci.device = read_device_id(reader);
+    gpu.pci.address = read_address(reader, claims);
+    const Vendor* vendor = find_vendor(foreign_vendors(), gpu.pci.vendor);
+    gpu.drm = read_drm(reader, claims, vendor == nullptr ? "unknown" : vendor->driver);
+    return gpu;
+}
+
+PlatformDevice read_platform_device(const TableReader& reader, Claims& claims)
+{
+    PlatformDevice device;
+    device.name = reader.text("name");
+    const auto is_fit = [](unsigned char c) {
+        return std::isalnum(c) != 0 || c == '-' || c == '.';
+    };
+    if (!std::ranges::all_of(device.name, is_fit) || device.name.front() == '.') {
+        reader.reject("name", "a name of letters, digits, \"-\", \".\"");
+    }
+    claims.take("platform device name", device.name, reader, "name");
+    device.drm = read_drm(reader, claims, device.name);
+    return device;
+}
+
+Process read_process(const TableReader& reader, Claims& claims)
+{
+    Process process;
+    process.pid = static_cast<int>(reader.integer("pid", 1, kGreatestPid));
+    claims.take("process id", std::to_string(process.pid), reader, "pid");
+    process.arguments.push_back(reader.text("name"));
+    if (reader.has("arguments")) {
+        std::ranges::copy(reader.texts("arguments"), std::back_inserter(process.arguments));
+    }
+    return process;
+}
+
+KernelInterface read_kernel_interface(const TableReader& reader, Claims& claims)
+{
+    KernelInterface library;
+    library.file = reader.choice("file", kernel_interface_files());
+    claims.take("file name", library.file, reader, "file");
+    library.size_function = reader.has("size_function")
+                                ? reader.choice("size_function", kSizeFunctions)
+                                : std::string{kSizeFunctions.front()};
+    library.struct_size = static_cast<uint32_t>(reader.integer_or(
+        "struct_size", 0, std::numeric_limits<uint32_t>::max(), kDefaultStructSize));
+    return library;
+}
+
+// One library for each file that an adapter's chip needs.
+std::vector<KernelInterface> default_kernel_interfaces(const std::vector<Adapter>& adapters)
+{
+    std::set<std::string_view> files;
+    for (const Adapter& adapter : adapters) {
+        for (const Chip& chip : chips()) {
+            if (chip.vendor == adapter.pci.vendor && chip.device == adapter.pci.device) {
+                files.insert(chip.kernel_interface);
+            }
+        }
+    }
+    std::vector<KernelInterface> libraries;
+    libraries.reserve(files.size());
+    for (const std::string_view file : files) {
+        libraries.push_back(
+            {std::string{file}, std::string{kSizeFunctions.front()}, kDefaultStructSize});
+    }
+    return libraries;
+}
+
+}  // namespace
+
+Machine read_machine(const std::string& file)
+{
+    const toml::table top = parse_toml_file(file);
+    const TableReader reader{top, "", file, kMachineKeys};
+    Claims claims;
+    Machine machine;
+    machine.description = read_description(reader);
+    for (const TableReader& table : reader.tables("adapter", kAdapterKeys)) {
+        machine.adapters.push_back(read_adapter(table, claims));
+    }
+    for (const TableReader& table : reader.tables("foreign_gpu", kForeignGpuKeys)) {
+        machine.foreign_gpus.push_back(read_foreign_gpu(table, claims));
+    }
+    for (const TableReader& table : reader.tables("platform_device", kPlatformDeviceKeys)) {
+        machine.platform_devices.push_back(read_platform_device(table, claims));
+    }
+    for (const TableReader& table : reader.tables("process", kProcessKeys)) {
+        machine.processes.push_back(read_process(table, claims));
+    }
+    for (const TableReader& table : reader.tables("kernel_interface", kKernelInterfaceKeys)) {
+        machine.kernel_interfaces.push_back(read_kernel_interface(table, claims));
+    }
+    if (!reader.has("kernel_interface")) {
+        machine.kernel_interfaces = default_kernel_interfaces(machine.adapters);
+    }
+    return machine;
+}
+
+}  // namespace nimba::sim

@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: MIT
+#include "machine_file.hpp"
+#include "machine_file_error.hpp"
+#include "machine_list.hpp"
+#include "run.hpp"
+#include "test_bed_error.hpp"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <string>
+#include <vector>
+
+namespace nimba::sim {
+namespace {
+
+constexpr int kNoOutput = 1;
+constexpr int kBadUsage = 2;
+constexpr int kBadMachine = 3;
+constexpr int kNoTestBed = 4;
+
+constexpr const char* kFooter = R"(Exit status:
+  run: that of the command, or
+    128+N  signal N ended the command
+    127    the command was not found
+    126    the command could not be executed
+  and for every subcommand
+    0      done
+    1      the output could not be written
+    2      bad usage
+    3      no such machine, or a bad machine file
+    4      the simulated machine could not be made
+)";
+
+struct Options {
+    std::string machine = "default";
+    std::vector<std::string> command;
+    std::string file;
+    bool json = false;
+};
+
+void print(const std::string& text)
+{
+    std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
+// Standard output may be a full disk or closed, which shows when it is flushed.
+int flush_output()
+{
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) {
+        return 0;
+    }
+    fmt::print(stderr, "nimba-sim: cannot write to standard output: {}\n", std::strerror(errno));
+    return kNoOutput;
+}
+
+void print_machines(const Installation& installation, bool json)
+{
+    const auto machines = list_machines(installation.machines);
+    if (json) {
+        auto list = nlohmann::ordered_json::array();
+        for (const ListedMachine& machine : machines) {
+            list.push_back({{"name", machine.name},
+                            {"description", machine.description},
+                            {"file", machine.file}});
+        }
+        print(list.dump(2) + "\n");
+        return;
+    }
+    std::size_t width = 0;
+    for (const ListedMachine& machine : machines) {
+        width = std::max(width, machine.name.size());
+    }
+    for (const ListedMachine& machine : machines) {
+        print(fmt::format("{:{}}  {}\n", machine.name, width, machine.description));
+    }
+}
+
+int main_with_arguments(int argument_count, char** arguments)
+{
+    Options options;
+    CLI::App app{"Run programs on a simulated machine with Nimba and QV adapters.", "nimba-sim"};
+    app.set_version_flag("--version", "nimba-sim " NIMBA_VERSION);
+    app.require_subcommand(1);
+    app.footer(kFooter);
+    app.failure_message([](const CLI::App*, const CLI::Error& error) {
+        return fmt::format("nimba-sim: {}; see nimba-sim --help\n", error.what());
+    });
+
+    auto* run = app.add_subcommand("run", "Run a command on a simulated machine");
+    run->add_option("-m,--machine", options.machine,
+                    "Name of a machine (see `nimba-sim machines`), or a machine file: a text with "
+                    "a \"/\" or that ends in \".toml\"")
+        ->option_text("MACHINE")
+        ->capture_default_str();
+    run->add_option("COMMAND", options.command, "Command and its arguments, behind \"--\"")
+        ->required();
+
+    auto* machines = app.add_subcommand("machines", "List the machines that there are");
+    machines->add_flag("--json", options.json, "Print JSON");
+
+    auto* check = app.add_subcommand("check", "Check a machine file");
+    check->add_option("FILE", options.file, "Machine file, or name of a machine")->required();
+
+    try {
+        app.parse(argument_count, arguments);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? flush_output() : kBadUsage;
+    }
+
+    const Installation installation = find_installation();
+    if (machines->parsed()) {
+        print_machines(installation, options.json);
+        return flush_output();
+    }
+    if (check->parsed()) {
+        const std::string file = find_machine(options.file, installation.machines);
+        print(fmt::format("{}: {}\n", file, read_machine(file).description));
+        return flush_output();
+    }
+    const Machine machine = read_machine(find_machine(options.machine, installation.machines));
+    return run_on_machine(machine, options.command, installation);
+}
+
+int fail(int status, const std::exception& error)
+{
+    fmt::print(stderr, "nimba-sim: {}\n", error.what());
+    return status;
+}
+
+}  // namespace
+}  // namespace nimba::sim
+
+int main(int argument_count, char** arguments)
+{
+    using namespace nimba::sim;
+    try {
+        return main_with_arguments(argument_count, arguments);
+    } catch (const MachineFileError& error) {
+        return fail(kBadMachine, error);
+    } catch (const std::exception& error) {
+        return fail(kNoTestBed, error);
+    }
+}

@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: MIT
+#include "test_bed.hpp"
+
+#include "glib.hpp"
+#include "run_directory.hpp"
+#include "sysfs_text.hpp"
+#include "test_bed_error.hpp"
+
+#include <stdlib.h>
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <fstream>
+#include <functional>
+#include <string_view>
+
+namespace nimba::sim {
+namespace {
+
+namespace fs = std::filesystem;
+
+// A device with its place in /sys and its description there.
+struct DrmParent {
+    DrmDevice drm;
+    std::string path;
+    std::string description;
+};
+
+std::vector<DrmParent> drm_parents(const Machine& machine)
+{
+    std::vector<DrmParent> parents;
+    for (const Adapter& adapter : machine.adapters) {
+        parents.push_back({adapter.drm, pci_device_path(adapter.pci.address),
+                           describe_pci_device(adapter.pci, adapter.drm.driver)});
+    }
+    for (const ForeignGpu& gpu : machine.foreign_gpus) {
+        parents.push_back({gpu.drm, pci_device_path(gpu.pci.address),
+                           describe_pci_device(gpu.pci, gpu.drm.driver)});
+    }
+    for (const PlatformDevice& device : machine.platform_devices) {
+        parents.push_back(
+            {device.drm, platform_device_path(device), describe_platform_device(device)});
+    }
+    return parents;
+}
+
+UMockdevTestbed* make_test_bed(const fs::path& directory)
+{
+    setenv("TMPDIR", directory.c_str(), 1);  // where umockdev puts what it makes
+    return umockdev_testbed_new();
+}
+
+fs::path root_of(UMockdevTestbed* test_bed)
+{
+    return GText{umockdev_testbed_get_root_dir(test_bed)}.get();
+}
+
+void write_file(const fs::path& file, std::string_view text)
+{
+    fs::create_directories(file.parent_path());
+    std::ofstream stream{file, std::ios::binary};
+    stream << text << std::flush;
+    if (!stream) {
+        throw TestBedError{fmt::format("cannot write {}", file.native())};
+    }
+}
+
+}  // namespace
+
+void TestBedRemoval::operator()(UMockdevTestbed* test_bed) const
+{
+    permit_removal(root_of(test_bed));
+    g_object_unref(test_bed);
+}
+
+TestBed::TestBed(const Machine& machine, const fs::path& directory)
+    : test_bed_{make_test_bed(directory)}, root_{root_of(test_bed_.get())}
+{
+    // It is there without any device, too, so that the real machine's devices do not show.
+    fs::create_directories(root_ / "dev/dri");
+    add_drm_devices(machine);
+    for (const Adapter& adapter : machine.adapters) {
+        add_directories(adapter);
+    }
+    for (const Process& process : machine.processes) {
+        add_process(process);
+    }
+}
+
+// libdrm lists devices in the order in which /dev/dri lists their nodes; the nodes are made in an
+// order that makes this the order of the card numbers.
+void TestBed::add_drm_devices(const Machine& machine)
+{
+    auto parents = drm_parents(machine);
+    std::ranges::sort(parents, {}, [](const DrmParent& parent) { return parent.drm.card; });
+    if (lists_newest_first(root_)) {
+        std::ranges::reverse(parents);
+    }
+    for (const DrmParent& parent : parents) {
+        add_description(parent.description);
+        const auto& driver = *drivers_.emplace_back(
+            std::make_unique<DrmDriver>(parent.drm.driver, parent.drm.answers_version));
+        for (const DrmNode node : parent.drm.nodes) {
+            add_drm_node(parent.path, parent.drm, node, driver);
+        }
+    }
+}
+
+void TestBed::add_drm_node(const std::string& parent, const DrmDevice& device, DrmNode node,
+                           const DrmDriver& driver)
+{
+    add_description(describe_drm_node(parent, device, node));
+    const std::string path = "/dev/dri/" + node_name(device, node);
+    if (!device.unopenable.contains(node)) {
+        driver.attach(test_bed_.get(), path);
+        return;
+    }
+    const fs::path file = root_.native() + path;
+    fs::remove(file);
+    fs::create_symlink(locked_terminals_.emplace_back().path(), file);
+}
+
+void TestBed::add_description(const std::string& description)
+{
+    GErrorReport report;
+    if (!umockdev_testbed_add_from_string(test_bed_.get(), description.c_str(),
+                                          report.receiver())) {
+        throw TestBedError{report.message()};
+    }
+}
+
+void TestBed::add_directories(const Adapter& adapter)
+{
+    const std::string pci = pci_device_path(adapter.pci.address);
+    const auto place = [&](NodeDirectory directory) -> fs::path {
+        switch (directory) {
+            case NodeDirectory::kDebug:
+                return root_ / fmt::format("sys/kernel/debug/dri/{}/{}", adapter.drm.card,
+                                           adapter.driver_dir);
+            case NodeDirectory::kInfo:
+                return root_ / fmt::format("sys{}/{}_info", pci, adapter.driver_dir);
+            case NodeDirectory::kHwmon:
+                break;
+        }
+        return root_ / fmt::format("sys{}/hwmon/hwmon{}", pci, adapter.drm.card);
+    };
+    for (const auto& [directory, nodes] : adapter.directories) {
+        for (const auto& [path, text] : nodes) {
+            write_file(place(directory) / path, text);
+        }
+    }
+    auto unreadable_places = adapter.unreadable;
+    // Nodes before their directories, through which they are reached.
+    std::ranges::sort(unreadable_places, std::ranges::greater{}, &NodePlace::path);
+    for (const NodePlace& unreadable : unreadable_places) {
+        fs::permissions(place(unreadable.directory) / unreadable.path, fs::perms::none);
+    }
+}
+
+void TestBed::add_process(const Process& process)
+{
+    std::string command_line;
+    for (const std::string& argument : process.arguments) {
+        command_line += argument;
+        command_line += '\0';
+    }
+    write_file(root_ / fmt::format("proc/{}/cmdline", process.pid), command_line);
+}
+
+}  // namespace nimba::sim

@@ -1,0 +1,252 @@
+// SPDX-License-Identifier: MIT
+#include "toml_table.hpp"
+
+#include "machine_file_error.hpp"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <system_error>
+
+namespace nimba::sim {
+namespace {
+
+std::string read_file(const std::string& file)
+{
+    std::error_code ignored;
+    if (std::filesystem::is_directory(file, ignored)) {
+        throw MachineFileError{fmt::format("{}: is a directory, not a machine file", file)};
+    }
+    std::ifstream stream{file};
+    if (!stream) {
+        throw MachineFileError{fmt::format("{}: cannot be read: {}", file, std::strerror(errno))};
+    }
+    std::ostringstream text;
+    text << stream.rdbuf();
+    return text.str();
+}
+
+// In quotes, and on one line.
+std::string quoted(const std::string& text)
+{
+    std::string quoted = "\"";
+    for (const char letter : text) {
+        const auto code = static_cast<unsigned char>(letter);
+        quoted += code < 0x20 ? fmt::format("\\u{:04x}", code) : std::string{letter};
+    }
+    return quoted + "\"";
+}
+
+// How a message shows the value that was found.
+std::string shown(const toml::node& value)
+{
+    if (const auto* text = value.as_string()) {
+        return quoted(text->get());
+    }
+    if (const auto* number = value.as_floating_point()) {
+        return fmt::format("{}", number->get());
+    }
+    if (const auto* number = value.as_integer()) {
+        return fmt::format("{}", number->get());
+    }
+    if (const auto* flag = value.as_boolean()) {
+        return flag->get() ? "true" : "false";
+    }
+    if (value.is_array()) {
+        return "a list";
+    }
+    return value.is_table() ? "a table" : "another kind of value";
+}
+
+}  // namespace
+
+toml::table parse_toml_file(const std::string& file)
+{
+    const std::string text = read_file(file);
+    try {
+        return toml::parse(text, file);
+    } catch (const toml::parse_error& error) {
+        throw MachineFileError{
+            fmt::format("{}:{}: {}", file, error.source().begin.line, error.description())};
+    }
+}
+
+std::string one_of(std::span<const std::string_view> choices)
+{
+    return fmt::format("one of \"{}\"", fmt::join(choices, "\", \""));
+}
+
+TableReader::TableReader(const toml::table& table, std::string path, std::string file,
+                         std::span<const std::string_view> known_keys)
+    : table_{&table}, path_{std::move(path)}, file_{std::move(file)}
+{
+    for (const auto& [key, value] : table) {
+        if (std::ranges::find(known_keys, key.str()) == known_keys.end()) {
+            fail(value, full_key(key.str()), "unknown key");
+        }
+    }
+}
+
+std::string TableReader::full_key(std::string_view key) const
+{
+    return path_.empty() ? std::string{key} : fmt::format("{}.{}", path_, key);
+}
+
+void TableReader::fail(const toml::node& place, const std::string& full_key,
+                       const std::string& problem) const
+{
+    throw MachineFileError{
+        fmt::format("{}:{}: key '{}': {}", file_, place.source().begin.line, full_key, problem)};
+}
+
+void TableReader::fail_expected(const toml::node& value, const std::string& full_key,
+                                const std::string& expected) const
+{
+    fail(value, full_key, fmt::format("expected {}, got {}", expected, shown(value)));
+}
+
+void TableReader::reject(std::string_view key, const std::string& expected) const
+{
+    fail_expected(require(key), full_key(key), expected);
+}
+
+void TableReader::reject_item(std::string_view key, std::size_t index,
+                              const std::string& expected) const
+{
+    fail_expected(require(key).as_array()->at(index), fmt::format("{}[{}]", full_key(key), index),
+                  expected);
+}
+
+void TableReader::reject_name(std::string_view key, const std::string& name,
+                              const std::string& expected) const
+{
+    fail(require(key).as_table()->at(name), full_key(key),
+         fmt::format("expected {}, got {}", expected, quoted(name)));
+}
+
+const toml::node& TableReader::require(std::string_view key) const
+{
+    const toml::node* value = table_->get(key);
+    if (value == nullptr) {
+        fail(*table_, full_key(key), "missing");
+    }
+    return *value;
+}
+
+std::string TableReader::text(std::string_view key) const
+{
+    const auto* text = require(key).as_string();
+    if (text == nullptr || text->get().empty()) {
+        reject(key, "a text");
+    }
+    return text->get();
+}
+
+int64_t TableReader::integer(std::string_view key, int64_t least, int64_t greatest) const
+{
+    const auto* number = require(key).as_integer();
+    if (number == nullptr || number->get() < least || number->get() > greatest) {
+        reject(key, fmt::format("a whole number from {} to {}", least, greatest));
+    }
+    return number->get();
+}
+
+int64_t TableReader::integer_or(std::string_view key, int64_t least, int64_t greatest,
+                                int64_t fallback) const
+{
+    return has(key) ? integer(key, least, greatest) : fallback;
+}
+
+bool TableReader::flag_or(std::string_view key, bool fallback) const
+{
+    if (!has(key)) {
+        return fallback;
+    }
+    const auto* flag = require(key).as_boolean();
+    if (flag == nullptr) {
+        reject(key, "true or false");
+    }
+    return flag->get();
+}
+
+std::string TableReader::choice(std::string_view key,
+                                std::span<const std::string_view> choices) const
+{
+    const auto* text = require(key).as_string();
+    if (text == nullptr || std::ranges::find(choices, text->get()) == choices.end()) {
+        reject(key, one_of(choices));
+    }
+    return text->get();
+}
+
+std::vector<std::string> TableReader::texts(std::string_view key) const
+{
+    const auto* list = require(key).as_array();
+    if (list == nullptr) {
+        reject(key, "a list of texts");
+    }
+    std::vector<std::string> texts;
+    for (std::size_t index = 0; index < list->size(); ++index) {
+        const auto* text = list->at(index).as_string();
+        if (text == nullptr) {
+            reject_item(key, index, "a text");
+        }
+        texts.push_back(text->get());
+    }
+    return texts;
+}
+
+std::optional<TableReader::Texts> TableReader::texts_by_name_or(std::string_view key,
+                                                                const Texts& fallback) const
+{
+    if (!has(key)) {
+        return fallback;
+    }
+    const toml::node& value = require(key);
+    if (const auto* flag = value.as_boolean(); flag != nullptr && !flag->get()) {
+        return std::nullopt;
+    }
+    const auto* table = value.as_table();
+    if (table == nullptr) {
+        reject(key, "a table of texts, or false");
+    }
+    Texts texts;
+    for (const auto& [name, item] : *table) {
+        const auto* text = item.as_string();
+        if (text == nullptr) {
+            fail_expected(item, fmt::format("{}.{}", full_key(key), name.str()), "a text");
+        }
+        texts.emplace(name.str(), text->get());
+    }
+    return texts;
+}
+
+std::vector<TableReader> TableReader::tables(std::string_view key,
+                                             std::span<const std::string_view> known_keys) const
+{
+    std::vector<TableReader> readers;
+    if (!has(key)) {
+        return readers;
+    }
+    const auto* list = require(key).as_array();
+    if (list == nullptr) {
+        reject(key, fmt::format("a list of tables, [[{}]]", key));
+    }
+    for (std::size_t index = 0; index < list->size(); ++index) {
+        const auto* table = list->at(index).as_table();
+        if (table == nullptr) {
+            reject_item(key, index, "a table");
+        }
+        readers.emplace_back(*table, fmt::format("{}[{}]", full_key(key), index), file_,
+                             known_keys);
+    }
+    return readers;
+}
+
+}  // namespace nimba::sim
