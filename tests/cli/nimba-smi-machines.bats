@@ -1,0 +1,140 @@
+#!/usr/bin/env bats
+# SPDX-License-Identifier: MIT
+# nimba-smi with the installed library on simulated machines.
+
+load nimba-smi.bash
+
+NO_ADAPTER="nimba-smi: no Nimba or QV adapter found: check that the card is seated (lspci) and its \
+driver is loaded (dmesg)"
+
+# on MACHINE COMMAND...: the command on that machine, bounded in case it waits for ever.
+on() {
+    local machine=$1
+    shift
+    timeout 60 nimba-sim run --machine "$machine" -- "$@"
+}
+
+@test "an adapter with another vendor's GPU beside it" {
+    run --separate-stderr on default nimba-smi list
+    [ "$status" = 0 ]
+    same "$stderr" ""
+    same "$output" "\
+SLOT  NAME             BUS ID        CARD  DEVICE  DRIVER  LUID
+0     Gpu0:Nimba-K1    0000:01:00.0  0     0x1001  va      0x0:0x10000
+-     Gpu2:Nvidia-GPU  0000:02:00.0  1     0x2684  -       0x0:0x20000"
+}
+
+@test "two adapters, one with the legacy driver" {
+    run --separate-stderr on two-qv nimba-smi list
+    [ "$status" = 0 ]
+    same "$stderr" ""
+    same "$output" "\
+SLOT  NAME          BUS ID        CARD  DEVICE  DRIVER  LUID
+0     Gpu0:QV M-30  0000:01:00.0  0     0x2030  va      0x0:0x10000
+1     Gpu1:QV M-20  0000:03:00.0  1     0x2020  legacy  0x0:0x30000"
+}
+
+@test "three adapters of both families" {
+    run --separate-stderr on three-adapters nimba-smi list
+    [ "$status" = 0 ]
+    same "$stderr" ""
+    same "$output" "\
+SLOT  NAME              BUS ID        CARD  DEVICE  DRIVER  LUID
+0     Gpu0:NimbaK2      0000:01:00.0  0     0x1002  va      0x0:0x10000
+1     Gpu1:QV M-40      0000:02:00.0  1     0x2040  va      0x0:0x20000
+2     Gpu2:Nimba-GT-K3  0001:03:00.0  2     0x1003  legacy  0x1:0x30000"
+}
+
+@test "two adapters and another vendor's GPU, as JSON" {
+    run --separate-stderr on two-and-foreign nimba-smi list --json
+    [ "$status" = 0 ]
+    same "$(jq -c . <<<"$output")" '{"schema":"nimba-smi.list.1","adapters":['\
+'{"slot":0,"name":"Gpu0:Nimba-GT-K3t","bus_id":"0000:01:00.0","card":0,"vendor_id":"0x4e4d",'\
+'"device_id":"0x1013","driver":"va","luid":{"low":0,"high":65536}},'\
+'{"slot":1,"name":"Gpu1:NimbaK5","bus_id":"0000:02:00.0","card":1,"vendor_id":"0x4e4d",'\
+'"device_id":"0x1005","driver":"va","luid":{"low":0,"high":131072}}],'\
+'"foreign_gpu":{"name":"Gpu2:Nvidia-GPU","bus_id":"0000:03:00.0","card":2,"vendor_id":"0x10de",'\
+'"device_id":"0x2684","luid":{"low":0,"high":196608}},"errors":[]}'
+}
+
+@test "another vendor's GPU alone is listed, and no adapter was found" {
+    run --separate-stderr on foreign-only nimba-smi list
+    [ "$status" = 3 ]
+    same "$stderr" "$NO_ADAPTER"
+    same "$output" "\
+SLOT  NAME             BUS ID        CARD  DEVICE  DRIVER  LUID
+-     Gpu2:Nvidia-GPU  0000:01:00.0  0     0x2684  -       0x0:0x10000"
+}
+
+@test "no GPU at all" {
+    run --separate-stderr on no-gpu nimba-smi list
+    [ "$status" = 3 ]
+    same "$stderr" "$NO_ADAPTER"
+    same "$output" ""
+    run --separate-stderr on no-gpu nimba-smi version
+    [ "$status" = 0 ]
+    same "$stderr" ""
+}
+
+@test "version finds the library beside the tool" {
+    run --separate-stderr on default nimba-smi version --json
+    [ "$status" = 0 ]
+    same "$(jq -c '[.library.version, .interface]' <<<"$output")" \
+        '["0.1.0",{"version":22,"client_version":22,"match_code":200,"match":"match"}]'
+    path=$(jq -r .library.path <<<"$output")
+    same "${path##*/}" libnimba_mgmt_interface.so.0.1.0
+    [ -f "$path" ]
+}
+
+@test "list leaves the driver's usage accounting alone" {
+    node=/sys/bus/pci/devices/0000:01:00.0/jw_info/enable_usage
+    run on default sh -c "echo untouched >$node; nimba-smi list >/dev/null; cat $node"
+    [ "$status" = 0 ]
+    same "$output" untouched
+}
+
+@test "an info node for root alone leaves an ordinary user with a hint" {
+    run --separate-stderr as_nobody timeout 60 nimba-sim run --machine unreadable -- nimba-smi list
+    [ "$status" = 6 ]
+    same "$stderr" "nimba-smi: no permission to read /sys/kernel/debug/dri/0/jw/info, so the \
+driver kind is unknown: run as root"
+    same "$output" "\
+SLOT  NAME          BUS ID        CARD  DEVICE  DRIVER   LUID
+0     Gpu0:NimbaK5  0000:01:00.0  0     0x1005  unknown  0x0:0x10000"
+}
+
+@test "nodes for others leave an ordinary user with a hint, and what can be read is listed" {
+    # The nodes of the first device: the render node is for its group, the primary node for nobody.
+    run --separate-stderr as_nobody timeout 60 nimba-sim run -- sh -c \
+        'cd "$UMOCKDEV_DIR/dev/dri" && chmod 1060 renderD128 && chmod 1000 card0 && nimba-smi list'
+    [ "$status" = 6 ]
+    same "$stderr" "nimba-smi: no permission to open /dev/dri/renderD128: join the group \
+\"$(as_nobody id -gn)\" or run as root"
+    same "$output" "\
+SLOT  NAME             BUS ID        CARD  DEVICE  DRIVER  LUID
+-     Gpu2:Nvidia-GPU  0000:02:00.0  1     0x2684  -       0x0:0x20000"
+}
+
+@test "a device with one node that may be opened needs no hint" {
+    run --separate-stderr as_nobody timeout 60 nimba-sim run -- sh -c \
+        'chmod 1000 "$UMOCKDEV_DIR/dev/dri/card0" && nimba-smi list'
+    [ "$status" = 0 ]
+    same "$stderr" ""
+    [ "${#lines[@]}" = 3 ]
+}
+
+@test "a driver that blocks is given up" {
+    run --separate-stderr on default sh -c 'info=$UMOCKDEV_DIR/sys/kernel/debug/dri/0/jw/info &&
+        rm "$info" && mkfifo "$info" && nimba-smi --timeout 0.5 list'
+    [ "$status" = 7 ]
+    same "$stderr" "nimba-smi: discovery: worker lost in gfx_find_adapter: no answer within 0.5 s; \
+the driver may be blocked: see dmesg, or allow more with --timeout"
+}
+
+@test "a machine without libdrm" {
+    echo garbage | tee "$BATS_TEST_TMPDIR/libdrm.so" >"$BATS_TEST_TMPDIR/libdrm.so.2"
+    LD_LIBRARY_PATH=$BATS_TEST_TMPDIR run --separate-stderr nimba-smi list
+    [ "$status" = 5 ]
+    same "$stderr" "nimba-smi: libdrm is missing or unusable, so no GPU can be found: install the \
+package libdrm2"
+}

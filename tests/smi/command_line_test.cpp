@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: MIT
+#include "tools/smi/command_line.hpp"
+
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+#include <vector>
+
+namespace nimba::smi {
+namespace {
+
+using namespace std::chrono_literals;
+
+Report nothing(const Options& /*options*/)
+{
+    return {};
+}
+
+constexpr Command kCommands[] = {{"list", "Lists", nothing}, {"version", "Versions", nothing}};
+
+ParsedCommandLine parse(std::initializer_list<const char*> words)
+{
+    std::vector<const char*> arguments{"nimba-smi"};
+    arguments.insert(arguments.end(), words);
+    return parse_command_line(static_cast<int>(arguments.size()), arguments.data(), kCommands);
+}
+
+std::string usage_error(std::initializer_list<const char*> words)
+{
+    const auto parsed = parse(words);
+    const auto* const error = std::get_if<UsageError>(&parsed);
+    return error == nullptr ? "accepted" : error->message;
+}
+
+TEST(CommandLine, HasDefaults)
+{
+    const auto parsed = parse({"list"});
+    ASSERT_TRUE(std::holds_alternative<Invocation>(parsed));
+    const auto& [command, options] = std::get<Invocation>(parsed);
+    EXPECT_EQ(command, &kCommands[0]);
+    EXPECT_FALSE(options.json);
+    EXPECT_FALSE(options.verbose);
+    EXPECT_EQ(options.timeout, 10s);
+    EXPECT_EQ(options.library, "libnimba_mgmt_interface.so");
+}
+
+TEST(CommandLine, TakesOptionsOnBothSidesOfTheCommand)
+{
+    const auto parsed = parse({"--json", "--timeout", "2.5", "version", "-v", "--library=./x.so"});
+    ASSERT_TRUE(std::holds_alternative<Invocation>(parsed));
+    const auto& [command, options] = std::get<Invocation>(parsed);
+    EXPECT_EQ(command, &kCommands[1]);
+    EXPECT_TRUE(options.json);
+    EXPECT_TRUE(options.verbose);
+    EXPECT_EQ(options.timeout, 2500ms);
+    EXPECT_EQ(options.library, "./x.so");
+}
+
+TEST(CommandLine, RefusesWhatMakesNoSense)
+{
+    EXPECT_EQ(usage_error({}), "a command is required; see nimba-smi --help");
+    EXPECT_EQ(usage_error({"lists"}),
+              "The following argument was not expected: lists; see nimba-smi --help");
+    EXPECT_EQ(usage_error({"list", "version"}),
+              "The following argument was not expected: version; see nimba-smi --help");
+    EXPECT_EQ(usage_error({"list", "--timeout"}),
+              "--timeout: 1 required SECONDS missing; see nimba-smi --help");
+    EXPECT_EQ(usage_error({"list", "--library", ""}),
+              "--library: expected a path; see nimba-smi --help");
+}
+
+TEST(CommandLine, BoundsTheTimeout)
+{
+    EXPECT_EQ(usage_error({"list", "--timeout", "0.001"}), "accepted");
+    EXPECT_EQ(usage_error({"list", "--timeout", "86400"}), "accepted");
+    for (const std::string text : {"0", "-1", "0.0009", "86401", "nan", "inf", "1s"}) {
+        EXPECT_EQ(usage_error({"list", "--timeout", text.c_str()}),
+                  "--timeout: expected seconds from 0.001 to 86400, got \"" + text +
+                      "\"; see nimba-smi --help");
+    }
+}
+
+TEST(CommandLine, PrintsTheVersionAndTheHelp)
+{
+    const auto version = parse({"--version"});
+    ASSERT_TRUE(std::holds_alternative<PrintText>(version));
+    EXPECT_EQ(std::get<PrintText>(version).text, "nimba-smi 0.1.0\n");
+    const auto help = parse({"list", "--help"});
+    ASSERT_TRUE(std::holds_alternative<PrintText>(help));
+    EXPECT_NE(std::get<PrintText>(help).text.find("Lists"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace nimba::smi

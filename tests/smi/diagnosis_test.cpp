@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+#include "tools/smi/process/diagnosis.hpp"
+
+#include <gtest/gtest.h>
+
+namespace nimba::smi {
+namespace {
+
+const Subject kDiscovery{"discovery", std::nullopt};
+const Subject kAdapter{"adapter 0000:03:00.0 (Gpu0:Nimba-K1)", "0000:03:00.0"};
+
+TEST(Diagnosis, SubjectNamesTheAdapter)
+{
+    const Subject named = adapter_subject({0, "0000:03:00.0", "Gpu0:Nimba-K1"});
+    EXPECT_EQ(named.name, "adapter 0000:03:00.0 (Gpu0:Nimba-K1)");
+    EXPECT_EQ(named.bus_id, "0000:03:00.0");
+    EXPECT_EQ(adapter_subject({2, "0000:05:00.0", std::nullopt}).name, "adapter 0000:05:00.0");
+}
+
+TEST(Diagnosis, AnswerIsNoProblem)
+{
+    EXPECT_FALSE(diagnose(kDiscovery, Answer{1}).has_value());
+}
+
+TEST(Diagnosis, DeadWorkerIsNamedWithItsCall)
+{
+    const auto problem = diagnose(kAdapter, Lost{"gfx_find_adapter", "killed by SIGABRT"});
+    ASSERT_TRUE(problem.has_value());
+    EXPECT_EQ(problem->status, ExitStatus::kWorkerLost);
+    EXPECT_EQ(problem->adapter, "0000:03:00.0");
+    EXPECT_EQ(problem->call, "gfx_find_adapter");
+    EXPECT_EQ(problem->message,
+              "adapter 0000:03:00.0 (Gpu0:Nimba-K1): worker lost in gfx_find_adapter: killed by "
+              "SIGABRT; run with --verbose to see the library's last messages");
+}
+
+TEST(Diagnosis, SilentWorkerGetsOtherAdvice)
+{
+    const auto problem = diagnose(kDiscovery, Lost{"dlopen", "no answer within 10 s", true});
+    ASSERT_TRUE(problem.has_value());
+    EXPECT_EQ(problem->adapter, std::nullopt);
+    EXPECT_EQ(problem->message,
+              "discovery: worker lost in dlopen: no answer within 10 s; the driver may be blocked: "
+              "see dmesg, or allow more with --timeout");
+}
+
+TEST(Diagnosis, ExceptionIsALostWorker)
+{
+    const auto problem =
+        diagnose(kDiscovery, Failure{ExitStatus::kWorkerLost, "gfx_find_adapter", "it threw int"});
+    ASSERT_TRUE(problem.has_value());
+    EXPECT_EQ(problem->message,
+              "discovery: worker lost in gfx_find_adapter: it threw int; run with --verbose to see "
+              "the library's last messages");
+}
+
+TEST(Diagnosis, FailureSpeaksForItselfAndNamesAnAdapterOnly)
+{
+    const Failure failure{ExitStatus::kNoLibrary, "dlopen", "cannot load it"};
+    EXPECT_EQ(diagnose(kDiscovery, failure)->message, "cannot load it");
+    EXPECT_EQ(diagnose(kDiscovery, failure)->status, ExitStatus::kNoLibrary);
+    EXPECT_EQ(diagnose(kAdapter, failure)->message,
+              "adapter 0000:03:00.0 (Gpu0:Nimba-K1): cannot load it");
+}
+
+TEST(Diagnosis, AnswerOfAnotherShapeIsALostWorker)
+{
+    std::vector<Problem> problems;
+    EXPECT_EQ(accept<Discovery>(kDiscovery, Answer{7}, problems), std::nullopt);
+    ASSERT_EQ(problems.size(), 1U);
+    EXPECT_EQ(problems[0].status, ExitStatus::kWorkerLost);
+    EXPECT_EQ(problems[0].message,
+              "discovery: worker lost in answer: it cannot be understood; run with --verbose to "
+              "see the library's last messages");
+}
+
+}  // namespace
+}  // namespace nimba::smi

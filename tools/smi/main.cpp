@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: MIT
+// nimba-smi: shows the adapters of the Nimba and QV chips.
+#include "tools/smi/command_line.hpp"
+#include "tools/smi/list/command.hpp"
+#include "tools/smi/text/output.hpp"
+#include "tools/smi/version/command.hpp"
+#include "tools/smi/worker/worker.hpp"
+
+#include <unistd.h>
+
+#include <fmt/format.h>
+
+#include <csignal>
+#include <cstring>
+#include <exception>
+#include <string_view>
+#include <variant>
+
+namespace nimba::smi {
+namespace {
+
+constexpr Command kCommands[] = {
+    {"list", "List the adapters, and a GPU of another vendor", list_command},
+    {"version", "Show the versions of the tool, the library and its interface", version_command},
+};
+
+Report report_for(int count, char** arguments)
+{
+    const ParsedCommandLine parsed = parse_command_line(count, arguments, kCommands);
+    if (const auto* const usage = std::get_if<UsageError>(&parsed)) {
+        return {"", {{ExitStatus::kUsage, std::nullopt, std::nullopt, usage->message}}};
+    }
+    if (const auto* const print = std::get_if<PrintText>(&parsed)) {
+        return {print->text, {}};
+    }
+    const auto& invocation = std::get<Invocation>(parsed);
+    return invocation.command->run(invocation.options);
+}
+
+// Prints the report. Returns the exit status.
+ExitStatus publish(Report report)
+{
+    if (const int error = write_all(STDOUT_FILENO, report.output); error != 0) {
+        report.problems.push_back(
+            {ExitStatus::kFailed, std::nullopt, std::nullopt,
+             fmt::format("cannot write to standard output: {}", std::strerror(error))});
+    }
+    for (const Problem& problem : report.problems) {
+        print_error_line(problem.message);
+    }
+    return overall_status(report.problems);
+}
+
+ExitStatus run(int count, char** arguments)
+{
+    // Whoever started the tool may ignore the end of children; it could not wait for its workers.
+    std::signal(SIGCHLD, SIG_DFL);
+    try {
+        return publish(report_for(count, arguments));
+    } catch (const std::exception& exception) {
+        print_error_line(fmt::format("internal error: {}", exception.what()));
+        return ExitStatus::kFailed;
+    }
+}
+
+}  // namespace
+}  // namespace nimba::smi
+
+int main(int argc, char** argv)
+{
+    using namespace nimba::smi;
+    keep_standard_descriptors();
+    if (argc > 1 && std::string_view{argv[1]} == "--worker") {
+        return run_worker(argc, argv);
+    }
+    return static_cast<int>(run(argc, argv));
+}

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "tools/smi/exit_status.hpp"
+
+#include <string>
+#include <vector>
+
+namespace nimba::smi {
+
+// What a command leaves to print: its result for standard output and a line of standard error for
+// each problem.
+struct Report {
+    std::string output;
+    std::vector<Problem> problems;
+};
+
+}  // namespace nimba::smi

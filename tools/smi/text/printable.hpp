@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+// Text from drivers and files on a terminal.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace nimba::smi {
+
+// `text` with control characters written out ("\x1b", and "\u009b" for those beyond ASCII), so that
+// no terminal obeys them, and with U+FFFD for every byte that is no UTF-8.
+std::string printable(std::string_view text);
+
+// Like printable, but newlines stay: for messages of several lines.
+std::string printable_lines(std::string_view text);
+
+// Characters of a UTF-8 text: the columns that it takes.
+std::size_t columns(std::string_view text);
+
+}  // namespace nimba::smi

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+#include "tools/smi/text/table.hpp"
+
+#include "tools/smi/text/printable.hpp"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace nimba::smi {
+namespace {
+
+constexpr std::size_t kGap = 2;
+
+std::vector<Row> printable_rows(const std::vector<Row>& rows)
+{
+    std::vector<Row> result = rows;
+    for (Row& row : result) {
+        std::ranges::transform(row, row.begin(), printable);
+    }
+    return result;
+}
+
+std::vector<std::size_t> column_widths(const std::vector<Row>& rows)
+{
+    std::vector<std::size_t> widths;
+    for (const Row& row : rows) {
+        widths.resize(row.size());
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            widths[i] = std::max(widths[i], columns(row[i]));
+        }
+    }
+    return widths;
+}
+
+}  // namespace
+
+std::string aligned(const std::vector<Row>& rows)
+{
+    const std::vector<Row> cells = printable_rows(rows);
+    const std::vector<std::size_t> widths = column_widths(cells);
+    std::string text;
+    for (const Row& row : cells) {
+        std::size_t blanks = 0;
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            if (!row[i].empty()) {
+                text.append(blanks, ' ') += row[i];
+                blanks = 0;
+            }
+            blanks += widths[i] - columns(row[i]) + kGap;
+        }
+        text += '\n';
+    }
+    return text;
+}
+
+}  // namespace nimba::smi

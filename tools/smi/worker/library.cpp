@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+#include "tools/smi/worker/library.hpp"
+
+#include <dlfcn.h>
+#include <link.h>
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <filesystem>
+
+namespace nimba::smi {
+namespace {
+
+struct Symbol {
+    const char* name;
+    void (*store)(EntryPoints& entry, void* address);
+};
+
+template <auto Member>
+void store(EntryPoints& entry, void* address)
+{
+    entry.*Member = reinterpret_cast<std::remove_reference_t<decltype(entry.*Member)>>(address);
+}
+
+constexpr Symbol kSymbols[] = {
+    {"set_print_callback", store<&EntryPoints::set_print_callback>},
+    {"get_interface_version", store<&EntryPoints::get_interface_version>},
+    {"get_interface_version_ext1", store<&EntryPoints::get_interface_version_ext1>},
+    {"gfx_find_adapter", store<&EntryPoints::gfx_find_adapter>},
+    {"gfx_find_adapter_ext1", store<&EntryPoints::gfx_find_adapter_ext1>},
+    {"gpuinfo_nimba_init", store<&EntryPoints::gpuinfo_nimba_init>},
+    {"gpuinfo_control_enable", store<&EntryPoints::gpuinfo_control_enable>},
+};
+
+// The file behind a handle, without links where it can be resolved.
+std::string file_of(void* handle)
+{
+    link_map* map = nullptr;
+    if (::dlinfo(handle, RTLD_DI_LINKMAP, &map) != 0) {
+        return {};
+    }
+    std::error_code error;
+    const auto resolved = std::filesystem::canonical(map->l_name, error);
+    return error ? map->l_name : resolved.string();
+}
+
+}  // namespace
+
+void LibraryCloser::operator()(void* handle) const
+{
+    ::dlclose(handle);
+}
+
+std::variant<Library, std::string> load_library(const std::string& name)
+{
+    Library library;
+    library.handle.reset(::dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL));
+    if (!library.handle) {
+        return fmt::format(
+            "cannot load the management library ({}): install it, or name it with --library",
+            ::dlerror());
+    }
+    library.path = file_of(library.handle.get());
+    for (const Symbol& symbol : kSymbols) {
+        void* const address = ::dlsym(library.handle.get(), symbol.name);
+        if (address == nullptr) {
+            return fmt::format(
+                "{} lacks the entry point {}: install the library that belongs to this nimba-smi",
+                library.path, symbol.name);
+        }
+        symbol.store(library.entry, address);
+    }
+    return library;
+}
+
+std::string major_mismatch_message(const std::string& path)
+{
+    return fmt::format(
+        "{} has another major interface version: install the nimba-smi that belongs to it", path);
+}
+
+std::optional<std::string> version_in_file_name(const std::string& path)
+{
+    constexpr std::string_view kSuffix = ".so.";
+    const std::string file = std::filesystem::path(path).filename();
+    const auto suffix = file.rfind(kSuffix);
+    if (suffix == std::string::npos) {
+        return std::nullopt;
+    }
+    std::string version = file.substr(suffix + kSuffix.size());
+    const bool numeric =
+        !version.empty() && version.find_first_not_of("0123456789.") == std::string::npos;
+    return numeric ? std::optional(std::move(version)) : std::nullopt;
+}
+
+}  // namespace nimba::smi

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+// What the tool and its workers say to each other: one JSON object a line. The tool sends requests;
+// the worker answers each with any number of notices and then one answer or failure.
+#pragma once
+
+#include "tools/smi/exit_status.hpp"
+
+#include <nlohmann/json.hpp>
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+
+namespace nimba::smi {
+
+using Json = nlohmann::json;
+
+// The worker is about to make a call that may not come back.
+struct Entering {
+    std::string call;
+
+    bool operator==(const Entering&) const = default;
+};
+
+struct Answer {
+    Json value;
+
+    bool operator==(const Answer&) const = default;
+};
+
+// The request could not be answered; the worker lives.
+struct Failure {
+    ExitStatus status = ExitStatus::kFailed;
+    std::string call;
+    std::string message;
+
+    bool operator==(const Failure&) const = default;
+};
+
+using Message = std::variant<Entering, Answer, Failure>;
+
+// Lines end in a newline and hold no other. Bytes that are no UTF-8 become U+FFFD.
+std::string encode_request(std::string_view name);
+std::string encode(const Message& message);
+
+// Nothing when the line is not such a message.
+std::optional<std::string> decode_request(std::string_view line);
+std::optional<Message> decode(std::string_view line);
+
+// Puts lines together from pieces as they arrive.
+class LineBuffer final {
+  public:
+    void append(std::string_view bytes) { bytes_ += bytes; }
+
+    // The next whole line, without its newline.
+    std::optional<std::string> next_line();
+
+  private:
+    std::string bytes_;
+};
+
+}  // namespace nimba::smi

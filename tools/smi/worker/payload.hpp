@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+// The answers to each request, as values. Their JSON form is between the tool and its own workers
+// and may change with every release; what users see is rendered from these values elsewhere.
+#pragma once
+
+#include "tools/smi/adapter.hpp"
+
+#include <nlohmann/json.hpp>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace nimba::smi {
+
+// Which adapter a slot holds, as discovery saw it.
+struct SlotIdentity {
+    int slot = 0;
+    std::string bus_id;
+    std::optional<std::string> name;
+
+    bool operator==(const SlotIdentity&) const = default;
+};
+
+// A file that exists and that this user may not open.
+struct DeniedFile {
+    std::string path;
+    std::string group;  // the group that may open it; empty when that is root's or none
+
+    bool operator==(const DeniedFile&) const = default;
+};
+
+// Answer to "discover".
+struct Discovery {
+    bool libdrm_usable = true;
+    std::vector<SlotIdentity> slots;
+    std::optional<ForeignGpu> foreign_gpu;
+    std::vector<DeniedFile> denied_nodes;  // one for each DRM device without a usable node
+
+    bool operator==(const Discovery&) const = default;
+};
+
+// Answer to "describe". No adapter: the worker's slot is empty.
+struct Description {
+    std::optional<Adapter> adapter;
+    std::optional<std::string> denied_info;  // the debugfs node that would tell the driver kind
+
+    bool operator==(const Description&) const = default;
+};
+
+// Answer to "version".
+struct LibraryVersion {
+    std::string path;
+    std::optional<std::string> package_version;
+    int interface_version = 0;
+    uint32_t client_version = 0;
+    uint32_t match_code = 0;
+
+    bool operator==(const LibraryVersion&) const = default;
+};
+
+nlohmann::json to_json_value(const Discovery& discovery);
+nlohmann::json to_json_value(const Description& description);
+nlohmann::json to_json_value(const LibraryVersion& version);
+
+// Nothing when the value has another shape.
+template <typename Payload>
+std::optional<Payload> payload_from(const nlohmann::json& value);
+extern template std::optional<Discovery> payload_from(const nlohmann::json&);
+extern template std::optional<Description> payload_from(const nlohmann::json&);
+extern template std::optional<LibraryVersion> payload_from(const nlohmann::json&);
+
+}  // namespace nimba::smi

@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: MIT
+#include "tools/smi/worker/requests.hpp"
+
+#include "tools/smi/worker/driver_files.hpp"
+#include "tools/smi/worker/drm_nodes.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace nimba::smi {
+namespace {
+
+// Records of another major version may have other layouts: then nothing is asked of the library.
+std::optional<Failure> mismatch(const Session& session)
+{
+    if (session.handshake().version_match_result != NIMBA_VERSION_MAJOR_MISMATCH) {
+        return std::nullopt;
+    }
+    return Failure{ExitStatus::kNoLibrary, "get_interface_version_ext1",
+                   major_mismatch_message(session.library().path)};
+}
+
+// Whether libdrm served discovery. It did when devices were listed; if not, it is tried once more,
+// since a machine without DRM devices looks the same.
+bool libdrm_usable(Session& session)
+{
+    const EntryPoints& entry = session.library().entry;
+    return *entry.gpuinfo_control_enable != 0 ||
+           session.call("gpuinfo_nimba_init", [&] { return entry.gpuinfo_nimba_init(); }) != 0;
+}
+
+Message discover(Session& session)
+{
+    if (auto failure = mismatch(session)) {
+        return *std::move(failure);
+    }
+    const DiscoveryRecords& records = session.discover();
+    Discovery discovery;
+    discovery.libdrm_usable = libdrm_usable(session);
+    discovery.slots = slot_identities(records);
+    discovery.foreign_gpu = foreign_gpu(records);
+    discovery.denied_nodes = denied_devices(drm_nodes());
+    return Answer{to_json_value(discovery)};
+}
+
+void complete_overwritten(Adapter& adapter, const DiscoveryRecords& records)
+{
+    const int directory = records.adapters.gpu_infos[adapter.slot].pci_dir_fd;
+    adapter.device_id = device_id_in(directory);
+    adapter.card = card_in(directory);
+}
+
+Message describe(Session& session)
+{
+    if (auto failure = mismatch(session)) {
+        return *std::move(failure);
+    }
+    const DiscoveryRecords& records = session.discover();
+    const int slot = session.options().slot.value_or(-1);
+    if (slot < 0 || slot >= slot_count(records)) {
+        return Answer{to_json_value(Description{})};
+    }
+    Adapter adapter = adapter_in_slot(records, slot);
+    if (is_overwritten(records, slot)) {
+        complete_overwritten(adapter, records);
+    }
+    Description description;
+    if (adapter.driver == DriverKind::kUnknown && adapter.card) {
+        const std::string info = driver_info_path(*adapter.card, adapter.vendor_id);
+        const Access access = session.call("open " + info, [&] { return read_access(info); });
+        adapter.driver = driver_kind_without_va(access);
+        if (access == Access::kDenied) {
+            description.denied_info = info;
+        }
+    }
+    description.adapter = std::move(adapter);
+    return Answer{to_json_value(description)};
+}
+
+Message version(Session& session)
+{
+    const Library& library = session.library();
+    LibraryVersion version;
+    version.path = library.path;
+    version.package_version = version_in_file_name(library.path);
+    version.interface_version = session.call("get_interface_version",
+                                             [&] { return library.entry.get_interface_version(); });
+    version.client_version = session.handshake().client_interface_version;
+    version.match_code = session.handshake().version_match_result;
+    return Answer{to_json_value(version)};
+}
+
+struct Request {
+    std::string_view name;
+    Message (*answer)(Session&);
+};
+
+constexpr Request kRequests[] = {
+    {kDiscoverRequest, discover},
+    {kDescribeRequest, describe},
+    {kVersionRequest, version},
+};
+
+}  // namespace
+
+Message answer_request(Session& session, std::string_view request)
+{
+    const auto* const known = std::ranges::find(kRequests, request, &Request::name);
+    if (known == std::end(kRequests)) {
+        return Failure{ExitStatus::kFailed, session.current_call(),
+                       fmt::format("unknown request \"{}\"", request)};
+    }
+    if (auto failure = session.ensure_library()) {
+        return *std::move(failure);
+    }
+    return known->answer(session);
+}
+
+}  // namespace nimba::smi

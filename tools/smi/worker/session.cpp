@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+#include "tools/smi/worker/session.hpp"
+
+#include "tools/smi/worker/surroundings.hpp"
+
+#include <variant>
+
+namespace nimba::smi {
+
+std::optional<Failure> Session::ensure_library()
+{
+    if (library_) {
+        return std::nullopt;
+    }
+    auto loaded = call("dlopen", [&] { return load_library(options_.library); });
+    if (const auto* const message = std::get_if<std::string>(&loaded)) {
+        return Failure{ExitStatus::kNoLibrary, call_, *message};
+    }
+    library_ = std::get<Library>(std::move(loaded));
+    const EntryPoints& entry = library_->entry;
+    call("set_print_callback",
+         [&] { return entry.set_print_callback(options_.verbose ? show_message : drop_message); });
+    handshake_.client_interface_version = NIMBA_INTERFACE_VERSION;
+    call("get_interface_version_ext1",
+         [&] { return entry.get_interface_version_ext1(&handshake_); });
+    return std::nullopt;
+}
+
+const DiscoveryRecords& Session::discover()
+{
+    if (!records_) {
+        const EntryPoints& entry = library_->entry;
+        records_.emplace();
+        records_->adapters.header.vendor_id_filter = 0xFFFF;  // both of the product's vendors
+        call("gfx_find_adapter", [&] { return entry.gfx_find_adapter(&records_->adapters); });
+        call("gfx_find_adapter_ext1",
+             [&] { return entry.gfx_find_adapter_ext1(&records_->identity); });
+    }
+    return *records_;
+}
+
+}  // namespace nimba::smi
