@@ -12,10 +12,6 @@
 #include <cstdlib>
 #include <string>
 
-#ifdef NIMBA_SANITIZE
-#include <sanitizer/allocator_interface.h>
-#endif
-
 namespace {
 
 std::atomic<int> allocations{0};
@@ -23,9 +19,13 @@ std::atomic<int> allocations{0};
 }  // namespace
 
 #ifdef NIMBA_SANITIZE
+// The sanitizer brings an allocator of its own, and tells of its use. Declared here, since not
+// every compiler brings the header.
+extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*)(const volatile void*,
+                                                                  std::size_t),
+                                                         void (*)(const volatile void*));
 namespace {
 
-// The sanitizer brings an allocator of its own, and tells of its use.
 const int hooks = __sanitizer_install_malloc_and_free_hooks(
     [](const volatile void*, std::size_t) { ++allocations; }, [](const volatile void*) {});
 
