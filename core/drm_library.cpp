@@ -27,7 +27,8 @@ struct DrmFunctions {
     }
 };
 
-// Written by gpuinfo_nimba_init alone: the functions of the libdrm loaded last, or all null.
+// Written by gpuinfo_nimba_init alone: the functions of the libdrm tried last; not to be called
+// unless they are usable.
 DrmFunctions drm{};
 
 DrmFunctions look_up(const SharedLibrary& library)
@@ -113,7 +114,6 @@ int32_t gpuinfo_nimba_init()
     // With neither file the functions may still be in the process, linked into the host.
     nimba::drm = nimba::look_up(library);
     if (!nimba::drm.usable()) {
-        nimba::drm = {};
         return 0;
     }
     library.keep_loaded();
