@@ -3,6 +3,15 @@
 # nimba-sim as a user types it: statuses, messages, signals, and what is left behind.
 bats_require_minimum_version 1.5.0
 
+load ordinary_user.bash
+
+: "${NIMBA_BIN:?the directory of the built programs}"
+PATH=$NIMBA_BIN:$PATH
+
+teardown_file() {
+    drop_ordinary_user_copy
+}
+
 setup() {
     cd "$BATS_TEST_TMPDIR" || return 1
     mkfifo said never
@@ -57,14 +66,6 @@ nothing_is_left() {
     gone "$command"
     [ ! -e "$bed" ]
     [ ! -e "$(dirname "$bed")" ]
-}
-
-as_ordinary_user() {
-    if [ "$(id -u)" -eq 0 ]; then
-        setpriv --reuid=65534 --regid=65534 --clear-groups env HOME=/tmp "$@"
-    else
-        "$@"
-    fi
 }
 
 @test "the command's exit status is that of the run" {

@@ -3,6 +3,11 @@
 # nimba-smi with the installed library on simulated machines.
 
 load nimba-smi.bash
+load ordinary_user.bash
+
+teardown_file() {
+    drop_ordinary_user_copy
+}
 
 NO_ADAPTER="nimba-smi: no Nimba or QV adapter found: check that the card is seated (lspci) and its \
 driver is loaded (dmesg)"
@@ -94,7 +99,7 @@ SLOT  NAME             BUS ID        CARD  DEVICE  DRIVER  LUID
 }
 
 @test "an info node for root alone leaves an ordinary user with a hint" {
-    run --separate-stderr as_nobody timeout 60 nimba-sim run --machine unreadable -- nimba-smi list
+    run --separate-stderr as_ordinary_user timeout 60 nimba-sim run --machine unreadable -- nimba-smi list
     [ "$status" = 6 ]
     same "$stderr" "nimba-smi: no permission to read /sys/kernel/debug/dri/0/jw/info, so the \
 driver kind is unknown: run as root"
@@ -105,18 +110,18 @@ SLOT  NAME          BUS ID        CARD  DEVICE  DRIVER   LUID
 
 @test "nodes for others leave an ordinary user with a hint, and what can be read is listed" {
     # The nodes of the first device: the render node is for its group, the primary node for nobody.
-    run --separate-stderr as_nobody timeout 60 nimba-sim run -- sh -c \
+    run --separate-stderr as_ordinary_user timeout 60 nimba-sim run -- sh -c \
         'cd "$UMOCKDEV_DIR/dev/dri" && chmod 1060 renderD128 && chmod 1000 card0 && nimba-smi list'
     [ "$status" = 6 ]
     same "$stderr" "nimba-smi: no permission to open /dev/dri/renderD128: join the group \
-\"$(as_nobody id -gn)\" or run as root"
+\"$(as_ordinary_user id -gn)\" or run as root"
     same "$output" "\
 SLOT  NAME             BUS ID        CARD  DEVICE  DRIVER  LUID
 -     Gpu2:Nvidia-GPU  0000:02:00.0  1     0x2684  -       0x0:0x20000"
 }
 
 @test "a device with one node that may be opened needs no hint" {
-    run --separate-stderr as_nobody timeout 60 nimba-sim run -- sh -c \
+    run --separate-stderr as_ordinary_user timeout 60 nimba-sim run -- sh -c \
         'chmod 1000 "$UMOCKDEV_DIR/dev/dri/card0" && nimba-smi list'
     [ "$status" = 0 ]
     same "$stderr" ""

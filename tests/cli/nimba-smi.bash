@@ -13,15 +13,6 @@ smi() {
     timeout 60 nimba-smi --library "$STUB" "$@"
 }
 
-# The command as a user without any right: nobody, in no group.
-as_nobody() {
-    if [ "$(id -u)" = 0 ]; then
-        setpriv --reuid=65534 --regid=65534 --clear-groups env HOME=/tmp "$@"
-    else
-        "$@"
-    fi
-}
-
 # Compares byte by byte and shows the difference.
 same() {
     diff <(printf '%s\n' "$1") <(printf '%s\n' "$2")
