@@ -1,6 +1,7 @@
 /* SPDX-License-Identifier: MIT */
 /* A host that knows the records of discovery, and of the version handshake, as bytes and offsets
- * alone. It runs with stub_libdrm.c as libdrm; its own expectations stand here. */
+ * alone. It runs with stub_libdrm.c as libdrm, in the one directory of LD_LIBRARY_PATH; its own
+ * expectations stand here. */
 #define _GNU_SOURCE
 #include "host.h"
 #include "record.h"
@@ -76,6 +77,43 @@ static void check_find_adapter_ext1(const unsigned char* record)
     CHECK(all_bytes(record, 192, 1512, 0));
 }
 
+/* The chip's kernel-interface libraries. */
+static const char* const kKernelInterfaces[] = {"libmv9hwbridge_v2.so.0.0.0",
+                                                "libdrm_mv9.so.0.0.0"};
+enum { kKernelInterfaceCount = 2 };
+
+static void library_path(char* path, size_t size, const char* name)
+{
+    const char* directory = getenv("LD_LIBRARY_PATH");
+    if (directory == NULL || strchr(directory, ':') != NULL) {
+        fputs("adapter_layout_host: set LD_LIBRARY_PATH to the directory of the stub libdrm\n",
+              stderr);
+        exit(2);
+    }
+    snprintf(path, size, "%s/%s", directory, name);
+}
+
+/* Files that the loader refuses, so that it looks for these libraries no further. */
+static void hide_kernel_interfaces(void)
+{
+    for (int index = 0; index < kKernelInterfaceCount; ++index) {
+        char path[4096];
+        library_path(path, sizeof path, kKernelInterfaces[index]);
+        FILE* file = fopen(path, "w");
+        CHECK(file != NULL && fputs("no library\n", file) >= 0 && fclose(file) == 0);
+        CHECK(dlopen(kKernelInterfaces[index], RTLD_LAZY) == NULL);
+    }
+}
+
+static void remove_hidden_kernel_interfaces(void)
+{
+    for (int index = 0; index < kKernelInterfaceCount; ++index) {
+        char path[4096];
+        library_path(path, sizeof path, kKernelInterfaces[index]);
+        CHECK(remove(path) == 0);
+    }
+}
+
 static void check_current_adapter(void* library, unsigned char* record)
 {
     int32_t (*init)(void*);
@@ -84,7 +122,9 @@ static void check_current_adapter(void* library, unsigned char* record)
     find_function(library, "gfx_global_exit", &finish);
     unsigned char before[276];
     memcpy(before, record, sizeof before);
+    hide_kernel_interfaces();
     CHECK(init(record) == -1); /* there is no kernel-interface library */
+    remove_hidden_kernel_interfaces();
     CHECK(memcmp(before, record, sizeof before) == 0);
     CHECK(*(unsigned char**)symbol(library, "pCurrent_gpu_infos") == record + 176);
     CHECK(strcmp(symbol(library, "sys_bus_pci_devices_BUSID_path"),

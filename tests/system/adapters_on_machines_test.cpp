@@ -65,7 +65,7 @@ TEST_F(Mixed, HasAQvM30ANimbaK3tAndAnIntelGpu)
 {
     expect_found({{DEVICE_ID_QV_M30, "Gpu0:QV M-30", QV_VENDOR_ID, "0001:0a:1f.7", 12, 1,
                    "renderD140", "qv_info", "hwmon/hwmon12", 1, 0x0a1f07},
-                  {DEVICE_ID_NIMBA_K3T, "Gpu1:Nimba-GT-K3t", NIMBA_VENDOR_ID, "0000:03:00.1", 20, 0,
+                  {DEVICE_ID_NIMBA_K3T, "Gpu1:Nimba-GT-K3t", NIMBA_VENDOR_ID, "0000:03:00.1", 20, 1,
                    "renderD150", "jw_info", "hwmon/hwmon20", 0, 0x030001}},
                  {{0x56a0, "Gpu2:Intel-GPU", 0x8086, 0, "renderD128", 0, 0x000200}});
     EXPECT_EQ(
@@ -75,7 +75,7 @@ TEST_F(Mixed, HasAQvM30ANimbaK3tAndAnIntelGpu)
                "find_adapter->header.IS_VA_driver[0] = 1\n",
                check_line(NIMBA_VENDOR_ID, DEVICE_ID_NIMBA_K3T), "find chip nimbak3t\n",
                "drm_card_idx: 20\n", "gpu_busid: 0x0000:03:00.1\n",
-               "gpu_luid: 0x00000000:0x00030001\n", "find_adapter->header.IS_VA_driver[1] = 0\n",
+               "gpu_luid: 0x00000000:0x00030001\n", "find_adapter->header.IS_VA_driver[1] = 1\n",
                "find chip intel\n", "gpu_busid: 0x0000:00:02.0\n",
                "gpu_luid: 0x00000000:0x00000200\n", "find chip num:2, other vendor chip num:1\n"}));
     EXPECT_EQ(output_, "");

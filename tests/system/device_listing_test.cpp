@@ -72,18 +72,6 @@ TEST_F(DeviceListing, ExaminesNoMoreDevicesThanTheArrayHolds)
     EXPECT_EQ(stub_->freed_devices, 1);
 }
 
-TEST_F(DeviceListing, StartsEachDiscoveryFromNoControl)
-{
-    plug_two();
-    discover_with();
-    EXPECT_EQ(control_enable(), 1);
-    stub_->call_count = 0;
-    stub_->answers[0] = 0;
-    discover();
-    EXPECT_EQ(control_enable(), 0);
-    EXPECT_EQ(record_.header.chip_num, 0);
-}
-
 TEST_F(DeviceListing, ReportsNoAdapterOnAMachineWithoutDrmDevices)
 {
     discover_with();

@@ -2,6 +2,7 @@
 // What discovery makes of the files of an adapter's driver: the machine has one Nimba K3 without
 // any, and each test adds its own.
 #include "machine_fixture.hpp"
+#include "ordinary_permissions.hpp"
 #include "support/descriptor.hpp"
 #include "support/temp_directory.hpp"
 
@@ -39,6 +40,12 @@ class DriverFiles : public MachineTest {
         fs::create_directories(in_test_bed(path).parent_path());
         write_file(in_test_bed(path), text);
     }
+    // The path of the entry that the directory lists first.
+    static std::string first_listed(const std::string& directory)
+    {
+        const fs::directory_iterator listing{in_test_bed(directory)};
+        return directory + "/" + listing->path().filename().string();
+    }
     int hwmon() const { return record_.gpu_infos[0].hwmon_dir_fd; }
     int info() const { return record_.gpu_infos[0].jw_info_dir_fd; }
 };
@@ -61,19 +68,12 @@ TEST_F(DriverFiles, TheInfoDirectoryOfTheOtherVendorIsNotTaken)
     EXPECT_EQ(opened_.size(), 2U);
 }
 
-TEST_F(DriverFiles, TheHwmonDirectoryIsADirectoryWhoseNameBeginsWithHwmon)
+TEST_F(DriverFiles, TheHwmonDirectoryIsFoundAmongOtherEntries)
 {
-    // Some file systems list the oldest entry first, some the newest.
-    const auto add_others = [](const std::string& suffix) {
-        add_directory(kPci + "/hwmon/device" + suffix);
-        add_directory(kPci + "/hwmon/xhwmon" + suffix);
-        add_directory(kPci + "/hwmon/hwmo" + suffix);
-        add_directory(kPci + "/hwmon/HWMON" + suffix);
-        add_file(kPci + "/hwmon/hwmon" + suffix, "a file");
-    };
-    add_others("1");
+    add_directory(kPci + "/hwmon/device");
+    add_file(kPci + "/hwmon/hwmon1", "a file");
     add_directory(kPci + "/hwmon/hwmon47");
-    add_others("2");
+    add_file(kPci + "/hwmon/hwmon2", "a file");
     discover();
     EXPECT_TRUE(is_open_on(hwmon(), kPci + "/hwmon/hwmon47"));
     EXPECT_TRUE(closes_on_exec(hwmon()));
@@ -87,20 +87,38 @@ TEST_F(DriverFiles, TheHwmonDirectoryMayHaveNoNumber)
     EXPECT_TRUE(is_open_on(hwmon(), kPci + "/hwmon/hwmon"));
 }
 
-TEST_F(DriverFiles, OneOfSeveralHwmonDirectoriesIsOpened)
+TEST_F(DriverFiles, TheHwmonDirectoryIsTheFirstListed)
 {
-    add_directory(kPci + "/hwmon/hwmon1");
-    add_directory(kPci + "/hwmon/hwmon2");
+    // Whichever entry a file system lists first, the oldest or the newest, it is neither the first
+    // nor the last by name.
+    for (const char* name : {"hwmon2", "hwmon1", "hwmon4", "hwmon3"}) {
+        add_directory(kPci + "/hwmon/" + name);
+    }
     discover();
-    EXPECT_NE(is_open_on(hwmon(), kPci + "/hwmon/hwmon1"),
-              is_open_on(hwmon(), kPci + "/hwmon/hwmon2"));
+    EXPECT_TRUE(is_open_on(hwmon(), first_listed(kPci + "/hwmon")));
     EXPECT_EQ(opened_.size(), 3U);
 }
 
-TEST_F(DriverFiles, WithoutAFittingDirectoryTheHwmonDescriptorStaysAndTheListingIsClosed)
+TEST_F(DriverFiles, NoOtherDirectoryIsTakenForTheFirstListedThatDoesNotOpen)
 {
-    add_directory(kPci + "/hwmon/device");
-    add_file(kPci + "/hwmon/hwmon3", "a file");
+    add_directory(kPci + "/hwmon/hwmon1");
+    add_directory(kPci + "/hwmon/hwmon2");
+    record_.gpu_infos[0].hwmon_dir_fd = 77;
+    const fs::path closed = in_test_bed(first_listed(kPci + "/hwmon"));
+    fs::permissions(closed, fs::perms::none);
+    {
+        const OrdinaryPermissions ordinary;
+        discover();
+    }
+    fs::permissions(closed, fs::perms::owner_all);
+    EXPECT_EQ(record_.header.chip_num, 1);
+    EXPECT_EQ(hwmon(), 77);
+    EXPECT_EQ(opened_.size(), 2U);
+}
+
+TEST_F(DriverFiles, AnEmptyHwmonDirectoryLeavesTheDescriptor)
+{
+    add_directory(kPci + "/hwmon");
     record_.gpu_infos[0].hwmon_dir_fd = 77;
     discover();
     EXPECT_EQ(hwmon(), 77);
@@ -129,6 +147,58 @@ TEST_F(DriverFiles, TheDriverKindIsReadInTheVendorsDirectoryOfTheCard)
     EXPECT_EQ(messages_.at(5), "find_adapter->header.IS_VA_driver[0] = 1\n");
 }
 
+struct Decoy {
+    enum Kind { kDirectory, kFile, kLinkToDirectory } kind;
+    const char* entry;
+    const char* name;
+};
+
+void PrintTo(const Decoy& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+class HwmonDecoy : public DriverFiles, public testing::WithParamInterface<Decoy> {
+  protected:
+    static void add_decoy()
+    {
+        const std::string path = kPci + "/hwmon/" + GetParam().entry;
+        switch (GetParam().kind) {
+            case Decoy::kDirectory:
+                add_directory(path);
+                break;
+            case Decoy::kFile:
+                add_file(path, "a file");
+                break;
+            case Decoy::kLinkToDirectory:
+                add_directory(kPci + "/hwmon/device");
+                fs::create_directory_symlink("device", in_test_bed(path));
+                break;
+        }
+    }
+};
+
+TEST_P(HwmonDecoy, IsNotOpenedAndTheListingIsClosed)
+{
+    add_decoy();
+    record_.gpu_infos[0].hwmon_dir_fd = 77;
+    discover();
+    EXPECT_EQ(record_.header.chip_num, 1);
+    EXPECT_EQ(hwmon(), 77);
+    EXPECT_EQ(opened_.size(), 2U);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , HwmonDecoy,
+    testing::Values(Decoy{Decoy::kDirectory, "device", "WithAnotherName"},
+                    Decoy{Decoy::kDirectory, "hwmo", "WithAShorterName"},
+                    Decoy{Decoy::kDirectory, "hwmo1", "WithAnotherFifthCharacter"},
+                    Decoy{Decoy::kDirectory, "xhwmon2", "WithTheNameFurtherBehind"},
+                    Decoy{Decoy::kDirectory, "HWMON2", "InUpperCase"},
+                    Decoy{Decoy::kFile, "hwmon3", "AsAFile"},
+                    Decoy{Decoy::kLinkToDirectory, "hwmon4", "AsALinkToADirectory"}),
+    [](const testing::TestParamInfo<Decoy>& row) { return row.param.name; });
+
 struct Info {
     std::string text;
     int is_va;
@@ -156,11 +226,12 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Info{"VA=1", 1, "TheTextAlone"}, Info{"VA=1\n", 1, "ALine"},
                     Info{"Driver Version : 2.0\nVA=1\nmore\n", 1, "AmongOtherLines"},
                     Info{"xVA=10", 1, "WithinAWord"},
-                    Info{std::string(120, '-') + "VA=1\n", 1, "NearTheEndOfThe128Bytes"},
+                    Info{std::string{"text\0VA=1\n", 10}, 1, "BehindANul"},
+                    Info{std::string(124, '-') + "VA=1\n", 1, "AsTheLastOfThe128Bytes"},
                     Info{"VA=1" + std::string(500, '-'), 1, "BeforeMoreThan128Bytes"},
                     Info{"VA=0\n", 0, "Of0"}, Info{"va=1\n", 0, "InLowerCase"},
                     Info{"VA = 1\n", 0, "WithBlanks"}, Info{"", 0, "OfAnEmptyNode"},
-                    Info{std::string(126, '-') + "VA=1\n", 0, "CutByThe128Bytes"},
+                    Info{std::string(125, '-') + "VA=1\n", 0, "CutByThe128Bytes"},
                     Info{std::string(128, '-') + "VA=1\n", 0, "BehindThe128Bytes"}),
     [](const testing::TestParamInfo<Info>& row) { return row.param.name; });
 

@@ -156,6 +156,20 @@ TEST_F(DrmLoading, TellsWhetherLibdrmIsUsable)
     EXPECT_EQ(record_.header.chip_num, 1);
 }
 
+TEST_F(DrmLoading, LeavesTheControlFlagToGfxFindAdapter)
+{
+    use_stub("drm_full");
+    EXPECT_EQ(init(), 1);
+    EXPECT_EQ(get_device_handles(), 1);
+    EXPECT_EQ(control_enable(), 0);
+    discover();
+    EXPECT_EQ(control_enable(), 1);
+    stub_->device_count = 0;
+    EXPECT_EQ(get_device_handles(), 0);
+    EXPECT_EQ(init(), 1);
+    EXPECT_EQ(control_enable(), 1);
+}
+
 TEST_F(DrmLoading, ListsNothingBeforeLibdrmIsLoaded)
 {
     record_ = patterned_record();

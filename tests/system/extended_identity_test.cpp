@@ -74,15 +74,22 @@ TEST_F(ExtendedIdentity, IsACopyOfTheWholeCache)
 TEST_F(ExtendedIdentity, KeepsTheSlotsThatALaterDiscoveryDoesNotReach)
 {
     devices_.plug_card(NIMBA_VENDOR_ID, DEVICE_ID_NIMBA_K1, {0x9a01, 1, 0, 0}, 71);
-    devices_.plug_card(QV_VENDOR_ID, DEVICE_ID_QV_M20, {0x9a02, 2, 0, 0}, 72);
+    devices_.plug_card(QV_VENDOR_ID, DEVICE_ID_QV_M20, {0x9a02, 2, 0x23, 0x24}, 72);
     discover_with();
     std::swap(stub_->devices[0], stub_->devices[1]);
     stub_->device_count = 1;
     discover();
     EXPECT_EQ(cache().vendor_id[0], static_cast<unsigned>(QV_VENDOR_ID));
     EXPECT_EQ(cache().luid[0].low, 0x9a02U);
+    EXPECT_EQ(cache().busid_info[0].domain, 0x9a02);
+    EXPECT_EQ(cache().busid_info[0].bus, 2);
     EXPECT_EQ(cache().vendor_id[1], static_cast<unsigned>(QV_VENDOR_ID));
     EXPECT_EQ(cache().luid[1].low, 0x9a02U);
+    EXPECT_EQ(cache().luid[1].high, 0x022324U);
+    EXPECT_EQ(cache().busid_info[1].domain, 0x9a02);
+    EXPECT_EQ(cache().busid_info[1].bus, 2);
+    EXPECT_EQ(cache().busid_info[1].device, 0x23);
+    EXPECT_EQ(cache().busid_info[1].function, 0x24);
 }
 
 TEST_F(ExtendedIdentity, OutlivesADiscoveryThatListsNothing)

@@ -30,10 +30,9 @@ TEST_P(ForeignGpuOf, ThisVendorIsNotedInSlot2)
     find_adapter expected = record_;
     discover_with();
 
-    EXPECT_STREQ(record_.header.chip_name[2], GetParam().chip_name);
     expected.header.chip_num = 0;
     expected.header.chip_id[2] = 0xbeef;
-    std::memcpy(expected.header.chip_name[2], record_.header.chip_name[2], 20);
+    std::strcpy(expected.header.chip_name[2], GetParam().chip_name);
     expected.header.drm_card_idx[2] = 75;
     EXPECT_EQ(bytes_of(record_), bytes_of(expected));
 

@@ -67,8 +67,11 @@ TEST_F(GlobalExit, TwiceFollowsItsStepsAgain)
 
 TEST_F(GlobalExit, BeforeAnyInitSwitchesNothing)
 {
-    EXPECT_EQ(exit(0), 0);
-    EXPECT_EQ(take_messages(), (Texts{"gfx_global_exit enter, chip_id_idx: 0 \n", kStopMessage}));
+    record_.chip_id_idx = 1;
+    global<decltype(gpuinfo_select_new_chip)>("gpuinfo_select_new_chip")(&record_);
+    take_messages();
+    EXPECT_EQ(exit(1), 0);
+    EXPECT_EQ(take_messages(), (Texts{"gfx_global_exit enter, chip_id_idx: 1 \n", kStopMessage}));
     EXPECT_EQ(usage(1), "?");
 }
 

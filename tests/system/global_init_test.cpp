@@ -239,6 +239,8 @@ TEST_F(GlobalInit, ThatFindsNoLibraryOrSizeFunctionKeepsTheEarlierBlock)
 {
     use_kernel_interface(kNimbaLibrary);
     use_kernel_interface(kQvLibrary, "kernel_interface_none");
+    install_garbage(kMv9Library);
+    install_garbage(kMv9Fallback);
     fill_slot(1, DEVICE_ID_QV_M30, 5);
     fill_slot(2, DEVICE_ID_QV_M20, 6);
     EXPECT_EQ(init(0), DEVICE_ID_NIMBA_K1);

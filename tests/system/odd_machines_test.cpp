@@ -1,13 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Machines without an adapter, or with one that lacks something; one suite for each machine.
 #include "machine_fixture.hpp"
-
-#include <unistd.h>
-
-#include <linux/capability.h>
-#include <sys/syscall.h>
-
-#include <array>
+#include "ordinary_permissions.hpp"
 
 namespace nimba::test {
 namespace {
@@ -27,25 +21,6 @@ const Adapter kBareK3{DEVICE_ID_NIMBA_K3,
                       "",
                       0,
                       0x010000};
-
-// Takes root's right to pass over permissions, for the length of its scope.
-class OrdinaryPermissions final {
-  public:
-    OrdinaryPermissions()
-    {
-        ::syscall(SYS_capget, &header_, before_.data());
-        auto less = before_;
-        less[0].effective &= ~((1U << CAP_DAC_OVERRIDE) | (1U << CAP_DAC_READ_SEARCH));
-        ::syscall(SYS_capset, &header_, less.data());
-    }
-    ~OrdinaryPermissions() { ::syscall(SYS_capset, &header_, before_.data()); }
-    OrdinaryPermissions(const OrdinaryPermissions&) = delete;
-    OrdinaryPermissions& operator=(const OrdinaryPermissions&) = delete;
-
-  private:
-    __user_cap_header_struct header_{_LINUX_CAPABILITY_VERSION_3, 0};
-    std::array<__user_cap_data_struct, 2> before_{};
-};
 
 using NoGpu = MachineTest;
 

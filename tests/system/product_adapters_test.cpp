@@ -3,7 +3,7 @@
 
 #include <fcntl.h>
 
-#include <algorithm>
+#include <cstring>
 #include <ostream>
 
 namespace nimba::test {
@@ -77,16 +77,16 @@ TEST_F(ProductAdapters, LeavesEveryFieldThatItCannotFillAsItWas)
     find_adapter expected = record_;
     discover_with();
 
-    EXPECT_STREQ(record_.header.chip_name[0], "Gpu0:Nimba-K1");
-    EXPECT_STREQ(record_.gpu_infos[0].busid, "9a01:04:05.6");
     EXPECT_LT(record_.gpu_infos[0].pci_dir_fd, 0);
+    record_.gpu_infos[0].pci_dir_fd = -1;
+    ASSERT_EQ(opened_.size(), 1U);
     expected.header.chip_num = 1;
     expected.header.chip_id[0] = DEVICE_ID_NIMBA_K1;
-    std::ranges::copy(record_.header.chip_name[0], expected.header.chip_name[0]);
+    std::strcpy(expected.header.chip_name[0], "Gpu0:Nimba-K1");
     expected.header.drm_fd[0] = opened_.begin()->first;
     expected.header.drm_card_idx[0] = 71;
-    std::ranges::copy(record_.gpu_infos[0].busid, expected.gpu_infos[0].busid);
-    expected.gpu_infos[0].pci_dir_fd = record_.gpu_infos[0].pci_dir_fd;
+    std::strcpy(expected.gpu_infos[0].busid, "9a01:04:05.6");
+    expected.gpu_infos[0].pci_dir_fd = -1;
     expected.gpu_infos[0].vendor_id = NIMBA_VENDOR_ID;
     EXPECT_EQ(bytes_of(record_), bytes_of(expected));
 }

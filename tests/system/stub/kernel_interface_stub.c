@@ -10,10 +10,25 @@ struct kernel_interface_state* kernel_interface(void)
     return &state;
 }
 
+#ifdef WITH_OBSERVER
+__attribute__((constructor)) static void tell_loading(void)
+{
+    observe_kernel_interface(&state, "loaded");
+}
+
+__attribute__((destructor)) static void tell_unloading(void)
+{
+    observe_kernel_interface(&state, "unloaded");
+}
+#endif
+
 #if defined(WITH_GFX_SIZE) || defined(WITH_QV_SIZE)
 static uint32_t answer(int32_t fd)
 {
     state.last_fd = fd;
+#ifdef WITH_OBSERVER
+    observe_kernel_interface(&state, "asked");
+#endif
     if (state.on_call) {
         state.on_call();
     }

@@ -23,6 +23,10 @@ struct kernel_interface_state {
 /* The state of this copy of the stub: a size of 4096 when it is loaded. */
 struct kernel_interface_state* kernel_interface(void);
 
+/* Defined by the test program: told when an observed copy of the stub, which has this state, is
+ * "loaded", "asked" for the size and "unloaded". */
+void observe_kernel_interface(const struct kernel_interface_state* copy, const char* event);
+
 #ifdef __cplusplus
 }
 #endif
