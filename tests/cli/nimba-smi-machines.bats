@@ -111,7 +111,7 @@ SLOT  NAME          BUS ID        CARD  DEVICE  DRIVER   LUID
 @test "nodes for others leave an ordinary user with a hint, and what can be read is listed" {
     # The nodes of the first device: the render node is for its group, the primary node for nobody.
     run --separate-stderr as_ordinary_user timeout 60 nimba-sim run -- sh -c \
-        'cd "$UMOCKDEV_DIR/dev/dri" && chmod 1060 renderD128 && chmod 1000 card0 && nimba-smi list'
+        'cd "$UMOCKDEV_DIR/dev/dri" && chmod 0060 renderD128 && chmod 0000 card0 && nimba-smi list'
     [ "$status" = 6 ]
     same "$stderr" "nimba-smi: no permission to open /dev/dri/renderD128: join the group \
 \"$(as_ordinary_user id -gn)\" or run as root"
@@ -122,7 +122,7 @@ SLOT  NAME             BUS ID        CARD  DEVICE  DRIVER  LUID
 
 @test "a device with one node that may be opened needs no hint" {
     run --separate-stderr as_ordinary_user timeout 60 nimba-sim run -- sh -c \
-        'chmod 1000 "$UMOCKDEV_DIR/dev/dri/card0" && nimba-smi list'
+        'chmod 0000 "$UMOCKDEV_DIR/dev/dri/card0" && nimba-smi list'
     [ "$status" = 0 ]
     same "$stderr" ""
     [ "${#lines[@]}" = 3 ]
@@ -132,8 +132,92 @@ SLOT  NAME             BUS ID        CARD  DEVICE  DRIVER  LUID
     run --separate-stderr on default sh -c 'info=$UMOCKDEV_DIR/sys/kernel/debug/dri/0/jw/info &&
         rm "$info" && mkfifo "$info" && nimba-smi --timeout 0.5 list'
     [ "$status" = 7 ]
-    same "$stderr" "nimba-smi: discovery: worker lost in gfx_find_adapter: no answer within 0.5 s; \
-the driver may be blocked: see dmesg, or allow more with --timeout"
+    same "$stderr" "nimba-smi: discovery: worker lost in gfx_find_adapter at adapter 0000:01:00.0: \
+no answer within 0.5 s; the driver may be blocked: see dmesg, or allow more with --timeout"
+    same "$output" ""
+}
+
+@test "an adapter whose driver blocks is named, and the one before it is listed" {
+    run --separate-stderr on two-qv sh -c 'info=$UMOCKDEV_DIR/sys/kernel/debug/dri/1/qv/info &&
+        rm "$info" && mkfifo "$info" && nimba-smi --timeout 0.5 list --json'
+    [ "$status" = 7 ]
+    same "$(jq -c '.adapters' <<<"$output")" '[{"slot":0,"name":"Gpu0:QV M-30",'\
+'"bus_id":"0000:01:00.0","card":0,"vendor_id":"0x5156","device_id":"0x2030","driver":"va",'\
+'"luid":{"low":0,"high":65536}}]'
+    same "$(jq -c '[.errors[] | [.status, .adapter, .call]]' <<<"$output")" \
+        '[[7,"0000:03:00.0","gfx_find_adapter"]]'
+    same "$stderr" "nimba-smi: discovery: worker lost in gfx_find_adapter at adapter 0000:03:00.0: \
+no answer within 0.5 s; the driver may be blocked: see dmesg, or allow more with --timeout"
+}
+
+@test "adapters without a primary node have the card that sysfs tells, and no driver kind" {
+    run --separate-stderr on two-qv sh -c 'rm "$UMOCKDEV_DIR"/dev/dri/card* && nimba-smi list'
+    [ "$status" = 0 ]
+    same "$stderr" ""
+    same "$output" "\
+SLOT  NAME          BUS ID        CARD  DEVICE  DRIVER   LUID
+0     Gpu0:QV M-30  0000:01:00.0  0     0x2030  unknown  0x0:0x10000
+1     Gpu1:QV M-20  0000:03:00.0  1     0x2020  unknown  0x0:0x30000"
+}
+
+@test "a foreign GPU that is closed to the user needs no hint" {
+    run --separate-stderr as_ordinary_user timeout 60 nimba-sim run -- sh -c \
+        'cd "$UMOCKDEV_DIR/dev/dri" && chmod 0000 renderD129 card1 && nimba-smi list'
+    [ "$status" = 0 ]
+    same "$stderr" ""
+    same "$output" "\
+SLOT  NAME           BUS ID        CARD  DEVICE  DRIVER  LUID
+0     Gpu0:Nimba-K1  0000:01:00.0  0     0x1001  va      0x0:0x10000"
+}
+
+@test "a directory of nodes that is closed to the user is one line" {
+    run --separate-stderr as_ordinary_user timeout 60 nimba-sim run -- sh -c \
+        'chmod 0000 "$UMOCKDEV_DIR/dev/dri" && nimba-smi list; status=$?
+        chmod 0700 "$UMOCKDEV_DIR/dev/dri"; exit $status'
+    [ "$status" = 6 ]
+    same "$stderr" "nimba-smi: no permission to look into /dev/dri, so no GPU can be found: run as \
+root"
+    same "$output" ""
+}
+
+UNLISTED="is there but not listed: its driver does not answer, or the library does not know the \
+chip (see dmesg)"
+
+@test "an adapter that does not answer is named" {
+    run --separate-stderr on closed-nodes nimba-smi list
+    [ "$status" = 3 ]
+    same "$stderr" "nimba-smi: adapter 0000:01:00.0 $UNLISTED"
+    same "$output" ""
+    run --separate-stderr on no-version nimba-smi list
+    [ "$status" = 3 ]
+    same "$stderr" "nimba-smi: adapter 0000:01:00.0 $UNLISTED"
+    [ "${#lines[@]}" = 2 ]
+}
+
+@test "adapters beyond the devices that are examined are named" {
+    # Which three are examined goes by the order of a directory.
+    run --separate-stderr on three-and-foreign nimba-smi list --json
+    [ "$status" = 0 ]
+    same "$(jq '.adapters | length' <<<"$output")" "$(jq '3 - (.errors | length)' <<<"$output")"
+    for bus_id in 0000:01:00.0 0000:02:00.0 0000:03:00.0; do
+        same "$(jq --arg id "$bus_id" '[(.adapters[].bus_id | select(. == $id)),
+            (.errors[].message | select(contains($id)))] | length' <<<"$output")" 1
+    done
+    run --separate-stderr on many-devices nimba-smi list
+    [ "${#stderr_lines[@]}" = 1 ]
+    [[ $stderr == "nimba-smi: there are 6 DRM devices, of which 3 are examined: "*" not listed; \
+unload the driver of another to make room" ]]
+}
+
+@test "the JSON document is whole on every machine" {
+    machines=$(nimba-sim machines | awk '{ print $1 }')
+    [ "$(wc -l <<<"$machines")" -ge 20 ]
+    for machine in $machines; do
+        run --separate-stderr on "$machine" nimba-smi list --json
+        [ "$status" = 0 ] || [ "$status" = 3 ] || { echo "$machine: $status $stderr"; return 1; }
+        same "$machine $(jq -r '.schema, (.adapters | type), (.errors | type)' <<<"$output" |
+            paste -sd ' ')" "$machine nimba-smi.list.1 array array"
+    done
 }
 
 @test "a machine without libdrm" {

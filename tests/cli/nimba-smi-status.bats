@@ -38,6 +38,13 @@ fails_with() {
         bash -c "trap '' PIPE; exec 3> >(exec true); wait \$!; nimba-smi --library $STUB list >&3"
 }
 
+@test "SIGPIPE ends the tool quietly" {
+    run --separate-stderr bash -c "exec 3> >(exec true); wait \$!
+        exec env --default-signal=PIPE nimba-smi --library $STUB list --json >&3"
+    [ "$status" = 141 ]
+    same "$stderr" ""
+}
+
 @test "2: bad usage" {
     fails_with 2 "a command is required; see nimba-smi --help" nimba-smi
     fails_with 2 "a command is required; see nimba-smi --help" nimba-smi --json

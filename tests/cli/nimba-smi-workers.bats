@@ -21,8 +21,14 @@ loses() {
 @test "discovery that dies is one line, whatever the call and the way" {
     loses discovery/gfx_find_adapter/abort \
         "discovery: worker lost in gfx_find_adapter: killed by SIGABRT; $ADVICE"
+    same "$output" ""
     loses discovery/gfx_find_adapter_ext1/crash \
         "discovery: worker lost in gfx_find_adapter_ext1: killed by SIGSEGV; $ADVICE"
+    same "$output" "\
+SLOT  NAME           BUS ID        CARD  DEVICE  DRIVER   LUID
+0     Gpu0:Nimba-K1  0000:03:00.0  0     0x1001  va       0x0:0x30000
+1     Gpu1:QV M-30   0000:04:00.0  1     0x2030  unknown  0x0:0x40000
+2     -              0001:8f:1f.7  -     -       va       0x1:0x8f1f07"
     loses discovery/set_print_callback/exit \
         "discovery: worker lost in set_print_callback: exit status 3; $ADVICE"
     loses discovery/dlopen/exit "discovery: worker lost in dlopen: exit status 3; $ADVICE"
@@ -99,13 +105,14 @@ $SLOT_2"
     within_bounds all_gone
 }
 
-@test "workers die with a tool that is killed" {
+@test "workers die with a tool that is killed, and so does what they started" {
     make_pid_directory
-    export NIMBA_STUB_ADAPTERS=3 NIMBA_STUB_FAULT=adapters/gfx_find_adapter/hang
-    for signal in KILL TERM; do
-        nimba-smi --library "$STUB" --timeout 600 list 3>&- &
+    export NIMBA_STUB_ADAPTERS=3 NIMBA_STUB_FAULT=adapters/gfx_find_adapter/hang-with-child
+    for signal in KILL TERM INT; do
+        # A shell without job control has its background commands ignore SIGINT.
+        env --default-signal=INT nimba-smi --library "$STUB" --timeout 600 list 3>&- &
         tool=$!
-        within_bounds pids_left 3
+        within_bounds pids_left 6
         kill -s "$signal" "$tool"
         wait "$tool" || true
         within_bounds all_gone

@@ -119,6 +119,7 @@ SLOT  NAME             BUS ID        CARD  DEVICE  DRIVER   LUID
     [ "$status" = 0 ]
     one_worker="\
 stub: loaded
+stub: a complaint
 stub: set_print_callback
 set_print_callback.
 stub: get_interface_version_ext1

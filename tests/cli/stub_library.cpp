@@ -11,7 +11,7 @@
 //   NIMBA_STUB_FAULT     WHO/CALL/ACTION: what goes wrong where. WHO is "discovery" (any worker
 //                        without a slot), a slot, "adapters" (any slot) or "all"
 //   NIMBA_STUB_PIDS      a directory that gets a file for every process that meets its fault
-// Like the real library it prints on standard output at load and whenever it is called.
+// It prints on standard output at load and whenever it is called, and on standard error at load.
 #include "nimba_mgmt_interface.h"
 
 #include <fcntl.h>
@@ -207,6 +207,7 @@ void fill_extended(find_adapter_ext1& identity, int slot, const StubAdapter& ada
 __attribute__((constructor)) void load()
 {
     std::puts("stub: loaded");
+    std::fputs("stub: a complaint\n", stderr);
     maybe_misbehave("dlopen");
 }
 

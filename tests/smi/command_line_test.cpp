@@ -88,6 +88,9 @@ TEST(CommandLine, PrintsTheVersionAndTheHelp)
     const auto help = parse({"list", "--help"});
     ASSERT_TRUE(std::holds_alternative<PrintText>(help));
     EXPECT_NE(std::get<PrintText>(help).text.find("Lists"), std::string::npos);
+    EXPECT_NE(std::get<PrintText>(help).text.find("--json, --verbose, --timeout and --library may "
+                                                  "stand here too; see nimba-smi --help."),
+              std::string::npos);
 }
 
 }  // namespace

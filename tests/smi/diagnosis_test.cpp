@@ -44,6 +44,28 @@ TEST(Diagnosis, SilentWorkerGetsOtherAdvice)
               "see dmesg, or allow more with --timeout");
 }
 
+TEST(Diagnosis, LossAtAnAdapterNamesIt)
+{
+    const auto problem = diagnose({"discovery", std::nullopt, "0000:04:00.0"},
+                                  Lost{"gfx_find_adapter", "no answer within 1 s", true});
+    ASSERT_TRUE(problem.has_value());
+    EXPECT_EQ(problem->adapter, "0000:04:00.0");
+    EXPECT_EQ(
+        problem->message,
+        "discovery: worker lost in gfx_find_adapter at adapter 0000:04:00.0: no answer within "
+        "1 s; the driver may be blocked: see dmesg, or allow more with --timeout");
+}
+
+TEST(Diagnosis, LossBeforeTheFirstCallBlamesNoDriver)
+{
+    EXPECT_EQ(diagnose(kDiscovery, Lost{"start", "no answer within 1 s", true})->message,
+              "discovery: worker lost in start: no answer within 1 s; the machine may be "
+              "overloaded: allow more with --timeout");
+    EXPECT_EQ(diagnose(kDiscovery, Lost{"start", "exit status 1"})->message,
+              "discovery: worker lost in start: exit status 1; nimba-smi could not run itself: "
+              "check the limits of this session (ulimit -a)");
+}
+
 TEST(Diagnosis, ExceptionIsALostWorker)
 {
     const auto problem =

@@ -60,6 +60,29 @@ TEST(DiscoveryRecords, SlotCountStaysWithinTheSlots)
     EXPECT_EQ(slot_count(records), 0);
 }
 
+TEST(DiscoveryRecords, UnfilledRecordAsksForBothVendorsAndHasNoCardOrDirectory)
+{
+    const find_adapter adapters = unfilled_adapters();
+    EXPECT_EQ(adapters.header.vendor_id_filter, 0xFFFFU);
+    EXPECT_EQ(adapters.header.chip_num, 0);
+    for (int slot = 0; slot < 3; ++slot) {
+        EXPECT_EQ(adapters.header.drm_card_idx[slot], -1);
+        EXPECT_EQ(adapters.gpu_infos[slot].jw_info_dir_fd, -1);
+        EXPECT_EQ(adapters.gpu_infos[slot].hwmon_dir_fd, -1);
+    }
+}
+
+TEST(DiscoveryRecords, CardThatWasNotFilledIsAbsent)
+{
+    DiscoveryRecords records = three_adapters();
+    records.adapters.header.drm_card_idx[1] = -1;
+    EXPECT_EQ(adapter_in_slot(records, 0).card, 4);
+    EXPECT_EQ(adapter_in_slot(records, 1).card, std::nullopt);
+    add_foreign_gpu(records);
+    records.adapters.header.drm_card_idx[2] = -1;
+    EXPECT_EQ(foreign_gpu(records)->card, std::nullopt);
+}
+
 TEST(DiscoveryRecords, IdentitiesComeInSlotOrder)
 {
     DiscoveryRecords records = three_adapters();

@@ -51,7 +51,7 @@ std::optional<uint32_t> device_id_from(const std::string& text)
     const test::TempDirectory directory;
     directory.write("device", text);
     const Descriptor fd{::open(directory.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
-    return device_id_in(fd.get());
+    return pci_id_in(fd.get(), "device");
 }
 
 TEST(PciDirectory, DeviceIdentifierIsReadFromItsFile)
@@ -62,7 +62,7 @@ TEST(PciDirectory, DeviceIdentifierIsReadFromItsFile)
     EXPECT_EQ(device_id_from("1013\n"), std::nullopt);
     EXPECT_EQ(device_id_from("0x\n"), std::nullopt);
     EXPECT_EQ(device_id_from("0x10g3\n"), std::nullopt);
-    EXPECT_EQ(device_id_in(-1), std::nullopt);
+    EXPECT_EQ(pci_id_in(-1, "device"), std::nullopt);
 }
 
 TEST(PciDirectory, CardIsTheOneInItsListing)

@@ -77,6 +77,57 @@ TEST(Assemble, DeniedNodesAreNamedWithTheirGroup)
                                         "no permission to open /dev/dri/card1: run as root"}));
 }
 
+TEST(Assemble, DeniedDirectoryIsTheOnlyThingToSay)
+{
+    Discovery discovery;
+    discovery.denied_directory = DeniedFile{"/dev/dri", "video"};
+    const ListSnapshot snapshot = assemble(discovery, {});
+    EXPECT_EQ(overall_status(snapshot.problems), ExitStatus::kNoPermission);
+    EXPECT_EQ(messages(snapshot),
+              (std::vector<std::string>{"no permission to look into /dev/dri, so no GPU can be "
+                                        "found: join the group \"video\" or run as root"}));
+}
+
+TEST(Assemble, EachAdapterThatDoesNotAnswerIsNamed)
+{
+    Discovery discovery;
+    discovery.drm_devices = 3;
+    discovery.unlisted = {"0000:05:00.0", "0000:06:00.0"};
+    const ListSnapshot snapshot = assemble(discovery, {});
+    EXPECT_EQ(overall_status(snapshot.problems), ExitStatus::kNoAdapter);
+    EXPECT_EQ(snapshot.problems.at(1).adapter, "0000:06:00.0");
+    EXPECT_EQ(messages(snapshot),
+              (std::vector<std::string>{
+                  "adapter 0000:05:00.0 is there but not listed: its driver does not answer, or "
+                  "the library does not know the chip (see dmesg)",
+                  "adapter 0000:06:00.0 is there but not listed: its driver does not answer, or "
+                  "the library does not know the chip (see dmesg)"}));
+}
+
+TEST(Assemble, AdaptersBeyondTheExaminedDevicesAreARemark)
+{
+    Discovery discovery = two_adapters();
+    discovery.drm_devices = 4;
+    discovery.unlisted = {"0000:05:00.0"};
+    const std::vector<Reply> replies{described(kFirst), described(kSecond)};
+    const ListSnapshot snapshot = assemble(discovery, replies);
+    EXPECT_EQ(overall_status(snapshot.problems), ExitStatus::kOk);
+    EXPECT_EQ(messages(snapshot),
+              (std::vector<std::string>{"there are 4 DRM devices, of which 3 are examined: "
+                                        "0000:05:00.0 not listed; unload the driver of another to "
+                                        "make room"}));
+}
+
+TEST(Assemble, NothingListedAmongManyDevicesIsNoAdapter)
+{
+    Discovery discovery;
+    discovery.drm_devices = 5;
+    discovery.unlisted = {"0000:05:00.0", "0000:06:00.0"};
+    const ListSnapshot snapshot = assemble(discovery, {});
+    EXPECT_EQ(overall_status(snapshot.problems), ExitStatus::kNoAdapter);
+    EXPECT_EQ(snapshot.problems.size(), 1U);
+}
+
 TEST(Assemble, DeniedInfoNodesAreOneHint)
 {
     const std::vector<Reply> replies{described(kFirst, "/a/info"), described(kSecond, "/b/info")};

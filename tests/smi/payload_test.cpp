@@ -21,7 +21,10 @@ TEST(Payload, DiscoverySurvivesTheChannel)
         false,
         {{0, "0000:03:00.0", "Gpu0:Nimba-K1"}, {2, "0000:05:00.0", std::nullopt}},
         ForeignGpu{"Gpu2:Amd-GPU", "0000:01:00.0", 3, 0x1002, 0x73BF, {0, 0x10000}},
+        DeniedFile{"/dev/dri", "video"},
         {{"/dev/dri/renderD128", "render"}, {"/dev/dri/card1", ""}},
+        4,
+        {"0000:06:00.0"},
     });
 }
 

@@ -3,10 +3,15 @@
 
 #include "tools/smi/descriptor.hpp"
 
+#include <unistd.h>
+
 #include <gtest/gtest.h>
 #include <sys/socket.h>
+#include <sys/wait.h>
 
 #include <array>
+#include <csignal>
+#include <cstdlib>
 
 namespace nimba::smi {
 namespace {
@@ -38,15 +43,59 @@ TEST(DropMessage, WritesNothing)
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-TEST(EndWithParent, SeesAParentThatIsGone)
+// How a child process in a group of its own ends that runs `body`.
+template <typename Body>
+int end_of_group_leader(Body body)
 {
-    std::array<int, 2> ends{};
-    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
-    const Descriptor worker_end{ends[0]};
-    Descriptor parent_end{ends[1]};
-    EXPECT_TRUE(end_with_parent(worker_end.get()));
-    parent_end.reset();
-    EXPECT_FALSE(end_with_parent(worker_end.get()));
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::setpgid(0, 0);
+        ::_exit(body() ? EXIT_SUCCESS : EXIT_FAILURE);
+    }
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    return status;
+}
+
+class EndWithParent : public testing::Test {
+  protected:
+    void SetUp() override
+    {
+        std::array<int, 2> ends{};
+        ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
+        worker_end_ = Descriptor{ends[0]};
+        parent_end_ = Descriptor{ends[1]};
+    }
+
+    Descriptor worker_end_;
+    Descriptor parent_end_;
+};
+
+TEST_F(EndWithParent, SeesAParentThatIsGone)
+{
+    const int status = end_of_group_leader([&] {
+        const bool before = end_with_parent(worker_end_.get());
+        ::shutdown(parent_end_.get(), SHUT_RDWR);
+        return before && !end_with_parent(worker_end_.get());
+    });
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == EXIT_SUCCESS) << status;
+}
+
+TEST_F(EndWithParent, TakesItsGroupAlongEvenWhenTheSignalWasBlocked)
+{
+    const int status = end_of_group_leader([&] {
+        sigset_t all;
+        ::sigfillset(&all);
+        ::sigprocmask(SIG_SETMASK, &all, nullptr);
+        end_with_parent(worker_end_.get());
+        const pid_t member = ::fork();
+        if (member == 0) {
+            ::kill(::getppid(), SIGTERM);
+        }
+        ::waitpid(member, nullptr, 0);
+        return false;
+    });
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
 }
 
 }  // namespace

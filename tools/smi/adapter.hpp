@@ -37,7 +37,7 @@ struct Adapter {
 struct ForeignGpu {
     std::string name;
     std::string bus_id;
-    int card = 0;
+    std::optional<int> card;
     uint32_t vendor_id = 0;
     uint32_t device_id = 0;
     Luid luid;

@@ -17,12 +17,15 @@ constexpr const char* kFooter =
     "  0  all right\n"
     "  1  output could not be written, or an internal error\n"
     "  2  the command line makes no sense\n"
-    "  3  no Nimba or QV adapter was found\n"
+    "  3  no Nimba or QV adapter was found, or one does not answer or went away\n"
     "  4  the management library cannot be loaded or does not fit\n"
-    "  5  libdrm is missing\n"
+    "  5  libdrm is missing or unusable\n"
     "  6  something could not be read for want of permission\n"
-    "  7  a worker process died or gave no answer\n"
+    "  7  a worker process died or gave no answer in time\n"
     "See nimba-smi(1) for more.\n";
+
+constexpr const char* kCommandFooter =
+    "--json, --verbose, --timeout and --library may stand here too; see nimba-smi --help.\n";
 
 constexpr double kLongestTimeout = 86400;
 
@@ -67,7 +70,7 @@ ParsedCommandLine parse_command_line(int count, const char* const* arguments,
     app.fallthrough();
     app.footer(kFooter);
     for (const Command& command : commands) {
-        app.add_subcommand(command.name, command.summary);
+        app.add_subcommand(command.name, command.summary)->footer(kCommandFooter);
     }
     try {
         app.parse(count, arguments);

@@ -12,11 +12,18 @@
 namespace nimba::smi {
 namespace {
 
-// Asks a worker of its own what the machine has. The worker ends with the answer.
-Reply ask_discovery(const Options& options)
+// Asks a worker of its own what the machine has. The worker ends with the answer. When it is lost,
+// the snapshot gets what it had found until then.
+std::optional<Discovery> ask_discovery(const Options& options, ListSnapshot& snapshot)
 {
     WorkerProcess worker{{options.library, options.verbose, std::nullopt}};
-    return ask_all({&worker, 1}, kDiscoverRequest, options.timeout).front();
+    const Reply reply = ask_all({&worker, 1}, kDiscoverRequest, options.timeout).front();
+    const Subject subject{"discovery", std::nullopt, unfinished_adapter(worker.progress())};
+    auto discovery = accept<Discovery>(subject, reply, snapshot.problems);
+    if (!discovery) {
+        snapshot.adapters = finished_adapters(worker.progress());
+    }
+    return discovery;
 }
 
 // Asks one worker for each slot, all at the same time.
@@ -33,8 +40,7 @@ std::vector<Reply> ask_adapters(const Options& options, const std::vector<SlotId
 ListSnapshot take_snapshot(const Options& options)
 {
     ListSnapshot snapshot;
-    const auto discovery =
-        accept<Discovery>({"discovery", std::nullopt}, ask_discovery(options), snapshot.problems);
+    const auto discovery = ask_discovery(options, snapshot);
     return discovery ? assemble(*discovery, ask_adapters(options, discovery->slots)) : snapshot;
 }
 

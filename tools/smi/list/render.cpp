@@ -34,12 +34,17 @@ std::string luid_text(const Luid& luid)
     return fmt::format("{:#x}:{:#x}", luid.low, luid.high);
 }
 
+std::string card_text(const std::optional<int>& card)
+{
+    return card ? std::to_string(*card) : "-";
+}
+
 Row adapter_row(const Adapter& adapter)
 {
     return {std::to_string(adapter.slot),
             adapter.name.value_or("-"),
             adapter.bus_id,
-            adapter.card ? std::to_string(*adapter.card) : "-",
+            card_text(adapter.card),
             adapter.device_id ? id_text(*adapter.device_id) : "-",
             std::string{driver_word(adapter.driver)},
             luid_text(adapter.luid)};
@@ -47,7 +52,7 @@ Row adapter_row(const Adapter& adapter)
 
 Row foreign_row(const ForeignGpu& gpu)
 {
-    return {"-", gpu.name,           gpu.bus_id, std::to_string(gpu.card), id_text(gpu.device_id),
+    return {"-", gpu.name,           gpu.bus_id, card_text(gpu.card), id_text(gpu.device_id),
             "-", luid_text(gpu.luid)};
 }
 
@@ -67,7 +72,7 @@ Document foreign_json(const ForeignGpu& gpu)
 {
     return {{"name", gpu.name},
             {"bus_id", gpu.bus_id},
-            {"card", gpu.card},
+            {"card", or_null(gpu.card)},
             {"vendor_id", json_id(gpu.vendor_id)},
             {"device_id", json_id(gpu.device_id)},
             {"luid", json_luid(gpu.luid)}};

@@ -84,7 +84,7 @@ class Exchange final {
     WorkerProcess* worker_;
     milliseconds timeout_;
     Clock::time_point deadline_;
-    std::string call_ = "start";
+    std::string call_{kStartCall};
     std::optional<Reply> reply_;
 };
 

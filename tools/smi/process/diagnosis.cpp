@@ -10,11 +10,26 @@ constexpr std::string_view kSilentAdvice =
     "the driver may be blocked: see dmesg, or allow more with --timeout";
 constexpr std::string_view kDeadAdvice = "run with --verbose to see the library's last messages";
 
+// A worker that was lost before its first call had nothing to do with the library or the driver.
+constexpr std::string_view kSilentStartAdvice =
+    "the machine may be overloaded: allow more with --timeout";
+constexpr std::string_view kDeadStartAdvice =
+    "nimba-smi could not run itself: check the limits of this session (ulimit -a)";
+
+std::string_view advice(const Lost& lost)
+{
+    if (lost.call == kStartCall) {
+        return lost.silent ? kSilentStartAdvice : kDeadStartAdvice;
+    }
+    return lost.silent ? kSilentAdvice : kDeadAdvice;
+}
+
 Problem lost_worker(const Subject& subject, const Lost& lost)
 {
-    return {ExitStatus::kWorkerLost, subject.bus_id, lost.call,
-            fmt::format("{}: worker lost in {}: {}; {}", subject.name, lost.call, lost.how,
-                        lost.silent ? kSilentAdvice : kDeadAdvice)};
+    const std::string place = subject.at ? " at adapter " + *subject.at : "";
+    return {ExitStatus::kWorkerLost, subject.at ? subject.at : subject.bus_id, lost.call,
+            fmt::format("{}: worker lost in {}{}: {}; {}", subject.name, lost.call, place, lost.how,
+                        advice(lost))};
 }
 
 }  // namespace
@@ -25,7 +40,7 @@ Subject adapter_subject(const SlotIdentity& identity)
     if (identity.name) {
         name += fmt::format(" ({})", *identity.name);
     }
-    return {std::move(name), identity.bus_id};
+    return {std::move(name), identity.bus_id, std::nullopt};
 }
 
 std::optional<Problem> diagnose(const Subject& subject, const Reply& reply)

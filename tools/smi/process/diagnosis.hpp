@@ -16,6 +16,7 @@ namespace nimba::smi {
 struct Subject {
     std::string name;                   // how sentences begin: "discovery"
     std::optional<std::string> bus_id;  // when it is an adapter
+    std::optional<std::string> at{};    // the adapter that it was at when it was lost
 };
 
 // "adapter 0000:03:00.0 (Gpu0:Nimba-K1)", without the name when a foreign GPU hides it.

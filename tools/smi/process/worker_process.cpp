@@ -2,6 +2,7 @@
 #include "tools/smi/process/worker_process.hpp"
 
 #include "tools/smi/worker/channel.hpp"
+#include "tools/smi/worker/progress.hpp"
 #include "tools/smi/worker/worker.hpp"
 
 #include <poll.h>
@@ -70,10 +71,11 @@ std::vector<std::string> command_line(const WorkerOptions& options)
 
 // Starts this program anew, in a process group of its own, so that it can be ended together with
 // the commands that the library runs.
-pid_t spawn(const WorkerOptions& options, int channel)
+pid_t spawn(const WorkerOptions& options, int channel, int progress)
 {
     SpawnActions actions;
     ::posix_spawn_file_actions_adddup2(actions.get(), channel, kWorkerChannel);
+    ::posix_spawn_file_actions_adddup2(actions.get(), progress, kWorkerProgress);
     SpawnAttributes attributes;
     ::posix_spawnattr_setpgroup(attributes.get(), 0);
     ::posix_spawnattr_setflags(attributes.get(), POSIX_SPAWN_SETPGROUP);
@@ -104,7 +106,13 @@ WorkerProcess::WorkerProcess(const WorkerOptions& options)
     }
     channel_ = Descriptor{ends[0]};
     const Descriptor worker_end{ends[1]};
-    pid_ = spawn(options, worker_end.get());
+    // Made behind the channel's two ends, its number is none that a worker's descriptors take.
+    const Descriptor memory = make_progress_memory();
+    progress_ = map_progress(memory.get());
+    if (!progress_) {
+        fail(errno, "cannot make memory to share with a worker process");
+    }
+    pid_ = spawn(options, worker_end.get(), memory.get());
     process_ = Descriptor{static_cast<int>(::syscall(SYS_pidfd_open, pid_, 0))};
     if (!process_) {
         const int error = errno;

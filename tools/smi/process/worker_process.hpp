@@ -3,6 +3,7 @@
 
 #include "tools/smi/descriptor.hpp"
 #include "tools/smi/worker/message.hpp"
+#include "tools/smi/worker/progress.hpp"
 #include "tools/smi/worker/session.hpp"
 
 #include <sys/types.h>
@@ -38,6 +39,9 @@ class WorkerProcess final {
     // The next whole line that arrived.
     std::optional<std::string> next_line() { return lines_.next_line(); }
 
+    // How far the worker's discovery came. The worker writes it until it has ended.
+    [[nodiscard]] const DiscoveryProgress& progress() const { return *progress_; }
+
     // Waits for the end of the process, at most `patience`. Returns how it ended ("exit status 3",
     // "killed by SIGSEGV"), or nothing while it runs. What the process started ends with it.
     std::optional<std::string> wait(std::chrono::milliseconds patience);
@@ -48,6 +52,7 @@ class WorkerProcess final {
 
   private:
     Descriptor channel_;
+    SharedProgress progress_;
     Descriptor process_;  // refers to the child; empty once it was waited for
     pid_t pid_ = -1;
     LineBuffer lines_;

@@ -24,6 +24,13 @@ Luid luid_in(const DiscoveryRecords& records, int slot)
     return {luid.low, luid.high};
 }
 
+// The card of an adapter without a primary node is not filled.
+std::optional<int> card_in_slot(const DiscoveryRecords& records, int slot)
+{
+    const int card = records.adapters.header.drm_card_idx[slot];
+    return card < 0 ? std::nullopt : std::optional(card);
+}
+
 std::string bus_id_text(const busid_info& location)
 {
     return fmt::format("{:04x}:{:02x}:{:02x}.{}", location.domain, location.bus, location.device,
@@ -39,6 +46,18 @@ std::optional<std::string> name_in_slot(const DiscoveryRecords& records, int slo
 }
 
 }  // namespace
+
+find_adapter unfilled_adapters()
+{
+    find_adapter adapters{};
+    adapters.header.vendor_id_filter = 0xFFFF;
+    std::ranges::fill(adapters.header.drm_card_idx, -1);
+    for (gpu_infos& infos : adapters.gpu_infos) {
+        infos.jw_info_dir_fd = -1;
+        infos.hwmon_dir_fd = -1;
+    }
+    return adapters;
+}
 
 int slot_count(const DiscoveryRecords& records)
 {
@@ -64,7 +83,7 @@ std::optional<ForeignGpu> foreign_gpu(const DiscoveryRecords& records)
     const find_adapter_header& header = records.adapters.header;
     return ForeignGpu{bounded(header.chip_name[kForeignSlot]),
                       bus_id_text(records.identity.busid_info[kForeignSlot]),
-                      header.drm_card_idx[kForeignSlot],
+                      card_in_slot(records, kForeignSlot),
                       records.identity.vendor_id[kForeignSlot],
                       header.chip_id[kForeignSlot],
                       luid_in(records, kForeignSlot)};
@@ -89,7 +108,7 @@ Adapter adapter_in_slot(const DiscoveryRecords& records, int slot)
     if (is_overwritten(records, slot)) {
         adapter.luid = luid_of(adapter.bus_id);
     } else {
-        adapter.card = header.drm_card_idx[slot];
+        adapter.card = card_in_slot(records, slot);
         adapter.device_id = header.chip_id[slot];
         adapter.luid = luid_in(records, slot);
     }

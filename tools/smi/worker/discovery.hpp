@@ -11,6 +11,10 @@
 
 namespace nimba::smi {
 
+// A record for discovery to fill, which asks for both of the product's vendors. A field that
+// discovery cannot fill shows: cards and directories are -1.
+find_adapter unfilled_adapters();
+
 // What one discovery filled.
 struct DiscoveryRecords {
     find_adapter adapters{};
@@ -30,7 +34,8 @@ std::optional<ForeignGpu> foreign_gpu(const DiscoveryRecords& records);
 bool is_overwritten(const DiscoveryRecords& records, int slot);
 
 // The adapter in `slot`, below slot_count, as far as the records tell: an overwritten slot's card
-// and device identifier are absent. The driver kind is VA or unknown.
+// and device identifier are absent, and so is the card of an adapter without a primary node. The
+// driver kind is VA or unknown.
 Adapter adapter_in_slot(const DiscoveryRecords& records, int slot);
 
 // The identifier that belongs to a PCI bus id "dddd:bb:dd.f"; zero for other texts.

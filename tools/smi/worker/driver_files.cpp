@@ -43,6 +43,16 @@ std::string driver_info_path(int card, uint32_t vendor_id)
                        vendor_id == QV_VENDOR_ID ? "qv" : "jw");
 }
 
+std::string primary_node_path(int card)
+{
+    return fmt::format("/dev/dri/card{}", card);
+}
+
+bool exists(const std::string& path)
+{
+    return ::access(path.c_str(), F_OK) == 0;
+}
+
 Access read_access(const std::string& path)
 {
     const Descriptor file{::open(path.c_str(), O_RDONLY | O_CLOEXEC)};
@@ -57,9 +67,9 @@ DriverKind driver_kind_without_va(Access info_node)
     return info_node == Access::kOpen ? DriverKind::kLegacy : DriverKind::kUnknown;
 }
 
-std::optional<uint32_t> device_id_in(int pci_directory)
+std::optional<uint32_t> pci_id_in(int pci_directory, const char* name)
 {
-    const Descriptor file{::openat(pci_directory, "device", O_RDONLY | O_CLOEXEC)};
+    const Descriptor file{::openat(pci_directory, name, O_RDONLY | O_CLOEXEC)};
     std::array<char, 16> text{};
     const ssize_t length = file ? ::read(file.get(), text.data(), text.size()) : -1;
     constexpr std::string_view kPrefix = "0x";

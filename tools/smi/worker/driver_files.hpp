@@ -14,6 +14,11 @@ namespace nimba::smi {
 // "/sys/kernel/debug/dri/<card>/jw/info" or ".../qv/info" by vendor.
 std::string driver_info_path(int card, uint32_t vendor_id);
 
+// "/dev/dri/card<card>"
+std::string primary_node_path(int card);
+
+bool exists(const std::string& path);
+
 enum class Access { kOpen, kDenied, kAbsent };
 
 // Whether the file can be read; for want of permission it is kDenied, for any other reason kAbsent.
@@ -23,8 +28,9 @@ Access read_access(const std::string& path);
 // be read.
 DriverKind driver_kind_without_va(Access info_node);
 
-// The PCI device identifier and the card number, from the adapter's PCI directory in sysfs.
-std::optional<uint32_t> device_id_in(int pci_directory);
+// A PCI identifier, "vendor" or "device", and the card number, from the adapter's PCI directory in
+// sysfs.
+std::optional<uint32_t> pci_id_in(int pci_directory, const char* name);
 std::optional<int> card_in(int pci_directory);
 
 }  // namespace nimba::smi

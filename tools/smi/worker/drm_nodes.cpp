@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/worker/drm_nodes.hpp"
 
+#include "nimba_mgmt_interface.h"
+#include "tools/smi/descriptor.hpp"
+#include "tools/smi/worker/driver_files.hpp"
+
+#include <fcntl.h>
 #include <grp.h>
 #include <unistd.h>
 
@@ -39,12 +44,56 @@ std::string group_of(const std::string& path)
     return entry == nullptr ? std::string{} : entry->gr_name;
 }
 
+// The path, when this user is refused what `mode` of access asks for.
+std::optional<DeniedFile> denied_file(const std::string& path, int mode)
+{
+    if (::access(path.c_str(), mode) == 0 || (errno != EACCES && errno != EPERM)) {
+        return std::nullopt;
+    }
+    return DeniedFile{path, group_of(path)};
+}
+
+// A device without a vendor is none of PCI, and so none of the product's.
+Maker maker_of(const std::string& device_link)
+{
+    const Descriptor directory{::open(device_link.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
+    if (!directory) {
+        return Maker::kUnknown;
+    }
+    if (const auto vendor = pci_id_in(directory.get(), "vendor")) {
+        return *vendor == NIMBA_VENDOR_ID || *vendor == QV_VENDOR_ID ? Maker::kProduct
+                                                                     : Maker::kOther;
+    }
+    return exists(device_link + "/vendor") ? Maker::kUnknown : Maker::kOther;
+}
+
 // The device's directory; a node without one counts as a device of its own.
-std::string device_of(const std::string& name, const std::string& class_dir)
+std::string device_of(const std::string& name, const std::string& device_link)
 {
     std::error_code error;
-    const auto device = std::filesystem::canonical(class_dir + "/" + name + "/device", error);
+    const auto device = std::filesystem::canonical(device_link, error);
     return error ? name : device.string();
+}
+
+struct Device {
+    bool usable = false;
+    Maker maker = Maker::kUnknown;
+    DeniedFile node;  // the one to ask for access to
+};
+
+std::map<std::string_view, Device> devices_behind(std::span<const DrmNode> nodes)
+{
+    std::map<std::string_view, Device> devices;
+    for (const DrmNode& node : nodes) {
+        const auto [device, first] = devices.try_emplace(node.device);
+        DeniedFile file{node.path, node.group};
+        device->second.usable |= !node.denied;
+        device->second.maker = node.maker;
+        if (first || is_render_node(file)) {
+            device->second.node = std::move(file);
+        }
+    }
+    return devices;
 }
 
 }  // namespace
@@ -57,37 +106,46 @@ std::vector<DrmNode> drm_nodes(const std::string& node_dir, const std::string& c
         const std::string name = entry.path().filename();
         if (is_node_name(name)) {
             const std::string& path = entry.path().native();
-            const bool denied =
-                ::access(path.c_str(), R_OK | W_OK) != 0 && (errno == EACCES || errno == EPERM);
-            nodes.push_back({path, device_of(name, class_dir), denied, group_of(path)});
+            const std::string device_link = class_dir + "/" + name + "/device";
+            nodes.push_back({path, device_of(name, device_link),
+                             denied_file(path, R_OK | W_OK).has_value(), group_of(path),
+                             maker_of(device_link)});
         }
     }
     std::ranges::sort(nodes, {}, &DrmNode::path);
     return nodes;
 }
 
+std::optional<DeniedFile> denied_directory(const std::string& node_dir)
+{
+    return denied_file(node_dir, R_OK | X_OK);
+}
+
 std::vector<DeniedFile> denied_devices(std::span<const DrmNode> nodes)
 {
-    struct Device {
-        bool usable = false;
-        DeniedFile node;
-    };
-    std::map<std::string_view, Device> devices;
-    for (const DrmNode& node : nodes) {
-        const auto [device, first] = devices.try_emplace(node.device);
-        DeniedFile file{node.path, node.group};
-        device->second.usable |= !node.denied;
-        if (first || is_render_node(file)) {
-            device->second.node = std::move(file);
-        }
-    }
     std::vector<DeniedFile> denied;
-    for (const auto& [directory, device] : devices) {
-        if (!device.usable) {
+    for (const auto& [directory, device] : devices_behind(nodes)) {
+        if (!device.usable && device.maker != Maker::kOther) {
             denied.push_back(device.node);
         }
     }
     return denied;
+}
+
+int device_count(std::span<const DrmNode> nodes)
+{
+    return static_cast<int>(devices_behind(nodes).size());
+}
+
+std::vector<std::string> product_devices(std::span<const DrmNode> nodes)
+{
+    std::vector<std::string> bus_ids;
+    for (const auto& [directory, device] : devices_behind(nodes)) {
+        if (device.usable && device.maker == Maker::kProduct) {
+            bus_ids.push_back(std::filesystem::path(directory).filename());
+        }
+    }
+    return bus_ids;
 }
 
 }  // namespace nimba::smi

@@ -16,6 +16,9 @@ namespace nimba::smi {
 
 using Json = nlohmann::json;
 
+// What a worker is in before its first call.
+inline constexpr std::string_view kStartCall = "start";
+
 // The worker is about to make a call that may not come back.
 struct Entering {
     std::string call;

@@ -22,7 +22,8 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Adapter, slot, name, bus_id, card, vendor_id,
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ForeignGpu, name, bus_id, card, vendor_id, device_id, luid)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(SlotIdentity, slot, bus_id, name)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(DeniedFile, path, group)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Discovery, libdrm_usable, slots, foreign_gpu, denied_nodes)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Discovery, libdrm_usable, slots, foreign_gpu, denied_directory,
+                                   denied_nodes, drm_devices, unlisted)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Description, adapter, denied_info)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(LibraryVersion, path, package_version, interface_version,
                                    client_version, match_code)

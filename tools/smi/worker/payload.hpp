@@ -35,7 +35,10 @@ struct Discovery {
     bool libdrm_usable = true;
     std::vector<SlotIdentity> slots;
     std::optional<ForeignGpu> foreign_gpu;
-    std::vector<DeniedFile> denied_nodes;  // one for each DRM device without a usable node
+    std::optional<DeniedFile> denied_directory;  // of the DRM nodes; then no node is known
+    std::vector<DeniedFile> denied_nodes;        // one for each DRM device without a usable node
+    int drm_devices = 0;
+    std::vector<std::string> unlisted;  // bus ids of the product's DRM devices in none of the slots
 
     bool operator==(const Discovery&) const = default;
 };

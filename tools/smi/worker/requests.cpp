@@ -31,6 +31,24 @@ bool libdrm_usable(Session& session)
            session.call("gpuinfo_nimba_init", [&] { return entry.gpuinfo_nimba_init(); }) != 0;
 }
 
+bool is_listed(const Discovery& discovery, const std::string& bus_id)
+{
+    return std::ranges::find(discovery.slots, bus_id, &SlotIdentity::bus_id) !=
+           discovery.slots.end();
+}
+
+// What the DRM nodes tell of adapters that the library did not find.
+void describe_drm(Discovery& discovery)
+{
+    const auto nodes = drm_nodes();
+    discovery.denied_directory = denied_directory();
+    discovery.denied_nodes = denied_devices(nodes);
+    discovery.drm_devices = device_count(nodes);
+    discovery.unlisted = product_devices(nodes);
+    std::erase_if(discovery.unlisted,
+                  [&](const std::string& bus_id) { return is_listed(discovery, bus_id); });
+}
+
 Message discover(Session& session)
 {
     if (auto failure = mismatch(session)) {
@@ -41,15 +59,27 @@ Message discover(Session& session)
     discovery.libdrm_usable = libdrm_usable(session);
     discovery.slots = slot_identities(records);
     discovery.foreign_gpu = foreign_gpu(records);
-    discovery.denied_nodes = denied_devices(drm_nodes());
+    describe_drm(discovery);
     return Answer{to_json_value(discovery)};
 }
 
-void complete_overwritten(Adapter& adapter, const DiscoveryRecords& records)
+// Puts in what the record lacks and the adapter's PCI directory tells.
+void complete(Adapter& adapter, const DiscoveryRecords& records)
 {
     const int directory = records.adapters.gpu_infos[adapter.slot].pci_dir_fd;
-    adapter.device_id = device_id_in(directory);
-    adapter.card = card_in(directory);
+    if (!adapter.device_id) {
+        adapter.device_id = pci_id_in(directory, "device");
+    }
+    if (!adapter.card) {
+        adapter.card = card_in(directory);
+    }
+}
+
+// Whether the library could have seen that the driver is VA: it finds the info node by the number
+// of the primary node.
+bool has_primary_node(const Adapter& adapter)
+{
+    return adapter.card && exists(primary_node_path(*adapter.card));
 }
 
 Message describe(Session& session)
@@ -63,11 +93,9 @@ Message describe(Session& session)
         return Answer{to_json_value(Description{})};
     }
     Adapter adapter = adapter_in_slot(records, slot);
-    if (is_overwritten(records, slot)) {
-        complete_overwritten(adapter, records);
-    }
+    complete(adapter, records);
     Description description;
-    if (adapter.driver == DriverKind::kUnknown && adapter.card) {
+    if (adapter.driver == DriverKind::kUnknown && has_primary_node(adapter)) {
         const std::string info = driver_info_path(*adapter.card, adapter.vendor_id);
         const Access access = session.call("open " + info, [&] { return read_access(info); });
         adapter.driver = driver_kind_without_va(access);

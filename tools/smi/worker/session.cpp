@@ -3,6 +3,7 @@
 
 #include "tools/smi/worker/surroundings.hpp"
 
+#include <algorithm>
 #include <variant>
 
 namespace nimba::smi {
@@ -30,9 +31,11 @@ const DiscoveryRecords& Session::discover()
 {
     if (!records_) {
         const EntryPoints& entry = library_->entry;
-        records_.emplace();
-        records_->adapters.header.vendor_id_filter = 0xFFFF;  // both of the product's vendors
-        call("gfx_find_adapter", [&] { return entry.gfx_find_adapter(&records_->adapters); });
+        progress_.adapters = unfilled_adapters();
+        note_messages_in(progress_);
+        call("gfx_find_adapter", [&] { return entry.gfx_find_adapter(&progress_.adapters); });
+        std::ranges::fill(progress_.reached, '\0');
+        records_.emplace().adapters = progress_.adapters;
         call("gfx_find_adapter_ext1",
              [&] { return entry.gfx_find_adapter_ext1(&records_->identity); });
     }

@@ -5,6 +5,7 @@
 #include "tools/smi/worker/channel.hpp"
 #include "tools/smi/worker/discovery.hpp"
 #include "tools/smi/worker/library.hpp"
+#include "tools/smi/worker/progress.hpp"
 
 #include <functional>
 #include <optional>
@@ -21,8 +22,9 @@ struct WorkerOptions {
 
 class Session final {
   public:
-    Session(WorkerOptions options, Channel& channel)
-        : options_{std::move(options)}, channel_{channel}
+    // `progress` is where the library's record is kept.
+    Session(WorkerOptions options, Channel& channel, DiscoveryProgress& progress)
+        : options_{std::move(options)}, channel_{channel}, progress_{progress}
     {
     }
 
@@ -54,7 +56,8 @@ class Session final {
   private:
     WorkerOptions options_;
     Channel& channel_;
-    std::string call_ = "start";
+    DiscoveryProgress& progress_;
+    std::string call_{kStartCall};
     std::optional<Library> library_;
     interface_version_info handshake_{};
     std::optional<DiscoveryRecords> records_;

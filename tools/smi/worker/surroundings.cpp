@@ -4,6 +4,7 @@
 #include "tools/smi/descriptor.hpp"
 #include "tools/smi/text/output.hpp"
 #include "tools/smi/text/printable.hpp"
+#include "tools/smi/worker/progress.hpp"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -35,11 +36,24 @@ bool has_directory(std::string_view path, std::string_view directory)
     }
 }
 
+// What the library started would outlive its worker.
+void end_group(int /*signal*/)
+{
+    ::kill(0, SIGKILL);
+}
+
 }  // namespace
 
 bool end_with_parent(int channel)
 {
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    struct sigaction action {};
+    action.sa_handler = end_group;
+    ::sigaction(SIGTERM, &action, nullptr);
+    sigset_t blocked;
+    ::sigemptyset(&blocked);
+    ::sigaddset(&blocked, SIGTERM);
+    ::sigprocmask(SIG_UNBLOCK, &blocked, nullptr);
+    ::prctl(PR_SET_PDEATHSIG, SIGTERM);
     // A parent that ended before the line above sends no signal, but its end of the channel is
     // shut.
     pollfd peer{channel, 0, 0};
@@ -57,7 +71,11 @@ int arrange_surroundings(bool verbose)
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
     const char* const path = std::getenv("PATH");
     const std::string extended = with_system_directories(path == nullptr ? "" : path);
-    return ::setenv("PATH", extended.c_str(), 1) == 0 ? 0 : errno;
+    if (::setenv("PATH", extended.c_str(), 1) != 0) {
+        return errno;
+    }
+    // Last, so that an error above can still be told.
+    return verbose || ::dup2(nothing.get(), STDERR_FILENO) >= 0 ? 0 : errno;
 }
 
 std::string with_system_directories(std::string_view path)
@@ -75,13 +93,15 @@ std::string with_system_directories(std::string_view path)
     return result;
 }
 
-int drop_message(const char* /*text*/, ...)
+int drop_message(const char* text, ...)
 {
+    note_message(text);
     return 0;
 }
 
 int show_message(const char* text, ...)
 {
+    note_message(text);
     return -write_all(STDERR_FILENO, printable_lines(text));
 }
 

@@ -7,20 +7,23 @@
 
 namespace nimba::smi {
 
-// Has the kernel kill this process when the process at the other end of `channel` ends.
-// Returns false when that end is closed already.
+// Has this process end, with its whole process group, when the process at the other end of
+// `channel` ends. This process must be the leader of its group. Returns false when that end is
+// closed already.
 bool end_with_parent(int channel);
 
-// Keeps standard output clean: it goes to standard error when `verbose`, else nowhere, since the
-// library prints there from the moment it is loaded. Standard input becomes empty. The directories
-// of system commands are put at the end of PATH, for the commands that the library runs.
+// Keeps the standard descriptors clean of what the library and its commands print, which is from
+// the moment it is loaded: all of it goes to standard error when `verbose`, else nowhere. Standard
+// input becomes empty. The directories of system commands are put at the end of PATH, for the
+// commands that the library runs.
 // Returns 0, or the number of the error that prevented it.
 int arrange_surroundings(bool verbose);
 
 // `path`, a PATH, with /usr/sbin and /sbin behind it unless it has them.
 std::string with_system_directories(std::string_view path);
 
-// The receivers of the library's messages. The text is shown as it is, never read as a format.
+// The receivers of the library's messages. Both note how far discovery came; the text is shown as
+// it is, never read as a format.
 int drop_message(const char* text, ...);
 int show_message(const char* text, ...);
 

@@ -7,12 +7,14 @@
 
 #include <cxxabi.h>
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
 
+#include <cerrno>
 #include <cstring>
 #include <exception>
 
@@ -89,12 +91,14 @@ int run_worker(int count, char** arguments)
     if (!end_with_parent(kWorkerChannel)) {
         return EXIT_SUCCESS;
     }
-    if (const int error = arrange_surroundings(options.verbose); error != 0) {
+    const SharedProgress progress = map_progress(kWorkerProgress);
+    if (const int error = progress ? arrange_surroundings(options.verbose) : errno; error != 0) {
         print_error_line(fmt::format("a worker cannot be set up: {}", std::strerror(error)));
         return EXIT_FAILURE;
     }
+    ::close(kWorkerProgress);
     Channel channel{kWorkerChannel};
-    Session session{std::move(options), channel};
+    Session session{std::move(options), channel, *progress};
     serve(session, channel);
     return EXIT_SUCCESS;
 }

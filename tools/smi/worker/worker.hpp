@@ -7,6 +7,9 @@ namespace nimba::smi {
 // The descriptor on which a worker finds its end of the channel.
 inline constexpr int kWorkerChannel = 3;
 
+// The descriptor of the memory in which it tells how far discovery came.
+inline constexpr int kWorkerProgress = 4;
+
 // Serves requests until the tool hangs up. `arguments` are the command line's, from "--worker" on.
 // Returns the exit status of the process.
 int run_worker(int count, char** arguments);
