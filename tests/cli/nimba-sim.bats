@@ -62,6 +62,23 @@ status_of_run() {
     wait "$sim" || status=$?
 }
 
+# make_tree: an installation of nimba-sim without its libraries, in the directory tree.
+make_tree() {
+    mkdir -p tree/bin tree/share/nimba-sim/machines
+    cp "$NIMBA_BIN/nimba-sim" tree/bin
+}
+
+# Runs the shell script with standard error in the output, where limits of files do not count.
+with_messages() {
+    run --separate-stderr bash -c "($1) 2>&1 | cat; exit \${PIPESTATUS[0]}"
+}
+
+no_run_directory_is_left() {
+    # The message names it; other runs may be there at the same time.
+    [[ "$output" =~ (/[a-z/]+/nimba-sim\.[A-Za-z0-9]{6})/ ]]
+    [ ! -e "${BASH_REMATCH[1]}" ]
+}
+
 nothing_is_left() {
     gone "$command"
     [ ! -e "$bed" ]
@@ -90,6 +107,47 @@ nothing_is_left() {
     [ "$stderr" = err ]
 }
 
+@test "the command's arguments are nobody else's, whatever they look like" {
+    run --separate-stderr nimba-sim run -- printf '<%s>' '[]' '[a,b]' -- -m nope --help ''
+    [ "$output" = "<[]><[a,b]><--><-m><nope><--help><>" ]
+    [ "$stderr" = "" ]
+}
+
+@test "the command gets the signal dispositions, mask and file mode mask of nimba-sim" {
+    look='grep -E "^Sig(Blk|Ign|Cgt)" /proc/self/status; umask'
+    for flags in "--default-signal" "--ignore-signal=USR1,CHLD --block-signal=TERM"; do
+        expected=$(umask 0777; exec env --default-signal $flags sh -c "$look")
+        run --separate-stderr env --default-signal $flags \
+            sh -c 'umask 0777; exec nimba-sim run -- sh -c "$1"' sh "$look"
+        [ "$output" = "$expected" ] || { echo "$output instead of $expected"; return 1; }
+        [ "$stderr" = "" ]
+    done
+}
+
+@test "closed standard descriptors are the null device, not a socket of the machine" {
+    bash -c 'nimba-sim run -- bash -c "readlink /proc/\$\$/fd/{0,1,2} >seen; :" <&- >&- 2>&-'
+    [ "$(cat seen)" = "$(printf '/dev/null\n/dev/null\n/dev/null')" ]
+    nimba-sim run -- ls /dev/dri <&- >&-
+}
+
+@test "a script without an interpreter line is run by the shell" {
+    printf 'echo "script $1"; exit 8\n' >script
+    chmod +x script
+    run --separate-stderr nimba-sim run -- ./script 'two words'
+    [ "$status" = 8 ]
+    [ "$output" = "script two words" ]
+    run --separate-stderr env "PATH=$PWD:$PATH" nimba-sim run -- script one
+    [ "$output" = "script one" ]
+}
+
+@test "without PATH the command is looked for where the system's programs are" {
+    sim=$(type -P nimba-sim)
+    run --separate-stderr env -u PATH "$sim" run -- sh -c 'echo "$PATH"'
+    sim=
+    [ "$status" = 0 ]
+    [ "$output" = "$(env -u PATH "$(type -P getconf)" PATH):$(realpath "$NIMBA_BIN")" ]
+}
+
 @test "127: a command that is not there" {
     fails_with 127 "nimba-sim: no-such-command: No such file or directory" \
         nimba-sim run -- no-such-command
@@ -105,7 +163,10 @@ nothing_is_left() {
 
 @test "2: bad usage" {
     fails_with 2 "nimba-sim: A subcommand is required; see nimba-sim --help" nimba-sim
-    fails_with 2 "nimba-sim: COMMAND is required; see nimba-sim --help" nimba-sim run
+    fails_with 2 "nimba-sim: COMMAND behind \"--\" is required; see nimba-sim --help" nimba-sim run
+    fails_with 2 "nimba-sim: COMMAND behind \"--\" is required; see nimba-sim --help" nimba-sim run --
+    fails_with 2 "nimba-sim: The following argument was not expected: true (a command stands behind \"--\"); see nimba-sim --help" \
+        nimba-sim run true
     fails_with 2 "nimba-sim: FILE is required; see nimba-sim --help" nimba-sim check
     fails_with 2 "nimba-sim: The following argument was not expected: --wrong; see nimba-sim --help" \
         nimba-sim machines --wrong
@@ -130,8 +191,7 @@ nothing_is_left() {
 }
 
 @test "4: an installation without its libraries" {
-    mkdir -p tree/bin tree/share/nimba-sim/machines
-    cp "$NIMBA_BIN/nimba-sim" tree/bin
+    make_tree
     printf 'description = "x"\n[[kernel_interface]]\nfile = "libdrm_mv9.so.0.0.0"\n' >mine.toml
     missing="$(realpath tree)/libexec/nimba-sim/gfx_get_struct_size/libdrm_mv9.so.0.0.0"
     fails_with 4 "nimba-sim: $missing is missing: the installation is not complete" \
@@ -145,6 +205,97 @@ nothing_is_left() {
     fails_with 1 "$line" bash -c "nimba-sim machines --json >/dev/full"
     fails_with 1 "$line" bash -c "nimba-sim check default >/dev/full"
     fails_with 1 "$line" bash -c "nimba-sim --help >/dev/full"
+}
+
+@test "a standard error that cannot be written changes no status" {
+    run -3 bash -c 'nimba-sim run -m nope -- true 2>&-'
+    [ "$status" = 3 ]
+    run -127 bash -c 'nimba-sim run -- nope 2>/dev/full'
+    [ "$status" = 127 ]
+    run -1 bash -c 'nimba-sim machines >/dev/full 2>/dev/full'
+    [ "$status" = 1 ]
+}
+
+@test "machines lists the good files beside a bad one, and ends with 3" {
+    make_tree
+    machines=$(realpath tree)/share/nimba-sim/machines
+    printf 'description = "Good"\n' >"$machines/good.toml"
+    printf 'description = 1\n' >"$machines/bad.toml"
+    run --separate-stderr tree/bin/nimba-sim machines
+    [ "$status" = 3 ]
+    [ "$output" = "good  Good" ]
+    [ "$stderr" = "nimba-sim: $machines/bad.toml:1: key 'description': expected a text, got 1" ]
+}
+
+@test "machines --json replaces what is no UTF-8" {
+    make_tree
+    printf 'description = "Good"\n' >"tree/share/nimba-sim/machines/$(printf 'a\377').toml"
+    run --separate-stderr tree/bin/nimba-sim machines --json
+    [ "$status" = 0 ]
+    [ "$(jq -r '.[0].name' <<< "$output")" = $'a\uFFFD' ]
+}
+
+@test "check refuses what is no regular file" {
+    fails_with 3 "nimba-sim: /dev/full: is not a regular file" nimba-sim check /dev/full
+    fails_with 3 "nimba-sim: ./never: is not a regular file" nimba-sim check ./never
+    fails_with 3 "nimba-sim: ./: is not a regular file" nimba-sim check ./
+}
+
+@test "messages show control characters instead of sending them" {
+    printf 'description = "x"\n"\\u001b[31m" = 1\n' >bad.toml
+    run -3 --separate-stderr nimba-sim check bad.toml
+    [[ "$stderr" == "nimba-sim: bad.toml:2: key '\\u001b[31m': unknown key, expected "* ]]
+}
+
+@test "4: files that cannot be written" {
+    with_messages "ulimit -f 0; exec nimba-sim run -- touch ran"
+    [ "$status" = 4 ]
+    [ "${#lines[@]}" = 1 ]
+    [[ "$output" == "nimba-sim: "*": File too large"* ]] || [[ "$output" == *"File too large" ]]
+    no_run_directory_is_left
+    [ ! -e ran ]
+}
+
+@test "4: too few descriptors" {
+    with_messages "ulimit -n 8; exec nimba-sim run -- touch ran"
+    [ "$status" = 4 ]
+    [ "${#lines[@]}" = 1 ]
+    [[ "$output" == "nimba-sim: "* ]]
+    [ ! -e ran ]
+}
+
+@test "4: a simulated machine that is killed takes its command along" {
+    start 'echo $PPID >said; exec sleep 1000'
+    read -r -t 20 server <&9
+    kill -s KILL "$server"
+    status_of_run
+    [ "$status" = 4 ]
+    [ "$(cat errors)" = "nimba-sim: the simulated machine was ended by signal 9 (Killed)" ]
+    nothing_is_left
+}
+
+@test "memory that is full: 4, or the next place" {
+    unshare -rm true || skip "needs a mount namespace"
+    run unshare -rm sh -c 'mount -t tmpfs -o size=8k t /dev/shm; nimba-sim run -- true
+        echo $?; ls -A /dev/shm'
+    [ "${#lines[@]}" = 2 ]
+    [[ "${lines[0]}" == "nimba-sim: "*": No space left on device" ]]
+    [ "${lines[1]}" = 4 ]
+    run unshare -rm sh -c 'mount -t tmpfs -o nr_inodes=1 t /dev/shm; mkdir here; export TMPDIR=here
+        nimba-sim run -- sh -c "echo \$UMOCKDEV_DIR"; TMPDIR=absent
+        nimba-sim run -- sh -c "echo \$UMOCKDEV_DIR"; ls -A here'
+    [ "${#lines[@]}" = 2 ]
+    [[ "${lines[0]}" == "$PWD/here/nimba-sim."* ]]
+    [[ "${lines[1]}" == /tmp/nimba-sim.* ]]
+}
+
+@test "4: a TMPDIR too long for sockets" {
+    unshare -rm true || skip "needs a mount namespace"
+    long=$PWD/a-name-that-makes-the-path-longer-than-any-socket-may-have
+    mkdir "$long"
+    fails_with 4 "nimba-sim: $long: too long a path for the sockets of a run; set TMPDIR to one of 48 bytes at most" \
+        unshare -rm sh -c 'mount -t tmpfs -o nr_inodes=1 t /dev/shm; TMPDIR=$1 exec nimba-sim run -- true' sh "$long"
+    [ "$(ls -A "$long")" = "" ]
 }
 
 @test "check says what a good machine file is" {
@@ -205,9 +356,11 @@ nothing_is_left() {
 }
 
 @test "signals that are sent to nimba-sim reach the command, and nothing is left" {
-    for signal in TERM:143 INT:130 HUP:129 QUIT:131 USR1:138; do
+    for signal in TERM:143 INT:130 HUP:129 QUIT:131 USR1:138 ALRM:142 XCPU:152 IO:157 PWR:158 SYS:159 RTMIN+3:165; do
         # Shells start background jobs with SIGINT and SIGQUIT ignored; the command wants them.
-        start 'exec env --default-signal=INT,QUIT bash -c "echo ready >said; exec sleep 1000"'
+        # No shell is in between: some ignore SIGQUIT.
+        echo ready >text
+        start 'exec env --default-signal=INT,QUIT tail -n 1 -f text >said'
         read -r -t 20 _ <&9
         kill -s "${signal%:*}" "$sim"
         status_of_run
@@ -231,6 +384,11 @@ nothing_is_left() {
         setsid bash -c "sleep 1000 & echo \$! >grandchild"'
     gone "$(cat child)"
     gone "$(cat grandchild)"
+}
+
+@test "processes that nimba-sim was given by its caller live on" {
+    bash -c 'sleep 1000 & echo $! >child; exec nimba-sim run -- true'
+    kill -s TERM "$(cat child)"
 }
 
 @test "the command does not outlive nimba-sim" {

@@ -53,6 +53,13 @@ TEST(Environment, ListsGrowAtEitherEndAndAnEmptyOneGetsNoSeparator)
     EXPECT_EQ(environment.get("ABSENT"), "alone");
 }
 
+TEST(Environment, TellsAnEmptyVariableFromNone)
+{
+    Environment environment{kVariables.data()};
+    EXPECT_TRUE(environment.has("EMPTY"));
+    EXPECT_FALSE(environment.has("ABSENT"));
+}
+
 class FindProgram : public ::testing::Test {
   protected:
     FindProgram()
@@ -90,6 +97,11 @@ TEST_F(FindProgram, FindsNothing)
 {
     EXPECT_EQ(find_program("absent", one_ + ":" + two_), "");
     EXPECT_EQ(find_program("tool", ""), "");
+}
+
+TEST_F(FindProgram, FindsTheShellOnTheDefaultPath)
+{
+    EXPECT_TRUE(find_program("sh", default_path()).ends_with("/bin/sh"));
 }
 
 TEST_F(FindProgram, LeavesAPathAlone)

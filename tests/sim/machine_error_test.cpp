@@ -5,6 +5,7 @@
 #include "support/temp_directory.hpp"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <ostream>
 #include <string>
@@ -49,11 +50,48 @@ TEST(MachineFileError, FileThatIsNotThere)
               "/nonexistent/machine.toml: cannot be read: No such file or directory");
 }
 
-TEST(MachineFileError, Directory)
+TEST(MachineFileError, WhatIsNoRegularFile)
 {
     const nimba::test::TempDirectory directory;
-    EXPECT_EQ(error_of(directory.path()),
-              directory.path().string() + ": is a directory, not a machine file");
+    EXPECT_EQ(error_of(directory.path()), directory.path().string() + ": is not a regular file");
+    EXPECT_EQ(error_of("/dev/full"), "/dev/full: is not a regular file");
+    const std::string fifo = directory.path() / "fifo";
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    EXPECT_EQ(error_of(fifo), fifo + ": is not a regular file");
+}
+
+TEST(MachineFileError, FileOfMoreThanAMebibyte)
+{
+    const nimba::test::TempDirectory directory;
+    const std::string head = "description = \"a\"\n#";
+    const std::string greatest = head + std::string(1048576 - head.size(), 'x');
+    EXPECT_EQ(error_of(directory.write("greatest.toml", greatest)), "(no error)");
+    const std::string file = directory.write("larger.toml", greatest + "x");
+    EXPECT_EQ(error_of(file), file + ": is larger than 1 MiB");
+}
+
+TEST(MachineFileError, NodeWithALongPath)
+{
+    const nimba::test::TempDirectory directory;
+    const auto error_of_node = [&](const std::string& path) {
+        const std::string file = directory.write(
+            "machine.toml",
+            "description = \"a\"\n[[adapter]]\nchip = \"qv-m20\"\nbus_id = \"0000:01:00.0\"\n"
+            "card = 0\n[adapter.info]\n\"" +
+                path + "\" = \"\"\n");
+        const std::string error = error_of(file);
+        return error.starts_with(file) ? error.substr(file.size()) : error;
+    };
+    const std::string name(255, 'n');
+    EXPECT_EQ(error_of_node(name + "/" + name), "(no error)");
+    const std::string problem =
+        ":7: key 'adapter[0].info': expected a path of 1024 bytes at most, 255 between two \"/\", "
+        "got \"";
+    EXPECT_EQ(error_of_node("a/" + name + "n/b"), problem + "a/" + name + "n/b\"");
+    const std::string deep = name + "/" + name + "/" + name + "/" + name + "/n";
+    EXPECT_EQ(error_of_node(deep), problem + deep + "\"");
+    const std::string huge(500000, 'n');
+    EXPECT_EQ(error_of_node(huge), problem + huge + "\"");
 }
 
 // Line 1 is the description, so an adapter's table starts on line 2.
@@ -66,28 +104,41 @@ TEST(MachineFileError, Directory)
 
 // clang-format off
 const std::vector<BadFile> kBadFiles{
-    {"Empty", "", ":1: key 'description': missing"},
+    {"Empty", "", ":1: key 'description': expected a text, got nothing"},
     {"EmptyDescription", "description = \"\"\n",
      ":1: key 'description': expected a text, got \"\""},
     {"DescriptionOfTwoLines", "\ndescription = \"a\\nb\"\n",
-     ":2: key 'description': expected a text of one line, got \"a\\u000ab\""},
+     ":2: key 'description': expected a text of one line, without control characters, "
+     "got \"a\\u000ab\""},
+    {"DescriptionWithEscape", "description = \"\\u001b[31mred\"\n",
+     ":1: key 'description': expected a text of one line, without control characters, "
+     "got \"\\u001b[31mred\""},
+    {"DescriptionWithEscapeOfTheSecondSet", "description = \"\\u009b31m\"\n",
+     ":1: key 'description': expected a text of one line, without control characters, "
+     "got \"\\u009b31m\""},
     {"DescriptionNumber", "description = 1\n",
      ":1: key 'description': expected a text, got 1"},
     {"UnknownKey", "description = \"a\"\ncolour = \"red\"\n",
-     ":2: key 'colour': unknown key"},
+     ":2: key 'colour': unknown key, expected one of \"description\", \"adapter\", \"foreign_gpu\", "
+     "\"platform_device\", \"process\", \"kernel_interface\""},
     {"NotAList", "description = \"a\"\n[adapter]\ncard = 0\n",
      ":2: key 'adapter': expected a list of tables, [[adapter]], got a table"},
     {"ListOfNumbers", "description = \"a\"\nadapter = [1]\n",
      ":2: key 'adapter[0]': expected a table, got 1"},
 
     {"UnknownAdapterKey", ADAPTER("color = 1\n"),
-     ":3: key 'adapter[0].color': unknown key"},
+     ":3: key 'adapter[0].color': unknown key, expected one of "
+     "\"chip\", \"vendor\", \"device\", \"bus_id\", \"card\", \"render\", \"nodes\", \"unopenable\", "
+     "\"version\", \"driver\", \"debug\", \"info\", \"hwmon\", \"unreadable\""},
     {"UnknownChip", ADAPTER("chip = \"nimba-k9\"\n"),
      ":3: key 'adapter[0].chip': expected one of \"nimba-k1\", \"nimba-k2\", \"nimba-k3\", "
      "\"nimba-k3t\", \"nimba-k5\", \"nimba-k6\", \"qv-m20\", \"qv-m30\", \"qv-m40\", "
      "got \"nimba-k9\""},
     {"NoIdentity", ADAPTER("card = 0\n"),
-     ":2: key 'adapter[0].vendor': missing"},
+     ":2: key 'adapter[0].chip': expected one of \"nimba-k1\", \"nimba-k2\", \"nimba-k3\", "
+     "\"nimba-k3t\", \"nimba-k5\", \"nimba-k6\", \"qv-m20\", \"qv-m30\", \"qv-m40\", got nothing"},
+    {"DeviceWithoutVendor", ADAPTER("device = 1\n"),
+     ":2: key 'adapter[0].vendor': expected one of \"nimba\", \"qv\" or a number, got nothing"},
     {"ChipAndVendor", ADAPTER("chip = \"nimba-k1\"\nvendor = \"nimba\"\n"),
      ":4: key 'adapter[0].vendor': expected no such key beside 'chip', got \"nimba\""},
     {"ChipAndDevice", ADAPTER("chip = \"nimba-k1\"\ndevice = 1\n"),
@@ -100,15 +151,15 @@ const std::vector<BadFile> kBadFiles{
      ":3: key 'adapter[0].vendor': expected a vendor of the product, \"nimba\" or \"qv\", "
      "got 4318"},
     {"NoDevice", ADAPTER("vendor = \"qv\"\n"),
-     ":2: key 'adapter[0].device': missing"},
+     ":2: key 'adapter[0].device': expected a whole number from 0 to 65535, got nothing"},
     {"NoBusId", ADAPTER("chip = \"qv-m20\"\n"),
-     ":2: key 'adapter[0].bus_id': missing"},
+     ":2: key 'adapter[0].bus_id': expected \"dddd:bb:dd.f\", got nothing"},
     {"BadBusId", ADAPTER("chip = \"qv-m20\"\nbus_id = \"01:00.0\"\n"),
      ":4: key 'adapter[0].bus_id': expected \"dddd:bb:dd.f\", got \"01:00.0\""},
     {"BusIdNumber", ADAPTER("chip = \"qv-m20\"\nbus_id = 1\n"),
      ":4: key 'adapter[0].bus_id': expected \"dddd:bb:dd.f\", got 1"},
     {"NoCard", ADAPTER("chip = \"qv-m20\"\nbus_id = \"0000:01:00.0\"\n"),
-     ":2: key 'adapter[0].card': missing"},
+     ":2: key 'adapter[0].card': expected a whole number from 0 to 63, got nothing"},
     {"CardText", ADAPTER("chip = \"qv-m20\"\nbus_id = \"0000:01:00.0\"\ncard = \"0\"\n"),
      ":5: key 'adapter[0].card': expected a whole number from 0 to 63, got \"0\""},
     {"CardTooLarge", ADAPTER("chip = \"qv-m20\"\nbus_id = \"0000:01:00.0\"\ncard = 64\n"),
@@ -141,6 +192,11 @@ const std::vector<BadFile> kBadFiles{
     {"NodeOutside", GOOD_ADAPTER "[adapter.hwmon]\n\"../x\" = \"1\"\n",
      ":7: key 'adapter[0].hwmon': expected a path of letters, digits, \"_\", \"-\", \".\", "
      "got \"../x\""},
+    {"NodeBelowAnotherNode", GOOD_ADAPTER "[adapter.debug]\na = \"1\"\n\"a-c\" = \"\"\n\"a/b\" = \"2\"\n",
+     ":9: key 'adapter[0].debug': expected a path that is not below the file \"a\", got \"a/b\""},
+    {"NodeBelowADefaultNode", GOOD_ADAPTER "[adapter.info]\n\"enable_usage/x/y\" = \"1\"\n",
+     ":7: key 'adapter[0].info': expected a path that is not below the file \"enable_usage\", "
+     "got \"enable_usage/x/y\""},
     {"UnreadableUnknown", GOOD_ADAPTER "unreadable = [\"info\", \"card0\"]\n",
      ":6: key 'adapter[0].unreadable[1]': expected a directory that the adapter has (\"debug\", "
      "\"info\", \"hwmon\") or a node in it (\"info/enable_usage\"), got \"card0\""},
@@ -173,11 +229,17 @@ const std::vector<BadFile> kBadFiles{
     {"ForeignDeviceText", FOREIGN("vendor = \"amd\"\ndevice = \"1\"\n"),
      ":4: key 'foreign_gpu[0].device': expected a whole number from 0 to 65535, got \"1\""},
     {"ForeignChip", FOREIGN("chip = \"nimba-k1\"\n"),
-     ":3: key 'foreign_gpu[0].chip': unknown key"},
+     ":3: key 'foreign_gpu[0].chip': unknown key, expected one of \"vendor\", \"device\", "
+     "\"bus_id\", \"card\", \"render\", \"nodes\", \"unopenable\", \"version\""},
 
     {"PlatformNameWithSlash", "description = \"a\"\n[[platform_device]]\nname = \"a/b\"\n",
      ":3: key 'platform_device[0].name': expected a name of letters, digits, \"-\", \".\", "
      "got \"a/b\""},
+    {"PlatformNameTooLong",
+     "description = \"a\"\n[[platform_device]]\n"
+     "name = \"abcdefghijklmnopqrstuvwxyz0123456789abcdefghijklmnopqrstuvwxyz012\"\n",
+     ":3: key 'platform_device[0].name': expected a name of 64 letters at most, "
+     "got \"abcdefghijklmnopqrstuvwxyz0123456789abcdefghijklmnopqrstuvwxyz012\""},
     {"PlatformNameTwice",
      "description = \"a\"\n[[platform_device]]\nname = \"fb\"\ncard = 0\n"
      "[[platform_device]]\nname = \"fb\"\n",
@@ -189,7 +251,7 @@ const std::vector<BadFile> kBadFiles{
     {"PidTwice", PROCESS("pid = 7\nname = \"a\"\n[[process]]\npid = 7\n"),
      ":6: key 'process[1].pid': expected a free process id (7 is that of process[0]), got 7"},
     {"NoProcessName", PROCESS("pid = 7\n"),
-     ":2: key 'process[0].name': missing"},
+     ":2: key 'process[0].name': expected a text, got nothing"},
     {"ArgumentsText", PROCESS("pid = 7\nname = \"a\"\narguments = \"-v\"\n"),
      ":5: key 'process[0].arguments': expected a list of texts, got \"-v\""},
 

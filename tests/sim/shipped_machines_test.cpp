@@ -19,7 +19,7 @@ namespace {
 TEST(ShippedMachines, AreThese)
 {
     std::vector<std::string> names;
-    for (const ListedMachine& machine : list_machines(SHIPPED_MACHINES)) {
+    for (const ListedMachine& machine : list_machines(SHIPPED_MACHINES).machines) {
         names.push_back(machine.name);
     }
     EXPECT_EQ(names, (std::vector<std::string>{"amd-beside",
@@ -49,7 +49,7 @@ TEST(ShippedMachines, AreThese)
 TEST(ShippedMachines, HaveEveryChipOfTheProduct)
 {
     std::set<std::pair<int, int>> chips;
-    for (const ListedMachine& machine : list_machines(SHIPPED_MACHINES)) {
+    for (const ListedMachine& machine : list_machines(SHIPPED_MACHINES).machines) {
         for (const Adapter& adapter : read_machine(machine.file).adapters) {
             chips.emplace(adapter.pci.vendor, adapter.pci.device);
         }
@@ -69,12 +69,25 @@ TEST(MachineList, HoldsTheMachineFilesOfADirectoryByName)
     directory.write("b.toml", "description = \"Second\"\n");
     directory.write("a.toml", "description = \"First\"\n");
     directory.write("notes.txt", "not a machine");
-    const auto machines = list_machines(directory.path());
+    const auto [machines, problems] = list_machines(directory.path());
+    EXPECT_TRUE(problems.empty());
     ASSERT_EQ(machines.size(), 2U);
     EXPECT_EQ(machines.at(0).name, "a");
     EXPECT_EQ(machines.at(0).description, "First");
     EXPECT_EQ(machines.at(0).file, directory.path().string() + "/a.toml");
     EXPECT_EQ(machines.at(1).name, "b");
+}
+
+TEST(MachineList, TellsWhatIsNoMachineBesideThoseThatAre)
+{
+    const nimba::test::TempDirectory directory;
+    directory.write("b.toml", "description = \"Good\"\n");
+    const std::string bad = directory.write("a.toml", "description = 1\n");
+    const auto [machines, problems] = list_machines(directory.path());
+    ASSERT_EQ(machines.size(), 1U);
+    EXPECT_EQ(machines.at(0).name, "b");
+    EXPECT_EQ(problems,
+              std::vector<std::string>{bad + ":1: key 'description': expected a text, got 1"});
 }
 
 TEST(MachineList, WithoutItsDirectoryIsAnError)

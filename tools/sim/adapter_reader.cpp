@@ -4,6 +4,8 @@
 #include "device_reader.hpp"
 #include "product.hpp"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <regex>
 #include <utility>
@@ -12,6 +14,9 @@ namespace nimba::sim {
 namespace {
 
 constexpr std::array<std::string_view, 3> kDriverKinds{"va", "legacy", "none"};
+
+constexpr std::size_t kLongestName = 255;  // of a file, in bytes
+constexpr std::size_t kLongestPath = 1024;
 
 // The keys of an adapter that describe directories.
 constexpr std::array<std::pair<std::string_view, NodeDirectory>, 3> kDirectories{{
@@ -22,7 +27,7 @@ constexpr std::array<std::pair<std::string_view, NodeDirectory>, 3> kDirectories
 
 void read_identity(const TableReader& reader, PciDevice& pci)
 {
-    if (!reader.has("chip")) {
+    if (!reader.has("chip") && (reader.has("vendor") || reader.has("device"))) {
         pci.vendor = read_vendor(reader, product_vendors());
         if (find_vendor(product_vendors(), pci.vendor) == nullptr) {
             reader.reject("vendor", "a vendor of the product, \"nimba\" or \"qv\"");
@@ -62,10 +67,41 @@ Nodes default_nodes(NodeDirectory directory, const std::string& driver_kind,
     return {{"name", driver_dir + "\n"}, {"temp1_input", "45 *C\n"}};
 }
 
+void check_node_path(const TableReader& reader, std::string_view key, const std::string& path)
+{
+    static const std::regex kShape{"[A-Za-z0-9_-][A-Za-z0-9_.-]*(/[A-Za-z0-9_-][A-Za-z0-9_.-]*)*"};
+    std::size_t part = 0;
+    for (const char letter : path) {
+        part = letter == '/' ? 0 : part + 1;
+        if (part > kLongestName || path.size() > kLongestPath) {
+            reader.reject_name(key, path,
+                               fmt::format("a path of {} bytes at most, {} between two \"/\"",
+                                           kLongestPath, kLongestName));
+        }
+    }
+    if (!std::regex_match(path, kShape)) {
+        reader.reject_name(key, path, "a path of letters, digits, \"_\", \"-\", \".\"");
+    }
+}
+
+// A node is not a directory: no other node can be below it. The nodes that are there without being
+// mentioned are at the top.
+void check_directories_of_nodes(const TableReader& reader, std::string_view key, const Nodes& nodes)
+{
+    for (const auto& [path, text] : nodes) {
+        for (auto slash = path.find('/'); slash != std::string::npos;
+             slash = path.find('/', slash + 1)) {
+            if (const auto other = nodes.find(path.substr(0, slash)); other != nodes.end()) {
+                reader.reject_name(
+                    key, path,
+                    fmt::format("a path that is not below the file \"{}\"", other->first));
+            }
+        }
+    }
+}
+
 NodeDirectories read_directories(const TableReader& reader, const std::string& driver_dir)
 {
-    static const std::regex kNodePath{
-        "[A-Za-z0-9_-][A-Za-z0-9_.-]*(/[A-Za-z0-9_-][A-Za-z0-9_.-]*)*"};
     const std::string driver_kind =
         reader.has("driver") ? reader.choice("driver", kDriverKinds) : "va";
 
@@ -76,11 +112,10 @@ NodeDirectories read_directories(const TableReader& reader, const std::string& d
             continue;
         }
         for (const auto& [path, text] : *nodes) {
-            if (!std::regex_match(path, kNodePath)) {
-                reader.reject_name(key, path, "a path of letters, digits, \"_\", \"-\", \".\"");
-            }
+            check_node_path(reader, key, path);
         }
         nodes->merge(default_nodes(directory, driver_kind, driver_dir));
+        check_directories_of_nodes(reader, key, *nodes);
         if (!nodes->empty()) {
             directories.emplace(directory, std::move(*nodes));
         }

@@ -47,10 +47,11 @@ const Vendor* find_vendor(std::span<const Vendor> vendors, uint16_t id)
 
 uint16_t read_vendor(const TableReader& reader, std::span<const Vendor> vendors)
 {
-    if (!reader.is_text("vendor")) {
+    if (reader.has("vendor") && !reader.is_text("vendor")) {
         return static_cast<uint16_t>(reader.integer("vendor", 0, 0xFFFF));
     }
-    const auto found = std::ranges::find(vendors, reader.text("vendor"), &Vendor::name);
+    const std::string name = reader.is_text("vendor") ? reader.text("vendor") : "";
+    const auto found = std::ranges::find(vendors, name, &Vendor::name);
     if (found == vendors.end()) {
         std::vector<std::string_view> names;
         for (const Vendor& vendor : vendors) {

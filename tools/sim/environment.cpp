@@ -62,6 +62,14 @@ std::vector<char*> Environment::variables()
     return list;
 }
 
+std::string default_path()
+{
+    std::string path(confstr(_CS_PATH, nullptr, 0), '\0');
+    confstr(_CS_PATH, path.data(), path.size());
+    path.pop_back();  // the terminating null
+    return path;
+}
+
 std::string find_program(const std::string& command, std::string_view path)
 {
     if (command.find('/') != std::string::npos) {

@@ -13,6 +13,8 @@ class Environment {
     // Starts with `variables`, a null-terminated list of NAME=VALUE.
     explicit Environment(const char* const* variables);
 
+    bool has(std::string_view name) { return find(name) != variables_.end(); }
+
     // The variable's value; empty if there is none.
     std::string get(std::string_view name);
 
@@ -30,6 +32,9 @@ class Environment {
 
     std::vector<std::string> variables_;
 };
+
+// Where the system looks for programs without PATH.
+std::string default_path();
 
 // Returns the file that `command` stands for: itself if it holds a slash, else the first executable
 // of that name in the directories of `path`, else a file of that name there, else an empty text.

@@ -4,8 +4,11 @@
 #include "adapter_reader.hpp"
 #include "claims.hpp"
 #include "device_reader.hpp"
+#include "message.hpp"
 #include "product.hpp"
 #include "toml_table.hpp"
+
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <array>
@@ -30,13 +33,14 @@ constexpr std::array<std::string_view, 3> kKernelInterfaceKeys{"file", "size_fun
 constexpr std::array<std::string_view, 3> kSizeFunctions{"gfx_get_struct_size",
                                                          "qv_get_struct_size", "none"};
 constexpr uint32_t kDefaultStructSize = 4096;
+constexpr std::size_t kLongestPlatformName = 64;
 constexpr int kGreatestPid = 4194304;
 
 std::string read_description(const TableReader& reader)
 {
     std::string description = reader.text("description");
-    if (description.find('\n') != std::string::npos) {
-        reader.reject("description", "a text of one line");
+    if (has_control_characters(description)) {
+        reader.reject("description", "a text of one line, without control characters");
     }
     return description;
 }
@@ -64,6 +68,9 @@ PlatformDevice read_platform_device(const TableReader& reader, Claims& claims)
     };
     if (!std::ranges::all_of(device.name, is_fit) || device.name.front() == '.') {
         reader.reject("name", "a name of letters, digits, \"-\", \".\"");
+    }
+    if (device.name.size() > kLongestPlatformName) {
+        reader.reject("name", fmt::format("a name of {} letters at most", kLongestPlatformName));
     }
     claims.take("platform device name", device.name, reader, "name");
     device.drm = read_drm(reader, claims, device.name);

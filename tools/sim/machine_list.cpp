@@ -13,22 +13,29 @@ namespace nimba::sim {
 
 namespace fs = std::filesystem;
 
-std::vector<ListedMachine> list_machines(const fs::path& directory)
+MachineList list_machines(const fs::path& directory)
 {
-    std::vector<ListedMachine> machines;
+    std::vector<fs::path> files;
     std::error_code error;
     for (const fs::directory_entry& entry : fs::directory_iterator{directory, error}) {
         if (entry.path().extension() == ".toml") {
-            machines.push_back(
-                {entry.path().stem(), read_machine(entry.path()).description, entry.path()});
+            files.push_back(entry.path());
         }
     }
     if (error) {
         throw MachineFileError{
             fmt::format("{}: cannot be listed: {}", directory.native(), error.message())};
     }
-    std::ranges::sort(machines, {}, &ListedMachine::name);
-    return machines;
+    std::ranges::sort(files, {}, [](const fs::path& file) { return file.stem(); });
+    MachineList list;
+    for (const fs::path& file : files) {
+        try {
+            list.machines.push_back({file.stem(), read_machine(file).description, file});
+        } catch (const MachineFileError& problem) {
+            list.problems.emplace_back(problem.what());
+        }
+    }
+    return list;
 }
 
 std::string find_machine(const std::string& machine, const fs::path& directory)

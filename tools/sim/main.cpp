@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
+#include "exit_status.hpp"
 #include "machine_file.hpp"
 #include "machine_file_error.hpp"
 #include "machine_list.hpp"
+#include "message.hpp"
 #include "run.hpp"
 #include "test_bed_error.hpp"
 
@@ -19,11 +21,6 @@
 
 namespace nimba::sim {
 namespace {
-
-constexpr int kNoOutput = 1;
-constexpr int kBadUsage = 2;
-constexpr int kBadMachine = 3;
-constexpr int kNoTestBed = 4;
 
 constexpr const char* kFooter = R"(Exit status:
   run: that of the command, or
@@ -56,30 +53,64 @@ int flush_output()
     if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) {
         return 0;
     }
-    fmt::print(stderr, "nimba-sim: cannot write to standard output: {}\n", std::strerror(errno));
+    complain(fmt::format("cannot write to standard output: {}", std::strerror(errno)));
     return kNoOutput;
 }
 
-void print_machines(const Installation& installation, bool json)
+void print_json(const std::vector<ListedMachine>& machines)
 {
-    const auto machines = list_machines(installation.machines);
-    if (json) {
-        auto list = nlohmann::ordered_json::array();
-        for (const ListedMachine& machine : machines) {
-            list.push_back({{"name", machine.name},
-                            {"description", machine.description},
-                            {"file", machine.file}});
-        }
-        print(list.dump(2) + "\n");
-        return;
+    auto list = nlohmann::ordered_json::array();
+    for (const ListedMachine& machine : machines) {
+        list.push_back(
+            {{"name", machine.name}, {"description", machine.description}, {"file", machine.file}});
     }
+    // A file name may be no UTF-8.
+    print(list.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
+}
+
+void print_table(const std::vector<ListedMachine>& machines)
+{
     std::size_t width = 0;
     for (const ListedMachine& machine : machines) {
         width = std::max(width, machine.name.size());
     }
     for (const ListedMachine& machine : machines) {
-        print(fmt::format("{:{}}  {}\n", machine.name, width, machine.description));
+        print(without_control_characters(machine.name) +
+              std::string(width - machine.name.size() + 2, ' ') + machine.description + "\n");
     }
+}
+
+int print_machines(const Installation& installation, bool json)
+{
+    const auto [machines, problems] = list_machines(installation.machines);
+    for (const std::string& problem : problems) {
+        complain(problem);
+    }
+    if (json) {
+        print_json(machines);
+    } else {
+        print_table(machines);
+    }
+    const int status = flush_output();
+    return status == 0 && !problems.empty() ? kBadMachine : status;
+}
+
+// Takes the command of `run` off the words, with the "--" before it. It is not for the parser,
+// which would find lists and options in it.
+std::vector<std::string> cut_command(std::vector<std::string>& words)
+{
+    const auto subcommand =
+        std::ranges::find_if(words, [](const auto& word) { return !word.starts_with('-'); });
+    if (subcommand == words.end() || *subcommand != "run") {
+        return {};
+    }
+    const auto mark = std::find(subcommand, words.end(), "--");
+    if (mark == words.end()) {
+        return {};
+    }
+    std::vector<std::string> command{mark + 1, words.end()};
+    words.erase(mark, words.end());
+    return command;
 }
 
 int main_with_arguments(int argument_count, char** arguments)
@@ -89,18 +120,22 @@ int main_with_arguments(int argument_count, char** arguments)
     app.set_version_flag("--version", "nimba-sim " NIMBA_VERSION);
     app.require_subcommand(1);
     app.footer(kFooter);
-    app.failure_message([](const CLI::App*, const CLI::Error& error) {
-        return fmt::format("nimba-sim: {}; see nimba-sim --help\n", error.what());
-    });
 
-    auto* run = app.add_subcommand("run", "Run a command on a simulated machine");
+    auto* run = app.add_subcommand("run",
+                                   "Run a command on a simulated machine:\n"
+                                   "nimba-sim run [OPTIONS] -- COMMAND [ARGUMENT...]");
     run->add_option("-m,--machine", options.machine,
                     "Name of a machine (see `nimba-sim machines`), or a machine file: a text with "
                     "a \"/\" or that ends in \".toml\"")
         ->option_text("MACHINE")
         ->capture_default_str();
-    run->add_option("COMMAND", options.command, "Command and its arguments, behind \"--\"")
-        ->required();
+
+    app.failure_message([run](const CLI::App*, const CLI::Error& error) {
+        const bool is_command =
+            run->parsed() && error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError);
+        return fmt::format("nimba-sim: {}{}; see nimba-sim --help\n", error.what(),
+                           is_command ? " (a command stands behind \"--\")" : "");
+    });
 
     auto* machines = app.add_subcommand("machines", "List the machines that there are");
     machines->add_flag("--json", options.json, "Print JSON");
@@ -108,20 +143,26 @@ int main_with_arguments(int argument_count, char** arguments)
     auto* check = app.add_subcommand("check", "Check a machine file");
     check->add_option("FILE", options.file, "Machine file, or name of a machine")->required();
 
+    std::vector<std::string> words(arguments + 1, arguments + argument_count);
+    options.command = cut_command(words);
+    std::ranges::reverse(words);  // the order in which the parser takes them
     try {
-        app.parse(argument_count, arguments);
+        app.parse(words);
+        if (run->parsed() && options.command.empty()) {
+            throw CLI::RequiredError{"COMMAND behind \"--\""};
+        }
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? flush_output() : kBadUsage;
     }
 
     const Installation installation = find_installation();
     if (machines->parsed()) {
-        print_machines(installation, options.json);
-        return flush_output();
+        return print_machines(installation, options.json);
     }
     if (check->parsed()) {
         const std::string file = find_machine(options.file, installation.machines);
-        print(fmt::format("{}: {}\n", file, read_machine(file).description));
+        print(fmt::format("{}: {}\n", without_control_characters(file),
+                          read_machine(file).description));
         return flush_output();
     }
     const Machine machine = read_machine(find_machine(options.machine, installation.machines));
@@ -130,7 +171,7 @@ int main_with_arguments(int argument_count, char** arguments)
 
 int fail(int status, const std::exception& error)
 {
-    fmt::print(stderr, "nimba-sim: {}\n", error.what());
+    complain(error.what());
     return status;
 }
 

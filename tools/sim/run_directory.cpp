@@ -1,53 +1,93 @@
 // SPDX-License-Identifier: MIT
 #include "run_directory.hpp"
 
+#include "message.hpp"
 #include "test_bed_error.hpp"
 
 #include <stdlib.h>
 #include <unistd.h>
 
 #include <fmt/format.h>
+#include <sys/un.h>
 
 #include <cerrno>
 #include <cstring>
 #include <fstream>
 #include <string>
+#include <string_view>
 #include <system_error>
+#include <vector>
 
 namespace nimba::sim {
 namespace {
 
 namespace fs = std::filesystem;
 
-fs::path base_directory()
+constexpr std::string_view kName = "/nimba-sim.XXXXXX";
+// The longest path below it at which umockdev makes a socket.
+constexpr std::string_view kLongestSocket = "/umockdev.XXXXXX/ioctl/dev/dri/controlD127";
+constexpr std::size_t kLongestBase =
+    sizeof(sockaddr_un::sun_path) - 1 - kName.size() - kLongestSocket.size();
+
+std::vector<fs::path> base_directories()
 {
-    const char* memory = "/dev/shm";
-    if (access(memory, W_OK | X_OK) == 0) {
-        return memory;
+    std::vector<fs::path> bases{"/dev/shm"};
+    if (const char* temporary = getenv("TMPDIR"); temporary != nullptr && *temporary != '\0') {
+        bases.push_back(fs::absolute(temporary));
     }
-    const char* temporary = getenv("TMPDIR");
-    return temporary == nullptr || *temporary == '\0' ? "/tmp" : temporary;
+    bases.emplace_back("/tmp");
+    return bases;
+}
+
+// Holds no directory open while it is in another one, so that few descriptors are enough.
+void remove_tree(const fs::path& directory, std::error_code& error)
+{
+    std::error_code ignored;
+    fs::permissions(directory, fs::perms::owner_all, fs::perm_options::add, ignored);
+    std::vector<fs::path> entries;
+    for (const fs::directory_entry& entry : fs::directory_iterator{directory, ignored}) {
+        entries.push_back(entry.path());
+    }
+    for (const fs::path& entry : entries) {
+        if (fs::symlink_status(entry, ignored).type() == fs::file_type::directory) {
+            remove_tree(entry, ignored);
+        } else {
+            fs::remove(entry, ignored);
+        }
+    }
+    fs::remove(directory, error);
 }
 
 }  // namespace
 
 RunDirectory::RunDirectory()
 {
-    std::string name = base_directory() / "nimba-sim.XXXXXX";
-    if (mkdtemp(name.data()) == nullptr) {
-        throw TestBedError{
-            fmt::format("cannot make the directory {}: {}", name, std::strerror(errno))};
+    std::string problem;
+    for (const fs::path& base : base_directories()) {
+        std::string name = base.native() + std::string{kName};
+        if (mkdtemp(name.data()) == nullptr) {
+            problem = fmt::format("cannot make the directory {}: {}", name, std::strerror(errno));
+            continue;
+        }
+        path_ = name;
+        if (base.native().size() > kLongestBase) {
+            rmdir(name.c_str());
+            throw TestBedError{fmt::format(
+                "{}: too long a path for the sockets of a run; set TMPDIR to one of {} bytes at "
+                "most",
+                base.native(), kLongestBase)};
+        }
+        return;
     }
-    path_ = name;
+    throw TestBedError{problem};
 }
 
 RunDirectory::~RunDirectory()
 {
-    permit_removal(path_);
     std::error_code error;
-    fs::remove_all(path_, error);
+    remove_tree(path_, error);
     if (error) {
-        fmt::print(stderr, "nimba-sim: cannot remove {}: {}\n", path_.native(), error.message());
+        complain(fmt::format("cannot remove {}: {}", path_.native(), error.message()));
     }
 }
 
@@ -70,7 +110,7 @@ bool lists_newest_first(const fs::path& directory)
         std::ofstream{probe / name};
     }
     const fs::directory_iterator first{probe};
-    const bool newest_first = first->path().filename() == "newer";
+    const bool newest_first = first != end(first) && first->path().filename() == "newer";
     fs::remove_all(probe);
     return newest_first;
 }

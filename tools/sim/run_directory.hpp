@@ -11,7 +11,7 @@ class RunDirectory {
   public:
     // Makes the directory in memory (/dev/shm) where possible: socket paths must be short, and file
     // systems in memory keep the order in which directory entries are made. Else in TMPDIR, else in
-    // /tmp. Throws TestBedError.
+    // /tmp. Throws TestBedError, also when the path is too long for sockets.
     RunDirectory();
     ~RunDirectory();
     RunDirectory(const RunDirectory&) = delete;

@@ -2,6 +2,7 @@
 #include "toml_table.hpp"
 
 #include "machine_file_error.hpp"
+#include "message.hpp"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -11,36 +12,35 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <system_error>
 
 namespace nimba::sim {
 namespace {
 
+constexpr std::size_t kGreatestSize = 1024 * 1024;
+
 std::string read_file(const std::string& file)
 {
     std::error_code ignored;
-    if (std::filesystem::is_directory(file, ignored)) {
-        throw MachineFileError{fmt::format("{}: is a directory, not a machine file", file)};
+    const auto status = std::filesystem::status(file, ignored);
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+        throw MachineFileError{fmt::format("{}: is not a regular file", file)};
     }
-    std::ifstream stream{file};
-    if (!stream) {
+    std::ifstream stream{file, std::ios::binary};
+    std::string text(kGreatestSize + 1, '\0');
+    if (!stream || !stream.read(text.data(), static_cast<std::streamsize>(text.size())).eof()) {
+        if (stream.good()) {
+            throw MachineFileError{fmt::format("{}: is larger than 1 MiB", file)};
+        }
         throw MachineFileError{fmt::format("{}: cannot be read: {}", file, std::strerror(errno))};
     }
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
+    text.resize(static_cast<std::size_t>(stream.gcount()));
+    return text;
 }
 
-// In quotes, and on one line.
 std::string quoted(const std::string& text)
 {
-    std::string quoted = "\"";
-    for (const char letter : text) {
-        const auto code = static_cast<unsigned char>(letter);
-        quoted += code < 0x20 ? fmt::format("\\u{:04x}", code) : std::string{letter};
-    }
-    return quoted + "\"";
+    return fmt::format("\"{}\"", without_control_characters(text));
 }
 
 // How a message shows the value that was found.
@@ -88,7 +88,8 @@ TableReader::TableReader(const toml::table& table, std::string path, std::string
 {
     for (const auto& [key, value] : table) {
         if (std::ranges::find(known_keys, key.str()) == known_keys.end()) {
-            fail(value, full_key(key.str()), "unknown key");
+            fail(value, full_key(key.str()),
+                 fmt::format("unknown key, expected {}", one_of(known_keys)));
         }
     }
 }
@@ -111,37 +112,44 @@ void TableReader::fail_expected(const toml::node& value, const std::string& full
     fail(value, full_key, fmt::format("expected {}, got {}", expected, shown(value)));
 }
 
+template <typename T>
+auto TableReader::find(std::string_view key) const
+{
+    const auto* value = table_->get(key);
+    return value == nullptr ? nullptr : value->as<T>();
+}
+
 void TableReader::reject(std::string_view key, const std::string& expected) const
 {
-    fail_expected(require(key), full_key(key), expected);
+    const auto* value = table_->get(key);
+    if (value == nullptr) {
+        fail(*table_, full_key(key), fmt::format("expected {}, got nothing", expected));
+    }
+    fail_expected(*value, full_key(key), expected);
 }
 
 void TableReader::reject_item(std::string_view key, std::size_t index,
                               const std::string& expected) const
 {
-    fail_expected(require(key).as_array()->at(index), fmt::format("{}[{}]", full_key(key), index),
+    fail_expected(find<toml::array>(key)->at(index), fmt::format("{}[{}]", full_key(key), index),
                   expected);
 }
 
 void TableReader::reject_name(std::string_view key, const std::string& name,
                               const std::string& expected) const
 {
-    fail(require(key).as_table()->at(name), full_key(key),
+    fail(find<toml::table>(key)->at(name), full_key(key),
          fmt::format("expected {}, got {}", expected, quoted(name)));
 }
 
-const toml::node& TableReader::require(std::string_view key) const
+bool TableReader::is_text(std::string_view key) const
 {
-    const toml::node* value = table_->get(key);
-    if (value == nullptr) {
-        fail(*table_, full_key(key), "missing");
-    }
-    return *value;
+    return find<std::string>(key) != nullptr;
 }
 
 std::string TableReader::text(std::string_view key) const
 {
-    const auto* text = require(key).as_string();
+    const auto* text = find<std::string>(key);
     if (text == nullptr || text->get().empty()) {
         reject(key, "a text");
     }
@@ -150,7 +158,7 @@ std::string TableReader::text(std::string_view key) const
 
 int64_t TableReader::integer(std::string_view key, int64_t least, int64_t greatest) const
 {
-    const auto* number = require(key).as_integer();
+    const auto* number = find<int64_t>(key);
     if (number == nullptr || number->get() < least || number->get() > greatest) {
         reject(key, fmt::format("a whole number from {} to {}", least, greatest));
     }
@@ -168,7 +176,7 @@ bool TableReader::flag_or(std::string_view key, bool fallback) const
     if (!has(key)) {
         return fallback;
     }
-    const auto* flag = require(key).as_boolean();
+    const auto* flag = find<bool>(key);
     if (flag == nullptr) {
         reject(key, "true or false");
     }
@@ -178,7 +186,7 @@ bool TableReader::flag_or(std::string_view key, bool fallback) const
 std::string TableReader::choice(std::string_view key,
                                 std::span<const std::string_view> choices) const
 {
-    const auto* text = require(key).as_string();
+    const auto* text = find<std::string>(key);
     if (text == nullptr || std::ranges::find(choices, text->get()) == choices.end()) {
         reject(key, one_of(choices));
     }
@@ -187,7 +195,7 @@ std::string TableReader::choice(std::string_view key,
 
 std::vector<std::string> TableReader::texts(std::string_view key) const
 {
-    const auto* list = require(key).as_array();
+    const auto* list = find<toml::array>(key);
     if (list == nullptr) {
         reject(key, "a list of texts");
     }
@@ -208,11 +216,10 @@ std::optional<TableReader::Texts> TableReader::texts_by_name_or(std::string_view
     if (!has(key)) {
         return fallback;
     }
-    const toml::node& value = require(key);
-    if (const auto* flag = value.as_boolean(); flag != nullptr && !flag->get()) {
+    if (const auto* flag = find<bool>(key); flag != nullptr && !flag->get()) {
         return std::nullopt;
     }
-    const auto* table = value.as_table();
+    const auto* table = find<toml::table>(key);
     if (table == nullptr) {
         reject(key, "a table of texts, or false");
     }
@@ -234,7 +241,7 @@ std::vector<TableReader> TableReader::tables(std::string_view key,
     if (!has(key)) {
         return readers;
     }
-    const auto* list = require(key).as_array();
+    const auto* list = find<toml::array>(key);
     if (list == nullptr) {
         reject(key, fmt::format("a list of tables, [[{}]]", key));
     }

@@ -26,7 +26,7 @@ class TableReader {
                 std::span<const std::string_view> known_keys);
 
     bool has(std::string_view key) const { return table_->contains(key); }
-    bool is_text(std::string_view key) const { return require(key).is_string(); }
+    bool is_text(std::string_view key) const;
 
     // The readers throw when the key is missing, unless they take or return a fallback.
     std::string text(std::string_view key) const;
@@ -52,7 +52,7 @@ class TableReader {
     const std::string& path() const { return path_; }
 
     // Says that the value of `key` (of item `index` in it, of the part `name` in it) is not what
-    // was expected.
+    // was expected, or that there is none.
     [[noreturn]] void reject(std::string_view key, const std::string& expected) const;
     [[noreturn]] void reject_item(std::string_view key, std::size_t index,
                                   const std::string& expected) const;
@@ -60,7 +60,9 @@ class TableReader {
                                   const std::string& expected) const;
 
   private:
-    const toml::node& require(std::string_view key) const;
+    // The value of `key` if it is a T, else null.
+    template <typename T>
+    auto find(std::string_view key) const;
     std::string full_key(std::string_view key) const;
     [[noreturn]] void fail(const toml::node& place, const std::string& full_key,
                            const std::string& problem) const;
