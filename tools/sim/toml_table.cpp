@@ -17,7 +17,7 @@
 namespace nimba::sim {
 namespace {
 
-constexpr std::size_t kGreatestSize = 1024 * 1024;
+constexpr std::size_t kGreatestSize = std::size_t{1} << 20U;
 
 std::string read_file(const std::string& file)
 {

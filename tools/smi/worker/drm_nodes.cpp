@@ -9,6 +9,7 @@
 #include <grp.h>
 #include <unistd.h>
 
+#include <fmt/format.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -106,7 +107,7 @@ std::vector<DrmNode> drm_nodes(const std::string& node_dir, const std::string& c
         const std::string name = entry.path().filename();
         if (is_node_name(name)) {
             const std::string& path = entry.path().native();
-            const std::string device_link = class_dir + "/" + name + "/device";
+            const std::string device_link = fmt::format("{}/{}/device", class_dir, name);
             nodes.push_back({path, device_of(name, device_link),
                              denied_file(path, R_OK | W_OK).has_value(), group_of(path),
                              maker_of(device_link)});
