@@ -88,7 +88,7 @@ load nimba-sim.bash
     printf 'description = "Good"\n' >"tree/share/nimba-sim/machines/$(printf 'a\377').toml"
     run --separate-stderr tree/bin/nimba-sim machines --json
     [ "$status" = 0 ]
-    [ "$(jq -r '.[0].name' <<< "$output")" = $'a\uFFFD' ]
+    [ "$(jq -r '.[0].name' <<< "$output")" = $'a\xEF\xBF\xBD' ]
 }
 
 @test "check refuses what is no regular file" {
