@@ -5,6 +5,18 @@ find_package(PkgConfig REQUIRED)
 pkg_check_modules(LIBDRM REQUIRED IMPORTED_TARGET libdrm) # for its types; it is loaded at run time
 
 add_library(nimba_objects OBJECT
+    alloc/allocation_reader.cpp
+    alloc/allocation_text.cpp
+    alloc/debug_directory.cpp
+    alloc/device_map.cpp
+    alloc/device_summary.cpp
+    alloc/key_value.cpp
+    alloc/leak_detector.cpp
+    alloc/leak_merge.cpp
+    alloc/leak_report.cpp
+    alloc/process_name.cpp
+    alloc/raw_list.cpp
+    alloc/segment_usage.cpp
     config/preference_file.cpp
     config/preferences.cpp
     config/preference_text.cpp
@@ -13,11 +25,14 @@ add_library(nimba_objects OBJECT
     core/current_adapter.cpp
     core/discovery.cpp
     core/drm_library.cpp
+    core/entries.cpp
+    core/fatal.cpp
     core/interface_version.cpp
     core/kernel_interface.cpp
     core/lifecycle.cpp
     core/logging.cpp
     core/node_access.cpp
+    core/node_pieces.cpp
     core/node_text.cpp
     core/shared_library.cpp)
 target_include_directories(nimba_objects

@@ -352,6 +352,256 @@ NIMBA_MGMT_API int32_t gfx_global_exit(int32_t chip_id_idx);
 NIMBA_MGMT_API int32_t gpuinfo_set_enable_usage(const char* text);
 
 /* ---------------------------------------------------------------------------------------------
+ * Video-memory allocations of the current adapter. The driver shows each live allocation as a
+ * directory <debug directory>/allocations/<entry> with a text node "info" of lines "key=value",
+ * where <debug directory> is sys_kernel_debug_ID_dri_ADAPTER_path. Every function here that reads
+ * them reads them afresh, in the order in which the system lists the directory:
+ *   - A pass fails when the directory cannot be opened ("Error opening directory"), when a node
+ *     cannot be opened or read, as when its allocation vanished ("Fail to read allocation info.
+ *     skip..."), or when the listing breaks off. A failed pass is tried again after 5 ms, ten
+ *     passes in all. What failed passes read stays: a result that needed a second pass can hold an
+ *     allocation twice.
+ *   - A "handle" or "device" value without digits, or outside the signed 32-bit range (handles from
+ *     2^31 on), raises std::invalid_argument or std::out_of_range, which leaves the library through
+ *     the function that was called. A C host is terminated by it.
+ *   - A key of more than 127 characters, or a value of more than 127 with its newline, ends the
+ *     process: one line on standard error, then abort().
+ * Messages of this section go to standard output, not to pServerPrintCallback.
+ * ------------------------------------------------------------------------------------------- */
+
+/* Memory segments that the summaries tell apart: 0, 1, 2, 3, and in the last slot all from 4 on. */
+#define SEGMENT_SLOT_NUM 5
+
+/* Records in one block of the raw list. */
+#define RAW_LIST_BLOCK_MAX 20
+
+/* Entries of the summaries and of the process map. */
+#define ALLOCATION_SUMMARY_MAX 50
+
+/* Groups in a leak report. */
+#define MEMLEAK_REPORT_MAX 15
+
+/* One video-memory allocation, 92 bytes. A field whose key the node lacks is 0. Values are base 10
+ * where nothing else is said: the low 32 bits of the number at the start of the text, 0 without
+ * one. */
+typedef struct _GFX_ALLOCATION_INFO {
+    int32_t handle;          /*  0: "handle", base 16; the driver may give it out again */
+    int32_t device;          /*  4: "device": base 10 with a VA driver, else 16; its owner */
+    int32_t width;           /*  8: "width", pixels */
+    int32_t height;          /* 12: "height", pixels */
+    int32_t pitch;           /* 16: "pitch", bytes from row to row */
+    int32_t bit_cnt;         /* 20: "bit_cnt", bits of a pixel */
+    int32_t secured;         /* 24: "secured" */
+    int32_t size;            /* 28: "size", bytes */
+    int32_t tile;            /* 32: "tile", tiling mode */
+    int32_t cpu_visible;     /* 36: "cpu_visible" */
+    int32_t cache_type;      /* 40: "cache_type" */
+    int32_t pool_type;       /* 44: "pool_type" */
+    int32_t at_type;         /* 48: "at_type", allocation type */
+    int32_t segmentid;       /* 52: "segmentid", memory segment; negative: none */
+    int32_t hw_format;       /* 56: "hw_format", pixel format of the hardware */
+    int32_t compress_format; /* 60: "compress_format" */
+    int32_t bl_slot_index;   /* 64: "bl_slot_index" */
+    int32_t gpu_virt_addr;   /* 68: "gpu_virt_addr", the low 32 bits of the address */
+    int32_t imported;        /* 72: "imported" */
+    int32_t fb_offset;       /* 76: "fb_offset" */
+    int32_t share;           /* 80: "share" */
+    int32_t hit_count;       /* 84: 1; in the leak detector: snapshots in a row that hold it */
+    int32_t sum_count;       /* 88: 1; in a leak report: allocations in the group */
+} _GFX_ALLOCATION_INFO;
+
+NIMBA_MGMT_ASSERT(sizeof(_GFX_ALLOCATION_INFO) == 92);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_INFO, handle, 0);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_INFO, device, 4);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_INFO, width, 8);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_INFO, height, 12);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_INFO, pitch, 16);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_INFO, bit_cnt, 20);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_INFO, secured, 24);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_INFO, size, 28);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_INFO, tile, 32);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_INFO, cpu_visible, 36);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_INFO, cache_type, 40);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_INFO, pool_type, 44);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_INFO, at_type, 48);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_INFO, segmentid, 52);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_INFO, hw_format, 56);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_INFO, compress_format, 60);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_INFO, bl_slot_index, 64);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_INFO, gpu_virt_addr, 68);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_INFO, imported, 72);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_INFO, fb_offset, 76);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_INFO, share, 80);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_INFO, hit_count, 84);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_INFO, sum_count, 88);
+
+/* A block of the raw list, 1856 bytes. */
+typedef struct _GFX_ALLOCATION_RAW_LIST {
+    int32_t page_index;  /*  0, in: which block of 20 records; 0: read the driver again */
+    int32_t total_cnt;   /*  4, out: records in the kept list */
+    int32_t trasfer_cnt; /*  8, out: records in this block, 0 to 20 */
+    int32_t more_flag;   /* 12, out: 1 when records remain behind this block, else 0 */
+    _GFX_ALLOCATION_INFO records[RAW_LIST_BLOCK_MAX]; /* 16, out: the first trasfer_cnt of them */
+} _GFX_ALLOCATION_RAW_LIST;
+
+NIMBA_MGMT_ASSERT(sizeof(_GFX_ALLOCATION_RAW_LIST) == 1856);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_RAW_LIST, page_index, 0);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_RAW_LIST, total_cnt, 4);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_RAW_LIST, trasfer_cnt, 8);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_RAW_LIST, more_flag, 12);
+NIMBA_MGMT_ASSERT_OFFSET(_GFX_ALLOCATION_RAW_LIST, records, 16);
+
+/* The memory of one device, 24 bytes. */
+typedef struct gfx_device_allocation {
+    int32_t device;                          /* 0: device of the allocations */
+    uint32_t segment_size[SEGMENT_SLOT_NUM]; /* 4: bytes by segment, modulo 2^32 */
+} gfx_device_allocation;
+
+/* The memory of the devices, 1200 bytes, in the order in which the devices are first met. Unused
+ * entries are zero; the last entry always is. */
+typedef struct _GFX_DEVICE_ALLOCATION_SUMMARY {
+    gfx_device_allocation entries[ALLOCATION_SUMMARY_MAX]; /* 0 */
+} _GFX_DEVICE_ALLOCATION_SUMMARY;
+
+/* The same with wide sums: one entry, 48 bytes, and the summary, 2400 bytes. */
+typedef struct gfx_device_allocation_ext1 {
+    int32_t device;                         /* 0: device of the allocations */
+    uint32_t reserved;                      /* 4: zero */
+    int64_t segment_size[SEGMENT_SLOT_NUM]; /* 8: sum of the signed sizes by segment, bytes */
+} gfx_device_allocation_ext1;
+
+typedef struct _GFX_DEVICE_ALLOCATION_SUMMARY_EXT1 {
+    gfx_device_allocation_ext1 entries[ALLOCATION_SUMMARY_MAX]; /* 0 */
+} _GFX_DEVICE_ALLOCATION_SUMMARY_EXT1;
+
+NIMBA_MGMT_ASSERT(sizeof(gfx_device_allocation) == 24);
+NIMBA_MGMT_ASSERT_OFFSET(gfx_device_allocation, device, 0);
+NIMBA_MGMT_ASSERT_OFFSET(gfx_device_allocation, segment_size, 4);
+NIMBA_MGMT_ASSERT(sizeof(_GFX_DEVICE_ALLOCATION_SUMMARY) == 1200);
+NIMBA_MGMT_ASSERT(sizeof(gfx_device_allocation_ext1) == 48);
+NIMBA_MGMT_ASSERT_OFFSET(gfx_device_allocation_ext1, device, 0);
+NIMBA_MGMT_ASSERT_OFFSET(gfx_device_allocation_ext1, reserved, 4);
+NIMBA_MGMT_ASSERT_OFFSET(gfx_device_allocation_ext1, segment_size, 8);
+NIMBA_MGMT_ASSERT(sizeof(_GFX_DEVICE_ALLOCATION_SUMMARY_EXT1) == 2400);
+
+/* One device context, 72 bytes. */
+typedef struct gfx_device_pid {
+    int32_t pid;           /* 0: process id, from the node's "pid", base 10 */
+    int32_t handle;        /* 4: the node's "handle", base 16: the device of its allocations */
+    char process_name[64]; /* 8: see getPackageNameFromPid; NUL-terminated */
+} gfx_device_pid;
+
+/* The open device contexts, 3600 bytes, in the order in which the system lists them. Unused entries
+ * are zero. */
+typedef struct _GFX_DEVICE_PID_MAP {
+    gfx_device_pid entries[ALLOCATION_SUMMARY_MAX]; /* 0 */
+} _GFX_DEVICE_PID_MAP;
+
+NIMBA_MGMT_ASSERT(sizeof(gfx_device_pid) == 72);
+NIMBA_MGMT_ASSERT_OFFSET(gfx_device_pid, pid, 0);
+NIMBA_MGMT_ASSERT_OFFSET(gfx_device_pid, handle, 4);
+NIMBA_MGMT_ASSERT_OFFSET(gfx_device_pid, process_name, 8);
+NIMBA_MGMT_ASSERT(sizeof(_GFX_DEVICE_PID_MAP) == 3600);
+
+/* A leak report, 1380 bytes: the largest groups of like allocations, largest first. Each record is
+ * the first kept allocation of its group, with the group's size in sum_count. Records behind the
+ * last group are zero. */
+typedef struct _GFX_MEMLEAK_INFO {
+    _GFX_ALLOCATION_INFO groups[MEMLEAK_REPORT_MAX]; /* 0 */
+} _GFX_MEMLEAK_INFO;
+
+NIMBA_MGMT_ASSERT(sizeof(_GFX_MEMLEAK_INFO) == 1380);
+
+/* Hands out the allocations sorted by device, 20 at a time. Page 0 reads the driver and keeps the
+ * list; the other pages are copied from the kept list without a read, so call with page_index 0, 1,
+ * 2 and on while more_flag is 1, and all pages come from one reading.
+ * buffer: page_index is read. On success total_cnt, trasfer_cnt, more_flag and the first
+ * trasfer_cnt records are written; the other records stay as they were. Allocations of one device
+ * come in no defined order.
+ * rec: IS_VA_driver of the slot chip_id_idx, 0 to 2, tells how "device" is written; the allocations
+ * are those of the current adapter, whatever the slot.
+ * Return: 0; -1 when the driver could not be read (the buffer and the kept list stay as they were)
+ * or there is no memory for the list ("allocate memory for global_allocation_raw_list fail."; the
+ * buffer stays, and the kept list is gone: until the next page 0 the other pages have total_cnt
+ * and no records). A page behind the last record, also page 2 of 40 records, or a negative one
+ * gives trasfer_cnt 0, more_flag 0, status 0 and "get_allocation_raw_list_internal, invalid
+ * trasfer_cnt
+ * !!!"; page 0 of no allocations gives no message.
+ * Source: <debug directory>/allocations/<entry>/info. */
+NIMBA_MGMT_API int32_t get_allocation_raw_list(_GFX_ALLOCATION_RAW_LIST* buffer,
+                                               const find_adapter* rec);
+
+/* The worker of get_allocation_raw_list, with the same arguments and results. */
+NIMBA_MGMT_API int32_t get_allocation_raw_list_internal(_GFX_ALLOCATION_RAW_LIST* buffer,
+                                                        const find_adapter* rec);
+
+/* Sums the sizes of the allocations by device and segment.
+ * buffer: all of it is written; zero when there is nothing to tell.
+ * The first 49 devices get an entry; each allocation of another is left out with the message
+ * "exceed ALLOCATION_SUMMARY_MAX !!! ". An allocation with a negative segmentid is left out with
+ * "invalid segmentid !!! "; its device has an entry all the same.
+ * Return: 0, or -1 when the driver could not be read.
+ * Source: <debug directory>/allocations/<entry>/info. */
+NIMBA_MGMT_API int32_t get_device_allocation_summary(_GFX_DEVICE_ALLOCATION_SUMMARY* buffer);
+
+/* As get_device_allocation_summary, with sums of 64 bits. */
+NIMBA_MGMT_API int32_t
+get_device_allocation_summary_ext1(_GFX_DEVICE_ALLOCATION_SUMMARY_EXT1* buffer);
+
+/* The workers of the two above.
+ * chip_id: not used.
+ * va_driver: not 0 when "device" is written in base 10, 0 for base 16. */
+NIMBA_MGMT_API int32_t get_device_allocation_summary_internal(
+    _GFX_DEVICE_ALLOCATION_SUMMARY* buffer, uint32_t chip_id, int32_t va_driver);
+NIMBA_MGMT_API int32_t get_device_allocation_summary_internal_ext1(
+    _GFX_DEVICE_ALLOCATION_SUMMARY_EXT1* buffer, uint32_t chip_id, int32_t va_driver);
+
+/* Sums the sizes of all allocations by segment.
+ * segment_size: receives SEGMENT_SLOT_NUM values in mebibytes, rounded toward zero; all 0 when the
+ * driver could not be read. The sums are kept in single precision: beyond 16 million bytes they are
+ * rounded. Sizes count as signed, negative segments do not count.
+ * chip_id, va_driver: as for get_device_allocation_summary_internal.
+ * Return: 0, or -1 when the driver could not be read.
+ * Source: <debug directory>/allocations/<entry>/info. */
+NIMBA_MGMT_API int32_t get_segment_info_through_allocation(int32_t* segment_size, uint32_t chip_id,
+                                                           int32_t va_driver);
+
+/* Lists the open device contexts of the current adapter with their processes.
+ * buffer: all of it is written. Up to 50 contexts are listed; as soon as there are 50 the message
+ * "exceed ALLOCATION_SUMMARY_MAX!!! " comes, also when no other follows. A process that has gone
+ * has an empty name.
+ * Return: 0; -1 when the directory cannot be opened ("Error opening directory") or listed to its
+ * end, or a node cannot be opened or read ("Fail to read devices info. skip..."). The entries
+ * before it stay. There is no second try. A "handle" without hexadecimal digits or outside the
+ * signed 32-bit range raises std::invalid_argument or std::out_of_range; a key or a value, the
+ * latter with its newline, of more than 127 characters ends the process, as for allocations.
+ * Source: <debug directory>/devices/<entry>/info with a VA driver, else
+ * <debug directory>/devices/<entry>/<entry>: lines "key = value"; /proc/<pid>/cmdline. */
+NIMBA_MGMT_API int32_t get_device_pid_maps(_GFX_DEVICE_PID_MAP* buffer);
+
+/* The worker of get_device_pid_maps.
+ * chip_id: not used.
+ * va_driver: not 0 for the nodes of a VA driver. */
+NIMBA_MGMT_API int32_t get_device_pid_maps_internal(_GFX_DEVICE_PID_MAP* buffer, uint32_t chip_id,
+                                                    int32_t va_driver);
+
+/* Takes a snapshot of the current adapter's allocations, merges it into vec_memleak_result and
+ * reports the 15 largest groups of like allocations: those of equal width, height, size, hw_format
+ * and at_type. Allocations that stay over many calls show a growing hit_count, shapes that pile up
+ * a growing sum_count. Groups of equal size come in no defined order.
+ * An allocation is the same in two snapshots when handle, width, height, size, hw_format and
+ * at_type are. The list is kept over initialisation, exit and a change of the adapter.
+ * buffer: all of it is written, or none when the driver could not be read; the kept list then stays
+ * as it was, too. Return: 0 always.
+ * Source: <debug directory>/allocations/<entry>/info. */
+NIMBA_MGMT_API int32_t get_memleak_info(_GFX_MEMLEAK_INFO* buffer);
+
+/* The worker of get_memleak_info.
+ * chip_id, va_driver: as for get_device_allocation_summary_internal. */
+NIMBA_MGMT_API void get_memleak_information(_GFX_MEMLEAK_INFO* buffer, uint32_t chip_id,
+                                            int32_t va_driver);
+
+/* ---------------------------------------------------------------------------------------------
  * GPU preferences: which GPU an application should use, kept in the user's file
  * $HOME/.local/share/wmt_gfx_util.ini (the directory is not created).
  * ------------------------------------------------------------------------------------------- */
@@ -425,6 +675,42 @@ NIMBA_MGMT_API int32_t uninitGPUPreference_config(void);
  * C++ hosts: globals and functions with C++ types, exported under type-qualified names. The host
  * and the library must share the C++ standard library.
  * ------------------------------------------------------------------------------------------- */
+
+/* The leak detector's list: every allocation of the last snapshot, those that were known before it
+ * first. Empty at load; replaced by every get_memleak_info that can read the driver; nothing
+ * empties it. */
+extern NIMBA_MGMT_API std::vector<_GFX_ALLOCATION_INFO> vec_memleak_result;
+
+/* Appends a record for each allocation to `list` in listing order, without clearing it: one pass.
+ * chip_id: not used.
+ * va_driver: not 0 when "device" is written in base 10, 0 for base 16.
+ * Return: 0, or -1 when the pass failed; the records before the failure are in the list. */
+NIMBA_MGMT_API int32_t get_current_allocation_data_try(std::vector<_GFX_ALLOCATION_INFO>& list,
+                                                       uint32_t chip_id, int32_t va_driver);
+
+/* The same with up to ten passes, 5 ms after each that failed. Records of failed passes stay in
+ * front. Return: that of the last pass. */
+NIMBA_MGMT_API int32_t get_current_allocation_data(std::vector<_GFX_ALLOCATION_INFO>& list,
+                                                   uint32_t chip_id, int32_t va_driver);
+
+/* Merges a snapshot into the kept list. A kept record for which the snapshot holds the same
+ * allocation gets 1 more in hit_count, and the first such record leaves the snapshot; a kept record
+ * without one leaves the kept list. What is left in the snapshot is then appended to the kept list
+ * and stays in the snapshot, too. */
+NIMBA_MGMT_API void compare_memleak_list(std::vector<_GFX_ALLOCATION_INFO>& snapshot,
+                                         std::vector<_GFX_ALLOCATION_INFO>& kept);
+
+/* The order of a leak report. Return: whether the sum_count of `a` is greater than that of `b`. */
+NIMBA_MGMT_API bool compare_allo_sum(const _GFX_ALLOCATION_INFO& a, const _GFX_ALLOCATION_INFO& b);
+
+/* Tells the name of a process: the first word of its command line, whole with its directory when it
+ * is shorter than `size`. Of a longer one, what stands before its first blank and there behind the
+ * last "/", cut to size - 1 characters.
+ * destination, size: receives the name and a NUL; the name is empty when the process has gone.
+ * Return: 0, or -1 when the command line is empty, as that of a kernel thread, or cannot be read;
+ * the destination then stays as it was.
+ * Source: the first 511 characters of the first line of /proc/<pid>/cmdline. */
+NIMBA_MGMT_API int32_t getPackageNameFromPid(int32_t pid, char* destination, int32_t size);
 
 /* The preferences in file order; empty at load. Filled by the first set or get, emptied by
  * gfx_global_init and gfx_global_exit. */

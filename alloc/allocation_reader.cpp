@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+// The reader that every query about allocations starts with.
+#include "alloc/allocation_text.hpp"
+#include "alloc/debug_directory.hpp"
+#include "core/entries.hpp"
+#include "core/node_pieces.hpp"
+#include "nimba_mgmt_interface.h"
+
+#include <unistd.h>
+
+#include <climits>
+#include <cstdio>
+#include <cstring>
+
+namespace nimba {
+namespace {
+
+constexpr int kAttempts = 10;
+constexpr useconds_t kPause = 5'000;  // microseconds
+
+// The path of an entry's node, relative to the directory of the allocations.
+class InfoPath final {
+  public:
+    const char* of(const char* entry)
+    {
+        const std::size_t length = std::strlen(entry);  // at most NAME_MAX, as in any listing
+        std::memcpy(path_, entry, length);
+        std::memcpy(path_ + length, kNode, sizeof kNode);
+        return path_;
+    }
+
+  private:
+    static constexpr char kNode[] = "/info";
+    char path_[NAME_MAX + sizeof kNode];
+};
+
+}  // namespace
+}  // namespace nimba
+
+int32_t get_current_allocation_data_try(std::vector<_GFX_ALLOCATION_INFO>& list,
+                                        uint32_t /*chip_id*/, int32_t va_driver)
+{
+    nimba::Directory directory = nimba::open_debug_directory("allocations");
+    if (!directory) {
+        std::puts("Error opening directory");
+        return -1;
+    }
+    nimba::Entries entries{std::move(directory)};
+    nimba::InfoPath path;
+    nimba::NodePieces node;
+    nimba::AllocationParser parser{va_driver != 0};
+    while (const char* entry = entries.next()) {
+        parser.begin();
+        if (!node.read_at(entries.fd(), path.of(entry),
+                          [&](std::string_view lines) { parser.add(lines); })) {
+            // Despite the wording the pass ends. Callers rely on what it read staying in the list.
+            std::puts("Fail to read allocation info. skip...");
+            return -1;
+        }
+        _GFX_ALLOCATION_INFO& record = list.emplace_back(parser.record());
+        record.hit_count = 1;
+        record.sum_count = 1;
+    }
+    return entries.failed() ? -1 : 0;
+}
+
+int32_t get_current_allocation_data(std::vector<_GFX_ALLOCATION_INFO>& list, uint32_t chip_id,
+                                    int32_t va_driver)
+{
+    int32_t result = -1;
+    for (int attempt = 0; attempt < nimba::kAttempts && result < 0; ++attempt) {
+        result = get_current_allocation_data_try(list, chip_id, va_driver);
+        if (result < 0) {
+            ::usleep(nimba::kPause);
+        }
+    }
+    return result;
+}

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+// The text of allocation nodes.
+#pragma once
+
+#include "nimba_mgmt_interface.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+namespace nimba {
+
+// Makes records of the texts of allocation nodes. A driver prints the keys of all nodes in one
+// order, so each line is first held against the key that the last node had there.
+class AllocationParser final {
+  public:
+    explicit AllocationParser(bool va_driver) : device_base_{va_driver ? 10 : 16} {}
+
+    // Begins a node.
+    void begin();
+
+    // Takes the next lines of the node, whole but for the node's last one. Throws what std::stoi
+    // throws for a handle or a device.
+    void add(std::string_view lines);
+
+    // The record of the lines so far.
+    [[nodiscard]] const _GFX_ALLOCATION_INFO& record() const { return record_; }
+
+  private:
+    // Both take the first line of `text` and return its length, the newline included; the first
+    // returns 0 when the line is not an expected one.
+    std::size_t add_expected_line(std::string_view text);
+    std::size_t add_any_line(std::string_view text);
+
+    [[nodiscard]] int base_of(std::size_t field) const;
+
+    static constexpr std::size_t kRememberedLines = 64;
+    static constexpr uint8_t kNoField = 0xFF;
+
+    int device_base_;
+    std::size_t line_ = 0;
+    _GFX_ALLOCATION_INFO record_{};
+    std::array<uint8_t, kRememberedLines> expected_{filled_with_no_field()};  // field by line
+
+    static constexpr std::array<uint8_t, kRememberedLines> filled_with_no_field()
+    {
+        std::array<uint8_t, kRememberedLines> none{};
+        none.fill(kNoField);
+        return none;
+    }
+};
+
+}  // namespace nimba
