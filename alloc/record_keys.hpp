@@ -72,11 +72,11 @@ class RecordKeys final {
         return key;
     }
 
-    // Applications choose these fields in part. What their keys collide on they cannot know, since
-    // the start value differs from process to process.
+    // Applications choose these fields in part, but cannot make keys collide: the start value, an
+    // address, differs from process to process.
     static std::size_t hash(const Key& key)
     {
-        uint64_t hash = reinterpret_cast<uintptr_t>(&vec_memleak_result);
+        uint64_t hash = reinterpret_cast<uintptr_t>(&fields);
         for (const int32_t value : key) {
             hash = (hash ^ static_cast<uint32_t>(value)) * 0x9E3779B97F4A7C15U;
             hash ^= hash >> 32U;
