@@ -41,7 +41,11 @@ constexpr std::array kFields{
     Field{"share=", &_GFX_ALLOCATION_INFO::share},
 };
 
-constexpr std::size_t kMostDigits = 18;  // every number of so many fits 64 bits
+// Every number of so many digits fits 63 bits.
+constexpr std::size_t most_digits(unsigned base)
+{
+    return base == 10 ? 18 : 15;
+}
 
 // The value of a digit in base 10 or 16; `base` or more for other characters.
 constexpr unsigned digit_value(char character, unsigned base)
@@ -59,13 +63,14 @@ struct PlainNumber {
     std::size_t length;
 };
 
-// The number that fills the rest of the line that `text` begins with: an optional "-", 1 to 18
-// digits and the newline. Nothing for the many other forms that the conversions accept.
+// The number that fills the rest of the line that `text` begins with: an optional "-", a number of
+// digits that certainly fits, and the newline. Nothing for the many other forms that the
+// conversions accept.
 template <unsigned base>
 std::optional<PlainNumber> plain_number(std::string_view text)
 {
     const std::size_t sign = text.starts_with('-') ? 1 : 0;
-    const std::size_t limit = std::min(text.size(), sign + kMostDigits);
+    const std::size_t limit = std::min(text.size(), sign + most_digits(base));
     std::size_t length = sign;
     uint64_t value = 0;
     for (; length < limit; ++length) {
