@@ -2,19 +2,43 @@
 #include "alloc/allocation_text.hpp"
 
 #include "alloc/key_value.hpp"
+#include "alloc/plain_number.hpp"
 
 #include <algorithm>
-#include <optional>
 
 namespace nimba {
 namespace {
 
 enum class Conversion { kLowBits, kHandle, kDevice };
 
+// The beginning of a line, as two times eight bytes and which of them count.
+struct Pattern {
+    std::array<uint64_t, 2> bytes{};
+    std::array<uint64_t, 2> mask{};
+
+    constexpr explicit Pattern(std::string_view text)
+    {
+        for (std::size_t index = 0; index < text.size(); ++index) {
+            const std::size_t shift = index % 8 * 8;
+            bytes.at(index / 8) |= uint64_t{static_cast<unsigned char>(text[index])} << shift;
+            mask.at(index / 8) |= uint64_t{0xFF} << shift;
+        }
+    }
+
+    [[nodiscard]] bool matches(const char* text) const
+    {
+        return (((load_eight(text) ^ bytes[0]) & mask[0]) |
+                ((load_eight(text + 8) ^ bytes[1]) & mask[1])) == 0;
+    }
+};
+
+constexpr std::size_t kPatternLookAhead = 16;
+
 struct Field {
     std::string_view key;  // with the "="
     int32_t _GFX_ALLOCATION_INFO::*member;
     Conversion conversion = Conversion::kLowBits;
+    Pattern pattern{key};
 };
 
 constexpr std::array kFields{
@@ -41,51 +65,8 @@ constexpr std::array kFields{
     Field{"share=", &_GFX_ALLOCATION_INFO::share},
 };
 
-// Every number of so many digits fits 63 bits.
-constexpr std::size_t most_digits(unsigned base)
-{
-    return base == 10 ? 18 : 15;
-}
-
-// The value of a digit in base 10 or 16; `base` or more for other characters.
-constexpr unsigned digit_value(char character, unsigned base)
-{
-    const unsigned decimal = static_cast<unsigned char>(character) - unsigned{'0'};
-    if (base == 10 || decimal < 10) {
-        return decimal;
-    }
-    const unsigned letter = (static_cast<unsigned char>(character) | 0x20U) - unsigned{'a'};
-    return letter < 6 ? letter + 10 : base;
-}
-
-struct PlainNumber {
-    int64_t value;
-    std::size_t length;
-};
-
-// The number that fills the rest of the line that `text` begins with: an optional "-", a number of
-// digits that certainly fits, and the newline. Nothing for the many other forms that the
-// conversions accept.
-template <unsigned base>
-std::optional<PlainNumber> plain_number(std::string_view text)
-{
-    const std::size_t sign = text.starts_with('-') ? 1 : 0;
-    const std::size_t limit = std::min(text.size(), sign + most_digits(base));
-    std::size_t length = sign;
-    uint64_t value = 0;
-    for (; length < limit; ++length) {
-        const unsigned digit = digit_value(text[length], base);
-        if (digit >= base) {
-            break;
-        }
-        value = value * base + digit;
-    }
-    if (length == sign || length == text.size() || text[length] != '\n') {
-        return std::nullopt;
-    }
-    const auto magnitude = static_cast<int64_t>(value);
-    return PlainNumber{sign != 0 ? -magnitude : magnitude, length};
-}
+// How far beyond its beginning a line is looked at, also where the text ends before.
+constexpr std::size_t kLookAhead = kPatternLookAhead + kNumberLookAhead;
 
 bool fits_32_bits(int64_t value)
 {
@@ -110,11 +91,21 @@ void AllocationParser::begin()
 
 void AllocationParser::add(std::string_view lines)
 {
-    while (!lines.empty()) {
-        const std::size_t expected = add_expected_line(lines);
-        lines.remove_prefix(expected > 0 ? expected : add_any_line(lines));
+    const std::string_view rest = add_lines(lines, kLookAhead);
+    // The last lines are looked at in a copy, behind which there is something to look at.
+    std::array<char, 2 * kLookAhead> copy{};
+    std::ranges::copy(rest, copy.begin());
+    add_lines({copy.data(), rest.size()}, 0);
+}
+
+std::string_view AllocationParser::add_lines(std::string_view text, std::size_t rest)
+{
+    while (text.size() > rest) {
+        const std::size_t expected = add_expected_line(text.data());
+        text.remove_prefix(expected > 0 ? expected : add_any_line(text));
         ++line_;
     }
+    return text;
 }
 
 int AllocationParser::base_of(std::size_t field) const
@@ -122,24 +113,25 @@ int AllocationParser::base_of(std::size_t field) const
     return kFields[field].conversion == Conversion::kHandle ? 16 : device_base_;
 }
 
-std::size_t AllocationParser::add_expected_line(std::string_view text)
+std::size_t AllocationParser::add_expected_line(const char* text)
 {
     if (line_ >= expected_.size() || expected_[line_] == kNoField) {
         return 0;
     }
     const Field& field = kFields[expected_[line_]];
-    if (!text.starts_with(field.key)) {
+    if (!field.pattern.matches(text)) {
         return 0;
     }
-    const std::string_view value = text.substr(field.key.size());
+    const char* const value = text + field.key.size();
     const bool low_bits = field.conversion == Conversion::kLowBits;
-    const auto number = low_bits || base_of(expected_[line_]) == 10 ? plain_number<10>(value)
-                                                                    : plain_number<16>(value);
-    if (!number || (!low_bits && !fits_32_bits(number->value))) {
+    const PlainNumber number = low_bits || base_of(expected_[line_]) == 10
+                                   ? plain_decimal(value)
+                                   : plain_hexadecimal(value);
+    if (number.length == 0 || (!low_bits && !fits_32_bits(number.value))) {
         return 0;
     }
-    record_.*field.member = static_cast<int32_t>(number->value);
-    return field.key.size() + number->length + 1;
+    record_.*field.member = static_cast<int32_t>(number.value);
+    return field.key.size() + number.length + 1;
 }
 
 std::size_t AllocationParser::add_any_line(std::string_view text)

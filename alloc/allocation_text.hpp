@@ -28,9 +28,12 @@ class AllocationParser final {
     [[nodiscard]] const _GFX_ALLOCATION_INFO& record() const { return record_; }
 
   private:
-    // Both take the first line of `text` and return its length, the newline included; the first
-    // returns 0 when the line is not an expected one.
-    std::size_t add_expected_line(std::string_view text);
+    // Takes lines while more than `rest` bytes are left. Returns what is left.
+    std::string_view add_lines(std::string_view text, std::size_t rest);
+
+    // Both take the line at the beginning of what they are given and return its length, the newline
+    // included. The first returns 0 when it is not an expected one; it looks at kLookAhead bytes.
+    std::size_t add_expected_line(const char* text);
     std::size_t add_any_line(std::string_view text);
 
     [[nodiscard]] int base_of(std::size_t field) const;

@@ -3,15 +3,18 @@
 #include "alloc/record_keys.hpp"
 #include "nimba_mgmt_interface.h"
 
+#include <algorithm>
+#include <span>
+
 namespace nimba {
 namespace {
 
-using Records = std::vector<_GFX_ALLOCATION_INFO>;
+using Records = std::span<_GFX_ALLOCATION_INFO>;
 
 // The records of a snapshot that no kept record has taken yet, by identity, first ones first.
 class Untaken final {
   public:
-    explicit Untaken(const Records& snapshot)
+    explicit Untaken(std::span<const _GFX_ALLOCATION_INFO> snapshot)
         : keys_{snapshot.size()}, next_(snapshot.size(), kNone), taken_(snapshot.size(), false)
     {
         for (uint32_t record = 0; record < snapshot.size(); ++record) {
@@ -58,6 +61,31 @@ class Untaken final {
     std::vector<bool> taken_;     // by record
 };
 
+// How many records both lists begin with alike. Each of these kept records takes the one at its own
+// place, since those before it are taken.
+std::size_t common_beginning(Records kept, Records snapshot)
+{
+    const auto [end, unused] = std::ranges::mismatch(kept, snapshot, has_same_key<kIdentity>);
+    return static_cast<std::size_t>(end - kept.begin());
+}
+
+// Moves the records for which `stays` is true to the front, each at most once, and in order.
+// Returns their number.
+template <typename Stays>
+std::size_t compact(Records records, Stays stays)
+{
+    std::size_t count = 0;
+    for (std::size_t index = 0; index < records.size(); ++index) {
+        if (stays(index)) {
+            if (count != index) {
+                records[count] = records[index];
+            }
+            ++count;
+        }
+    }
+    return count;
+}
+
 }  // namespace
 }  // namespace nimba
 
@@ -65,25 +93,22 @@ void compare_memleak_list(std::vector<_GFX_ALLOCATION_INFO>& snapshot,
                           std::vector<_GFX_ALLOCATION_INFO>& kept)
 {
     // All memory comes first, so that nothing has changed when there is none.
-    nimba::Untaken untaken{snapshot};
     kept.reserve(snapshot.size());
+    const std::size_t common = nimba::common_beginning(kept, snapshot);
+    const nimba::Records other_kept = nimba::Records{kept}.subspan(common);
+    nimba::Untaken untaken{nimba::Records{snapshot}.subspan(common)};
 
-    auto kept_end = kept.begin();
-    for (const _GFX_ALLOCATION_INFO& record : kept) {
-        if (untaken.take_same(record)) {
-            *kept_end = record;
-            ++kept_end->hit_count;
-            ++kept_end;
-        }
+    for (_GFX_ALLOCATION_INFO& record : nimba::Records{kept}.first(common)) {
+        ++record.hit_count;
     }
-    kept.erase(kept_end, kept.end());
-
-    auto snapshot_end = snapshot.begin();
-    for (std::size_t index = 0; index < snapshot.size(); ++index) {
-        if (!untaken.is_taken(index)) {
-            *snapshot_end++ = snapshot[index];
-        }
-    }
-    snapshot.erase(snapshot_end, snapshot.end());
+    const std::size_t found = nimba::compact(other_kept, [&](std::size_t index) {
+        const bool same = untaken.take_same(other_kept[index]);
+        other_kept[index].hit_count += same ? 1 : 0;
+        return same;
+    });
+    kept.resize(common + found);
+    snapshot.resize(nimba::compact(snapshot, [&](std::size_t index) {
+        return index >= common && !untaken.is_taken(index - common);
+    }));
     kept.insert(kept.end(), snapshot.begin(), snapshot.end());
 }

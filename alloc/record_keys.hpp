@@ -4,6 +4,7 @@
 
 #include "nimba_mgmt_interface.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -25,6 +26,12 @@ inline constexpr RecordFields<6> kIdentity{
 inline constexpr RecordFields<5> kShape{
     &_GFX_ALLOCATION_INFO::width, &_GFX_ALLOCATION_INFO::height, &_GFX_ALLOCATION_INFO::size,
     &_GFX_ALLOCATION_INFO::hw_format, &_GFX_ALLOCATION_INFO::at_type};
+
+template <auto fields>
+bool has_same_key(const _GFX_ALLOCATION_INFO& a, const _GFX_ALLOCATION_INFO& b)
+{
+    return std::ranges::all_of(fields, [&](auto field) { return a.*field == b.*field; });
+}
 
 inline constexpr uint32_t kNoKey = UINT32_MAX;
 

@@ -204,6 +204,19 @@ TEST_F(SegmentUsage, RoundsASumToTheNearest)
     EXPECT_EQ(usage(), (Usage{0, 0, 1025, 0, 0}));
 }
 
+TEST_F(SegmentUsage, RoundsEachSizeBeforeItIsAdded)
+{
+    // The 64 bytes above 2^30 are lost each time; 16384 times they are 1 MiB.
+    add("minus", 2, -1073741824);
+    add("plus", 2, 1073741888);
+    std::vector<std::string> order;
+    for (int pair = 0; pair < 16384; ++pair) {
+        order.insert(order.end(), {"minus", "plus"});
+    }
+    const ListedAs listed{order};
+    EXPECT_EQ(usage(), Usage{});
+}
+
 TEST_F(SegmentUsage, KeepsTheRoundingOfOneSegmentFromTheOthers)
 {
     add("large", 0, 1073741824);
