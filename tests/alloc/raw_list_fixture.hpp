@@ -33,7 +33,9 @@ class RawList : public testing::Test {
     {
         for (int device = first + count - 1; device >= first; --device) {
             const std::string name = std::to_string(device);
-            tree_.add(name, "device=" + name + "\nsize=" + name + "\n");
+            std::string text = "device=";
+            text.append(name).append("\nsize=").append(name).append("\n");
+            tree_.add(name, text);
         }
     }
 
