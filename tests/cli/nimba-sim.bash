@@ -6,6 +6,8 @@ bats_require_minimum_version 1.5.0
 : "${NIMBA_BIN:?the directory of the built programs}"
 PATH=$NIMBA_BIN:$PATH
 
+load live_drivers.bash
+
 setup() {
     cd "$BATS_TEST_TMPDIR" || return 1
     mkfifo said never
@@ -14,8 +16,8 @@ setup() {
 
 # Ends the background run of a test that failed.
 teardown() {
-    if [ -n "${sim-}" ] && kill -s KILL "$sim" 2>/dev/null; then
-        rm -rf "$(dirname "${bed:?}")"
+    if [ -n "${sim-}" ]; then
+        kill -s KILL "$sim" 2>/dev/null || true
     fi
 }
 
@@ -75,6 +77,16 @@ no_run_directory_is_left() {
 
 nothing_is_left() {
     gone "$command"
-    [ ! -e "$bed" ]
-    [ ! -e "$(dirname "$bed")" ]
+    [ ! -e "${bed%/*}" ]
+    ! grep -F "${bed%/*}" /proc/self/mountinfo
+}
+
+# When nimba-sim itself was killed, others tidy up: 20 seconds at most.
+nothing_is_left_soon() {
+    local tries
+    for ((tries = 0; tries < 400; ++tries)); do
+        [ -e "${bed%/*}" ] || break
+        sleep 0.05
+    done
+    nothing_is_left
 }

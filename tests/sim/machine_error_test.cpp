@@ -1,39 +1,16 @@
 // SPDX-License-Identifier: MIT
 // Every way in which a machine file can be wrong, and the one line that says so.
-#include "machine_file.hpp"
-#include "machine_file_error.hpp"
+#include "bad_file.hpp"
 #include "support/temp_directory.hpp"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <ostream>
 #include <string>
 #include <vector>
 
 namespace nimba::sim::test {
 namespace {
-
-struct BadFile {
-    const char* name;
-    const char* text;
-    const char* message;  // behind the file's path
-};
-
-std::ostream& operator<<(std::ostream& stream, const BadFile& file)
-{
-    return stream << file.name;
-}
-
-std::string error_of(const std::string& file)
-{
-    try {
-        read_machine(file);
-    } catch (const MachineFileError& error) {
-        return error.what();
-    }
-    return "(no error)";
-}
 
 class MachineError : public ::testing::TestWithParam<BadFile> {};
 
@@ -94,10 +71,6 @@ TEST(MachineFileError, NodeWithALongPath)
     EXPECT_EQ(error_of_node(huge), problem + huge + "\"");
 }
 
-// Line 1 is the description, so an adapter's table starts on line 2.
-#define ADAPTER(keys) "description = \"a\"\n[[adapter]]\n" keys
-#define GOOD_ADAPTER \
-    ADAPTER("chip = \"nimba-k1\"\nbus_id = \"0000:01:00.0\"\ncard = 0\n")  // lines 2 to 5
 #define FOREIGN(keys) "description = \"a\"\n[[foreign_gpu]]\n" keys
 #define PROCESS(keys) "description = \"a\"\n[[process]]\n" keys
 #define LIBRARY(keys) "description = \"a\"\n[[kernel_interface]]\n" keys
@@ -120,7 +93,7 @@ const std::vector<BadFile> kBadFiles{
      ":1: key 'description': expected a text, got 1"},
     {"UnknownKey", "description = \"a\"\ncolour = \"red\"\n",
      ":2: key 'colour': unknown key, expected one of \"description\", \"adapter\", \"foreign_gpu\", "
-     "\"platform_device\", \"process\", \"kernel_interface\""},
+     "\"platform_device\", \"process\", \"kernel_interface\", \"fault\""},
     {"NotAList", "description = \"a\"\n[adapter]\ncard = 0\n",
      ":2: key 'adapter': expected a list of tables, [[adapter]], got a table"},
     {"ListOfNumbers", "description = \"a\"\nadapter = [1]\n",
@@ -129,7 +102,8 @@ const std::vector<BadFile> kBadFiles{
     {"UnknownAdapterKey", ADAPTER("color = 1\n"),
      ":3: key 'adapter[0].color': unknown key, expected one of "
      "\"chip\", \"vendor\", \"device\", \"bus_id\", \"card\", \"render\", \"nodes\", \"unopenable\", "
-     "\"version\", \"driver\", \"debug\", \"info\", \"hwmon\", \"unreadable\""},
+     "\"version\", \"driver\", \"debug\", \"info\", \"hwmon\", \"unreadable\", \"context\", "
+     "\"allocation\", \"shape\", \"generated\", \"change\", \"leak\""},
     {"UnknownChip", ADAPTER("chip = \"nimba-k9\"\n"),
      ":3: key 'adapter[0].chip': expected one of \"nimba-k1\", \"nimba-k2\", \"nimba-k3\", "
      "\"nimba-k3t\", \"nimba-k5\", \"nimba-k6\", \"qv-m20\", \"qv-m30\", \"qv-m40\", "
@@ -252,6 +226,14 @@ const std::vector<BadFile> kBadFiles{
      ":6: key 'process[1].pid': expected a free process id (7 is that of process[0]), got 7"},
     {"NoProcessName", PROCESS("pid = 7\n"),
      ":2: key 'process[0].name': expected a text, got nothing"},
+    {"CommOfSixteenBytes", PROCESS("pid = 7\ncomm = \"0123456789abcdef\"\n"),
+     ":4: key 'process[0].comm': expected a name of 15 bytes at most, without control characters, "
+     "got \"0123456789abcdef\""},
+    {"CommOfTwoLines", PROCESS("pid = 7\nname = \"a\"\ncomm = \"a\\nb\"\n"),
+     ":5: key 'process[0].comm': expected a name of 15 bytes at most, without control characters, "
+     "got \"a\\u000ab\""},
+    {"KernelThreadWithArguments", PROCESS("pid = 7\ncomm = \"kworker\"\narguments = []\n"),
+     ":5: key 'process[0].arguments': expected no such key without 'name', got a list"},
     {"ArgumentsText", PROCESS("pid = 7\nname = \"a\"\narguments = \"-v\"\n"),
      ":5: key 'process[0].arguments': expected a list of texts, got \"-v\""},
 

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What a machine file says, key by key, and what holds where it says nothing.
-#include "machine_file.hpp"
-
+#include "machine_of.hpp"
 #include "nimba_mgmt_interface.h"
-#include "support/temp_directory.hpp"
 
 #include <gtest/gtest.h>
 
@@ -11,12 +9,6 @@
 
 namespace nimba::sim::test {
 namespace {
-
-Machine machine_of(const std::string& text)
-{
-    const nimba::test::TempDirectory directory;
-    return read_machine(directory.write("machine.toml", "description = \"A machine\"\n" + text));
-}
 
 TEST(MachineFile, NothingButADescriptionIsAMachineWithoutDevices)
 {
@@ -187,6 +179,34 @@ name = "game"
     EXPECT_EQ(machine.processes.at(0).arguments,
               (std::vector<std::string>{"/usr/bin/viewer", "--title", "two words"}));
     EXPECT_EQ(machine.processes.at(1).arguments, std::vector<std::string>{"game"});
+}
+
+TEST(MachineFile, ProcessHasTheNameThatTheKernelWouldGiveIt)
+{
+    const Machine machine = machine_of(R"(
+[[process]]
+pid = 1
+name = "/opt/photo editor/bin/photo editor"
+
+[[process]]
+pid = 2
+name = "a-program-with-a-long-name"
+
+[[process]]
+pid = 3
+name = "/usr/bin/python3"
+comm = "fifteen bytes.."
+)");
+    EXPECT_EQ(machine.processes.at(0).comm, "photo editor");
+    EXPECT_EQ(machine.processes.at(1).comm, "a-program-with-");
+    EXPECT_EQ(machine.processes.at(2).comm, "fifteen bytes..");
+}
+
+TEST(MachineFile, ProcessWithNothingButTheKernelsNameIsAKernelThread)
+{
+    const Machine machine = machine_of("[[process]]\npid = 1\ncomm = \"kworker/0:1\"\n");
+    EXPECT_EQ(machine.processes.at(0).comm, "kworker/0:1");
+    EXPECT_TRUE(machine.processes.at(0).arguments.empty());
 }
 
 std::vector<std::string> files_of(const Machine& machine)

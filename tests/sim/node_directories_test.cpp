@@ -72,5 +72,48 @@ fan_speed = "30"
     expect_output(file, "cat /sys/bus/pci/devices/0002:0b:00.1/jw_info/fan_speed", "30");
 }
 
+TEST(NodeDirectories, DriverShowsAllocationsAndDeviceContextsInItsOrder)
+{
+    const nimba::test::TempDirectory directory;
+    const std::string file = directory.write("machine.toml", R"(description = "Allocations"
+[[adapter]]
+chip = "nimba-k6"
+bus_id = "0002:0b:00.1"
+card = 4
+driver = "legacy"
+
+[[adapter.context]]
+entry = 12
+pid = 4100001
+handle = 0x11
+
+[[adapter.allocation]]
+entry = 9
+
+[[adapter.allocation]]
+entry = 3
+
+[[adapter.allocation]]
+)");
+    const std::string look =
+        "sh -c 'cd /sys/kernel/debug/dri/4/jw; ls -U; ls -U allocations; "
+        "sed -n 2,3p allocations/9/info; cat devices/12/12; "
+        "stat -c %a info allocations allocations/9 allocations/9/info devices/12/12'";
+    const char* expected =
+        "info\nallocations\ndevices\n9\n3\n10\ndevice=11\nwidth=256\n"
+        "pid = 4100001\nhandle = 11\n644\n755\n755\n444\n444\n";
+    expect_output(file, look, expected);
+    const std::string plain =
+        fmt::format("{} run --drivers plain --machine {} -- ", NIMBA_SIM, file);
+    EXPECT_EQ(run_shell(plain + look).output, expected);
+}
+
+TEST(NodeDirectories, DriverWithoutMemoryInUseHasEmptyDirectories)
+{
+    expect_output("default", "ls -U /sys/kernel/debug/dri/0/jw", "info\nallocations\ndevices\n");
+    expect_output("default", "ls -U /sys/kernel/debug/dri/0/jw/allocations", "");
+    expect_output("default", "ls -U /sys/kernel/debug/dri/0/jw/devices", "");
+}
+
 }  // namespace
 }  // namespace nimba::sim::test

@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: MIT
 // The machine files that come with nimba-sim.
+#include "driver/live_driver.hpp"
 #include "machine_file.hpp"
 #include "machine_file_error.hpp"
 #include "machine_list.hpp"
 #include "nimba_mgmt_interface.h"
 #include "support/temp_directory.hpp"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <set>
 #include <string>
 #include <utility>
@@ -24,19 +27,25 @@ TEST(ShippedMachines, AreThese)
     }
     EXPECT_EQ(names, (std::vector<std::string>{"amd-beside",
                                                "bare-adapter",
+                                               "busy",
                                                "closed-nodes",
                                                "closed-render",
                                                "control-only",
                                                "default",
                                                "fallback-library",
+                                               "fifty-contexts",
                                                "foreign-only",
+                                               "forty-allocations",
+                                               "hundred-thousand",
                                                "intel-beside",
+                                               "leaking",
                                                "library-of-size-zero",
                                                "library-without-size",
                                                "many-devices",
                                                "no-gpu",
                                                "no-library",
                                                "no-version",
+                                               "sixty-devices",
                                                "three-adapters",
                                                "three-and-foreign",
                                                "two-and-foreign",
@@ -44,6 +53,67 @@ TEST(ShippedMachines, AreThese)
                                                "unknown-beside",
                                                "unknown-chip",
                                                "unreadable"}));
+}
+
+// What a shipped machine's drivers list there in the beginning.
+std::vector<std::string> listing(const std::string& machine, const std::string& directory)
+{
+    LiveDriver driver{read_machine(find_machine(machine, SHIPPED_MACHINES)),
+                      [] { return std::chrono::nanoseconds{0}; }};
+    return driver.list(directory);
+}
+
+// The values of a key in all allocations of card 0.
+std::set<std::string> values(const std::string& machine, const std::string& key)
+{
+    LiveDriver driver{read_machine(find_machine(machine, SHIPPED_MACHINES)),
+                      [] { return std::chrono::nanoseconds{0}; }};
+    const std::string directory = "dri/0/jw/allocations";
+    std::set<std::string> found;
+    for (const std::string& entry : driver.list(directory)) {
+        const std::string text = driver.read(fmt::format("{}/{}/info", directory, entry)).value();
+        const std::size_t start = text.find("\n" + key + "=");
+        found.insert(text.substr(start, text.find('\n', start + 1) - start));
+    }
+    return found;
+}
+
+TEST(ShippedMachines, HaveTheNumbersOfTheirNames)
+{
+    EXPECT_EQ(listing("hundred-thousand", "dri/0/jw/allocations").size(), 100000U);
+    EXPECT_EQ(listing("hundred-thousand", "dri/0/jw/devices").size(), 40U);
+    EXPECT_EQ(listing("forty-allocations", "dri/0/jw/allocations").size(), 40U);
+    EXPECT_EQ(listing("sixty-devices", "dri/0/jw/devices").size(), 60U);
+    EXPECT_EQ(values("sixty-devices", "device").size(), 60U);
+    EXPECT_EQ(listing("fifty-contexts", "dri/0/qv/devices").size(), 50U);
+    EXPECT_EQ(listing("fifty-contexts", "dri/1/qv/devices").size(), 50U);
+}
+
+TEST(ShippedMachines, LeakingOneLosesTwentyAllocationsPerSecond)
+{
+    const Machine machine = read_machine(find_machine("leaking", SHIPPED_MACHINES));
+    std::chrono::nanoseconds now{0};
+    LiveDriver driver{machine, [&] { return now; }};
+    const std::string directory = "dri/0/jw/allocations";
+    EXPECT_EQ(driver.list(directory).size(), 60U);
+    now = std::chrono::seconds{2};
+    EXPECT_EQ(driver.list(directory).size(), 100U);
+    EXPECT_NE(driver.read(directory + "/100/info")->find("\ndevice=19\nwidth=128\nheight=64\n"),
+              std::string::npos);
+}
+
+TEST(ShippedMachines, BusyOneKeepsChangingWithinItsBounds)
+{
+    const Machine machine = read_machine(find_machine("busy", SHIPPED_MACHINES));
+    std::chrono::nanoseconds now{0};
+    LiveDriver driver{machine, [&] { return now; }};
+    for (const char* directory : {"dri/0/jw/allocations", "dri/1/qv/allocations"}) {
+        const auto before = driver.list(directory);
+        now += std::chrono::seconds{60};
+        const auto after = driver.list(directory);
+        EXPECT_NE(before, after);
+        EXPECT_EQ(before.size(), after.size());
+    }
 }
 
 TEST(ShippedMachines, HaveEveryChipOfTheProduct)

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "support/live_drivers.hpp"
+
 #include <fmt/format.h>
 #include <sys/wait.h>
 
@@ -32,9 +34,13 @@ inline Result run_shell(const std::string& command_line)
 }
 
 // Runs a command line of the shell's kind on a simulated machine.
+// Nothing is said where drivers cannot be live.
 inline Result run_on(const std::string& machine, const std::string& command_line)
 {
-    return run_shell(fmt::format("{} run --machine '{}' -- {}", NIMBA_SIM, machine, command_line));
+    const char* const drivers =
+        nimba::test::live_drivers_work(NIMBA_SIM) ? "" : "NIMBA_SIM_DRIVERS=plain ";
+    return run_shell(
+        fmt::format("{}{} run --machine '{}' -- {}", drivers, NIMBA_SIM, machine, command_line));
 }
 
 }  // namespace nimba::sim::test

@@ -3,6 +3,7 @@
 
 #include "device_reader.hpp"
 #include "product.hpp"
+#include "video_memory_reader.hpp"
 
 #include <fmt/format.h>
 
@@ -100,11 +101,9 @@ void check_directories_of_nodes(const TableReader& reader, std::string_view key,
     }
 }
 
-NodeDirectories read_directories(const TableReader& reader, const std::string& driver_dir)
+NodeDirectories read_directories(const TableReader& reader, const std::string& driver_kind,
+                                 const std::string& driver_dir)
 {
-    const std::string driver_kind =
-        reader.has("driver") ? reader.choice("driver", kDriverKinds) : "va";
-
     NodeDirectories directories;
     for (const auto& [key, directory] : kDirectories) {
         auto nodes = reader.texts_by_name_or(key, {});
@@ -153,14 +152,19 @@ std::vector<NodePlace> read_unreadable(const TableReader& reader,
 
 }  // namespace
 
-Adapter read_adapter(const TableReader& reader, Claims& claims)
+Adapter read_adapter(const TableReader& reader, Claims& claims,
+                     const std::vector<Process>& processes)
 {
     Adapter adapter;
     read_identity(reader, adapter.pci);
     adapter.driver_dir = find_vendor(product_vendors(), adapter.pci.vendor)->driver;
     adapter.pci.address = read_address(reader, claims);
     adapter.drm = read_drm(reader, claims, adapter.driver_dir);
-    adapter.directories = read_directories(reader, adapter.driver_dir);
+    const std::string driver_kind =
+        reader.has("driver") ? reader.choice("driver", kDriverKinds) : "va";
+    adapter.va_driver = driver_kind == "va";
+    adapter.directories = read_directories(reader, driver_kind, adapter.driver_dir);
+    adapter.video_memory = read_video_memory(reader, processes, driver_kind != "none");
     adapter.unreadable = read_unreadable(reader, adapter.directories);
     return adapter;
 }

@@ -7,14 +7,17 @@
 
 #include <array>
 #include <string_view>
+#include <vector>
 
 namespace nimba::sim {
 
-inline constexpr std::array<std::string_view, 14> kAdapterKeys{
-    "chip",       "vendor",  "device", "bus_id", "card", "render", "nodes",
-    "unopenable", "version", "driver", "debug",  "info", "hwmon",  "unreadable"};
+inline constexpr std::array<std::string_view, 20> kAdapterKeys{
+    "chip",       "vendor",     "device", "bus_id",    "card",   "render", "nodes",
+    "unopenable", "version",    "driver", "debug",     "info",   "hwmon",  "unreadable",
+    "context",    "allocation", "shape",  "generated", "change", "leak"};
 
-// Reads one [[adapter]].
-Adapter read_adapter(const TableReader& reader, Claims& claims);
+// Reads one [[adapter]] of a machine that has `processes`.
+Adapter read_adapter(const TableReader& reader, Claims& claims,
+                     const std::vector<Process>& processes);
 
 }  // namespace nimba::sim

@@ -74,7 +74,7 @@ pid_t start(const Execution& execution, const Inheritance& inheritance, int& err
 }  // namespace
 
 int run_command(const std::vector<std::string>& command, Environment& environment,
-                const Inheritance& inheritance)
+                const Inheritance& inheritance, pid_t starter)
 {
     if (const auto signal = take_pending_signal()) {
         return kSignalled + *signal;
@@ -94,7 +94,7 @@ int run_command(const std::vector<std::string>& command, Environment& environmen
     execution.variables = environment.variables();
 
     int error = 0;
-    const int status = wait_for_child(start(execution, inheritance, error));
+    const int status = wait_for_child(start(execution, inheritance, error), starter);
     kill_leftovers();
     if (error != 0) {
         complain(fmt::format("{}: {}", command.front(), std::strerror(error)));

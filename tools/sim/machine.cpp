@@ -52,4 +52,9 @@ int node_minor(const DrmDevice& device, DrmNode node)
     return device.render;
 }
 
+std::string debug_directory(const Adapter& adapter)
+{
+    return fmt::format("dri/{}/{}", adapter.drm.card, adapter.driver_dir);
+}
+
 }  // namespace nimba::sim

@@ -2,6 +2,9 @@
 // What a simulated machine is made of.
 #pragma once
 
+#include "driver/fault.hpp"
+#include "video_memory.hpp"
+
 #include <compare>
 #include <cstdint>
 #include <map>
@@ -68,9 +71,14 @@ struct Adapter {
     PciDevice pci;
     DrmDevice drm;
     std::string driver_dir;  // "jw" or "qv"
+    bool va_driver = true;
     NodeDirectories directories;
+    VideoMemory video_memory;
     std::vector<NodePlace> unreadable;  // without any permission, which does not stop root
 };
+
+// Returns the adapter's directory in /sys/kernel/debug, such as "dri/0/jw".
+std::string debug_directory(const Adapter& adapter);
 
 struct ForeignGpu {
     PciDevice pci;
@@ -83,9 +91,13 @@ struct PlatformDevice {
     DrmDevice drm;
 };
 
+inline constexpr int kGreatestPid = 4194304;
+
 struct Process {
     int pid = 0;
-    std::vector<std::string> arguments;  // the first is the program's name
+    std::string comm;  // the name that the kernel has for it
+    std::vector<std::string>
+        arguments;  // the first is the program's name; a kernel thread has none
 };
 
 struct KernelInterface {
@@ -101,6 +113,7 @@ struct Machine {
     std::vector<PlatformDevice> platform_devices;
     std::vector<Process> processes;
     std::vector<KernelInterface> kernel_interfaces;
+    std::vector<Fault> faults;
 };
 
 }  // namespace nimba::sim

@@ -4,6 +4,7 @@
 #include "adapter_reader.hpp"
 #include "claims.hpp"
 #include "device_reader.hpp"
+#include "fault_reader.hpp"
 #include "message.hpp"
 #include "product.hpp"
 #include "toml_table.hpp"
@@ -20,13 +21,14 @@
 namespace nimba::sim {
 namespace {
 
-constexpr std::array<std::string_view, 6> kMachineKeys{
-    "description", "adapter", "foreign_gpu", "platform_device", "process", "kernel_interface"};
+constexpr std::array<std::string_view, 7> kMachineKeys{
+    "description", "adapter",          "foreign_gpu", "platform_device",
+    "process",     "kernel_interface", "fault"};
 constexpr std::array<std::string_view, 8> kForeignGpuKeys{
     "vendor", "device", "bus_id", "card", "render", "nodes", "unopenable", "version"};
 constexpr std::array<std::string_view, 6> kPlatformDeviceKeys{"name",  "card",       "render",
                                                               "nodes", "unopenable", "version"};
-constexpr std::array<std::string_view, 3> kProcessKeys{"pid", "name", "arguments"};
+constexpr std::array<std::string_view, 4> kProcessKeys{"pid", "name", "arguments", "comm"};
 constexpr std::array<std::string_view, 3> kKernelInterfaceKeys{"file", "size_function",
                                                                "struct_size"};
 
@@ -34,7 +36,7 @@ constexpr std::array<std::string_view, 3> kSizeFunctions{"gfx_get_struct_size",
                                                          "qv_get_struct_size", "none"};
 constexpr uint32_t kDefaultStructSize = 4096;
 constexpr std::size_t kLongestPlatformName = 64;
-constexpr int kGreatestPid = 4194304;
+constexpr std::size_t kLongestComm = 15;
 
 std::string read_description(const TableReader& reader)
 {
@@ -77,15 +79,38 @@ PlatformDevice read_platform_device(const TableReader& reader, Claims& claims)
     return device;
 }
 
+std::string read_comm(const TableReader& reader)
+{
+    std::string comm = reader.text("comm");
+    if (comm.size() > kLongestComm || has_control_characters(comm)) {
+        reader.reject("comm", fmt::format("a name of {} bytes at most, without control characters",
+                                          kLongestComm));
+    }
+    return comm;
+}
+
+// The name that the kernel gives to a process that executes `program`.
+std::string comm_of(const std::string& program)
+{
+    return program.substr(program.rfind('/') + 1, kLongestComm);
+}
+
 Process read_process(const TableReader& reader, Claims& claims)
 {
     Process process;
     process.pid = static_cast<int>(reader.integer("pid", 1, kGreatestPid));
     claims.take("process id", std::to_string(process.pid), reader, "pid");
-    process.arguments.push_back(reader.text("name"));
+    const bool is_kernel_thread = !reader.has("name") && reader.has("comm");
+    if (!is_kernel_thread) {
+        process.arguments.push_back(reader.text("name"));
+    }
     if (reader.has("arguments")) {
+        if (is_kernel_thread) {
+            reader.reject("arguments", "no such key without 'name'");
+        }
         std::ranges::copy(reader.texts("arguments"), std::back_inserter(process.arguments));
     }
+    process.comm = reader.has("comm") ? read_comm(reader) : comm_of(process.arguments.front());
     return process;
 }
 
@@ -131,8 +156,11 @@ Machine read_machine(const std::string& file)
     Claims claims;
     Machine machine;
     machine.description = read_description(reader);
+    for (const TableReader& table : reader.tables("process", kProcessKeys)) {
+        machine.processes.push_back(read_process(table, claims));
+    }
     for (const TableReader& table : reader.tables("adapter", kAdapterKeys)) {
-        machine.adapters.push_back(read_adapter(table, claims));
+        machine.adapters.push_back(read_adapter(table, claims, machine.processes));
     }
     for (const TableReader& table : reader.tables("foreign_gpu", kForeignGpuKeys)) {
         machine.foreign_gpus.push_back(read_foreign_gpu(table, claims));
@@ -140,12 +168,10 @@ Machine read_machine(const std::string& file)
     for (const TableReader& table : reader.tables("platform_device", kPlatformDeviceKeys)) {
         machine.platform_devices.push_back(read_platform_device(table, claims));
     }
-    for (const TableReader& table : reader.tables("process", kProcessKeys)) {
-        machine.processes.push_back(read_process(table, claims));
-    }
     for (const TableReader& table : reader.tables("kernel_interface", kKernelInterfaceKeys)) {
         machine.kernel_interfaces.push_back(read_kernel_interface(table, claims));
     }
+    machine.faults = read_faults(reader, machine.adapters);
     if (!reader.has("kernel_interface")) {
         machine.kernel_interfaces = default_kernel_interfaces(machine.adapters);
     }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "exit_status.hpp"
+#include "fault_command.hpp"
 #include "machine_file.hpp"
 #include "machine_file_error.hpp"
 #include "machine_list.hpp"
@@ -16,6 +17,7 @@
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -32,11 +34,15 @@ constexpr const char* kFooter = R"(Exit status:
     1      the output could not be written
     2      bad usage
     3      no such machine, or a bad machine file
-    4      the simulated machine could not be made
+    4      the simulated machine could not be made, or is not there
 )";
+
+const std::map<std::string, Drivers> kDrivers{
+    {"auto", Drivers::kLiveIfPossible}, {"live", Drivers::kLive}, {"plain", Drivers::kPlain}};
 
 struct Options {
     std::string machine = "default";
+    Drivers drivers = Drivers::kLiveIfPossible;
     std::vector<std::string> command;
     std::string file;
     bool json = false;
@@ -129,6 +135,12 @@ int main_with_arguments(int argument_count, char** arguments)
                     "a \"/\" or that ends in \".toml\"")
         ->option_text("MACHINE")
         ->capture_default_str();
+    run->add_option("--drivers", options.drivers,
+                    "Whether the drivers live, in debugfs, or leave plain files there: auto, live "
+                    "or plain")
+        ->option_text("WHICH")
+        ->envname("NIMBA_SIM_DRIVERS")
+        ->transform(CLI::Transformer(kDrivers));
 
     app.failure_message([run](const CLI::App*, const CLI::Error& error) {
         const bool is_command =
@@ -143,6 +155,8 @@ int main_with_arguments(int argument_count, char** arguments)
     auto* check = app.add_subcommand("check", "Check a machine file");
     check->add_option("FILE", options.file, "Machine file, or name of a machine")->required();
 
+    const FaultCommand fault{app};
+
     std::vector<std::string> words(arguments + 1, arguments + argument_count);
     options.command = cut_command(words);
     std::ranges::reverse(words);  // the order in which the parser takes them
@@ -155,6 +169,10 @@ int main_with_arguments(int argument_count, char** arguments)
         return app.exit(error) == 0 ? flush_output() : kBadUsage;
     }
 
+    if (fault.parsed()) {
+        print(fault.run());
+        return flush_output();
+    }
     const Installation installation = find_installation();
     if (machines->parsed()) {
         return print_machines(installation, options.json);
@@ -166,7 +184,7 @@ int main_with_arguments(int argument_count, char** arguments)
         return flush_output();
     }
     const Machine machine = read_machine(find_machine(options.machine, installation.machines));
-    return run_on_machine(machine, options.command, installation);
+    return run_on_machine(machine, options.command, installation, options.drivers);
 }
 
 int fail(int status, const std::exception& error)

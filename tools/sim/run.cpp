@@ -10,7 +10,7 @@
 #include "message.hpp"
 #include "run_directory.hpp"
 #include "signals.hpp"
-#include "test_bed.hpp"
+#include "simulation.hpp"
 #include "test_bed_error.hpp"
 
 #include <dlfcn.h>
@@ -50,33 +50,52 @@ void set_up_environment(Environment& environment, const TestBed& test_bed,
     if (!environment.has("PATH")) {
         environment.set("PATH", default_path());
     }
+    environment.prepend("PATH", (installation.stand_ins / "bin").native(), ':');
     environment.append("PATH", installation.programs.native(), ':');
     // The address sanitizer refuses to start behind a preload library.
     environment.append("ASAN_OPTIONS", "verify_asan_link_order=0", ':');
 }
 
-// In a process of its own. Leaves it without taking the test bed apart: its threads end with it,
-// and the starting process removes the directory.
-[[noreturn]] void serve(const Machine& machine, const std::vector<std::string>& command,
-                        const Installation& installation, const std::filesystem::path& directory,
-                        const Inheritance& inheritance)
+struct Run {
+    const Machine& machine;
+    const std::vector<std::string>& command;
+    const Installation& installation;
+    Drivers drivers;
+    const Inheritance& inheritance;
+    pid_t starter;  // the process that waits for this one
+};
+
+int run_command_on_machine(const Run& run, const std::filesystem::path& directory)
 {
-    try {
-        Environment environment{environ};
-        require_preload();
-        end_on_glib_warnings();
-        const TestBed test_bed{machine, directory};
-        set_up_environment(environment, test_bed, installation);
-        install_kernel_interfaces(machine.kernel_interfaces, installation.stand_ins,
-                                  directory / "lib", environment);
-        drop_glib_warnings();
-        _exit(run_command(command, environment, inheritance));
-    } catch (const std::exception& error) {
-        complain(error.what());
-        _exit(kNoTestBed);
-    }
+    Environment environment{environ};
+    require_preload();
+    end_on_glib_warnings();
+    Simulation simulation = simulate(run.machine, directory, run.drivers);
+    set_up_environment(environment, *simulation.test_bed, run.installation);
+    install_kernel_interfaces(run.machine.kernel_interfaces, run.installation.stand_ins,
+                              directory / "lib", environment);
+    drop_glib_warnings();
+    const int status = run_command(run.command, environment, run.inheritance, run.starter);
+    // Its threads end with this process, at once, and its files with the directory.
+    (void)simulation.test_bed.release();
+    return status;
 }
 
+// In a process of its own, and leaves it. The starting process removes the directory; if it has
+// ended before, this one does.
+[[noreturn]] void serve(const Run& run, RunDirectory& directory)
+{
+    int status = kNoTestBed;
+    try {
+        status = run_command_on_machine(run, directory.path());
+    } catch (const std::exception& error) {
+        complain(error.what());
+    }
+    if (getppid() != run.starter) {
+        directory.remove();
+    }
+    _exit(status);
+}
 }  // namespace
 
 Installation find_installation()
@@ -88,10 +107,10 @@ Installation find_installation()
 }
 
 int run_on_machine(const Machine& machine, const std::vector<std::string>& command,
-                   const Installation& installation)
+                   const Installation& installation, Drivers drivers)
 {
     const Inheritance inheritance = prepare_for_run();
-    const RunDirectory directory;
+    RunDirectory directory;
     if (const auto signal = take_pending_signal()) {
         return kSignalled + *signal;
     }
@@ -101,8 +120,8 @@ int run_on_machine(const Machine& machine, const std::vector<std::string>& comma
         throw TestBedError{fmt::format("cannot make a process: {}", std::strerror(errno))};
     }
     if (child == 0) {
-        end_with_parent(self);
-        serve(machine, command, installation, directory.path(), inheritance);
+        signal_end_of_parent();
+        serve({machine, command, installation, drivers, inheritance, self}, directory);
     }
     const int status = wait_for_child(child);
     if (WIFSIGNALED(status)) {

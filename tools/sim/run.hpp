@@ -2,6 +2,7 @@
 #pragma once
 
 #include "machine.hpp"
+#include "simulation.hpp"
 
 #include <filesystem>
 #include <string>
@@ -22,6 +23,6 @@ Installation find_installation();
 // Runs the command on the machine and returns its exit status as run_command does. Nothing that was
 // made for it is left afterwards. Throws TestBedError.
 int run_on_machine(const Machine& machine, const std::vector<std::string>& command,
-                   const Installation& installation);
+                   const Installation& installation, Drivers drivers);
 
 }  // namespace nimba::sim

@@ -3,19 +3,23 @@
 
 #include "message.hpp"
 #include "test_bed_error.hpp"
+#include "tree_removal.hpp"
 
+#include <fcntl.h>
 #include <stdlib.h>
 #include <unistd.h>
 
 #include <fmt/format.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 
 #include <cerrno>
 #include <cstring>
 #include <fstream>
-#include <string>
 #include <string_view>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 namespace nimba::sim {
@@ -23,11 +27,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr std::string_view kPrefix = "nimba-sim.";
 constexpr std::string_view kName = "/nimba-sim.XXXXXX";
+constexpr const char* kLock = "lock";
 // The longest path below it at which umockdev makes a socket.
 constexpr std::string_view kLongestSocket = "/umockdev.XXXXXX/ioctl/dev/dri/controlD127";
 constexpr std::size_t kLongestBase =
     sizeof(sockaddr_un::sun_path) - 1 - kName.size() - kLongestSocket.size();
+// A new directory may be taken for a left one before it is locked, but not so often.
+constexpr int kTries = 5;
 
 std::vector<fs::path> base_directories()
 {
@@ -39,23 +47,42 @@ std::vector<fs::path> base_directories()
     return bases;
 }
 
-// Holds no directory open while it is in another one, so that few descriptors are enough.
-void remove_tree(const fs::path& directory, std::error_code& error)
+// Opens the lock file of a run's directory and locks it. Returns no descriptor if that cannot be
+// done, as while a process of the run lives; errno tells why.
+Descriptor lock_directory(const fs::path& directory, int flags)
+{
+    Descriptor lock{
+        open((directory / kLock).c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | flags, 0600)};
+    if (lock && flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
+        return Descriptor{};
+    }
+    return lock;
+}
+
+bool is_own_directory(const fs::path& path)
+{
+    struct stat status {};
+    return lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
+           status.st_uid == geteuid();
+}
+
+// Removes the directories of runs whose processes have all been killed.
+void remove_left_directories(const fs::path& base)
 {
     std::error_code ignored;
-    fs::permissions(directory, fs::perms::owner_all, fs::perm_options::add, ignored);
-    std::vector<fs::path> entries;
-    for (const fs::directory_entry& entry : fs::directory_iterator{directory, ignored}) {
-        entries.push_back(entry.path());
-    }
-    for (const fs::path& entry : entries) {
-        if (fs::symlink_status(entry, ignored).type() == fs::file_type::directory) {
-            remove_tree(entry, ignored);
-        } else {
-            fs::remove(entry, ignored);
+    std::vector<fs::path> found;
+    for (const fs::directory_entry& entry : fs::directory_iterator{base, ignored}) {
+        if (entry.path().filename().native().starts_with(kPrefix)) {
+            found.push_back(entry.path());
         }
     }
-    fs::remove(directory, error);
+    for (const fs::path& directory : found) {
+        const Descriptor lock =
+            is_own_directory(directory) ? lock_directory(directory, 0) : Descriptor{};
+        if (lock) {
+            remove_tree(directory, ignored);
+        }
+    }
 }
 
 }  // namespace
@@ -64,14 +91,12 @@ RunDirectory::RunDirectory()
 {
     std::string problem;
     for (const fs::path& base : base_directories()) {
-        std::string name = base.native() + std::string{kName};
-        if (mkdtemp(name.data()) == nullptr) {
-            problem = fmt::format("cannot make the directory {}: {}", name, std::strerror(errno));
+        remove_left_directories(base);
+        if (!make_in(base, problem)) {
             continue;
         }
-        path_ = name;
         if (base.native().size() > kLongestBase) {
-            rmdir(name.c_str());
+            remove();
             throw TestBedError{fmt::format(
                 "{}: too long a path for the sockets of a run; set TMPDIR to one of {} bytes at "
                 "most",
@@ -82,7 +107,28 @@ RunDirectory::RunDirectory()
     throw TestBedError{problem};
 }
 
-RunDirectory::~RunDirectory()
+bool RunDirectory::make_in(const fs::path& base, std::string& problem)
+{
+    for (int i = 0; i < kTries; ++i) {
+        std::string name = base.native() + std::string{kName};
+        if (mkdtemp(name.data()) == nullptr) {
+            problem = fmt::format("cannot make the directory {}: {}", name, std::strerror(errno));
+            return false;
+        }
+        lock_ = lock_directory(name, O_CREAT);
+        const int error = errno;
+        if (lock_ && access((fs::path{name} / kLock).c_str(), F_OK) == 0) {
+            path_ = name;
+            return true;
+        }
+        problem = fmt::format("cannot lock the directory {}: {}", name, std::strerror(error));
+        std::error_code ignored;
+        remove_tree(name, ignored);
+    }
+    return false;
+}
+
+void RunDirectory::remove()
 {
     std::error_code error;
     remove_tree(path_, error);

@@ -71,17 +71,25 @@ std::optional<int> take_pending_signal()
     return std::nullopt;
 }
 
-int wait_for_child(pid_t child)
+int wait_for_child(pid_t child, std::optional<pid_t> parent)
 {
     const sigset_t held = held_signals();
     std::optional<int> status;
     while (!(status = collect(child))) {
+        if (parent && getppid() != *parent) {
+            kill(child, SIGKILL);
+        }
         siginfo_t info{};
         if (sigwaitinfo(&held, &info) > 0 && !is_own(info) && !is_of_terminal(info)) {
             kill(child, info.si_signo);
         }
     }
     return *status;
+}
+
+void signal_end_of_parent()
+{
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
 }
 
 void end_with_parent(pid_t parent)

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "test_bed.hpp"
 
+#include "driver/live_driver.hpp"
+#include "driver/snapshot.hpp"
 #include "glib.hpp"
 #include "run_directory.hpp"
 #include "sysfs_text.hpp"
@@ -11,6 +13,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <chrono>
 #include <fstream>
 #include <functional>
 #include <string_view>
@@ -19,6 +22,8 @@ namespace nimba::sim {
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr const char* kDebugRoot = "sys/kernel/debug";
 
 // A device with its place in /sys and its description there.
 struct DrmParent {
@@ -74,7 +79,7 @@ void TestBedRemoval::operator()(UMockdevTestbed* test_bed) const
     g_object_unref(test_bed);
 }
 
-TestBed::TestBed(const Machine& machine, const fs::path& directory)
+TestBed::TestBed(const Machine& machine, const fs::path& directory, DebugFiles debug_files)
     : test_bed_{make_test_bed(directory)}, root_{root_of(test_bed_.get())}
 {
     // It is there without any device, too, so that the real machine's devices do not show.
@@ -82,6 +87,11 @@ TestBed::TestBed(const Machine& machine, const fs::path& directory)
     add_drm_devices(machine);
     for (const Adapter& adapter : machine.adapters) {
         add_directories(adapter);
+    }
+    if (debug_files == DebugFiles::kServed) {
+        fs::create_directories(root_ / kDebugRoot);
+    } else {
+        add_debug_files(machine);
     }
     for (const Process& process : machine.processes) {
         add_process(process);
@@ -134,27 +144,47 @@ void TestBed::add_directories(const Adapter& adapter)
 {
     const std::string pci = pci_device_path(adapter.pci.address);
     const auto place = [&](NodeDirectory directory) -> fs::path {
-        switch (directory) {
-            case NodeDirectory::kDebug:
-                return root_ / fmt::format("sys/kernel/debug/dri/{}/{}", adapter.drm.card,
-                                           adapter.driver_dir);
-            case NodeDirectory::kInfo:
-                return root_ / fmt::format("sys{}/{}_info", pci, adapter.driver_dir);
-            case NodeDirectory::kHwmon:
-                break;
-        }
-        return root_ / fmt::format("sys{}/hwmon/hwmon{}", pci, adapter.drm.card);
+        return root_ / (directory == NodeDirectory::kInfo
+                            ? fmt::format("sys{}/{}_info", pci, adapter.driver_dir)
+                            : fmt::format("sys{}/hwmon/hwmon{}", pci, adapter.drm.card));
     };
     for (const auto& [directory, nodes] : adapter.directories) {
-        for (const auto& [path, text] : nodes) {
-            write_file(place(directory) / path, text);
+        if (directory != NodeDirectory::kDebug) {
+            for (const auto& [path, text] : nodes) {
+                write_file(place(directory) / path, text);
+            }
         }
     }
     auto unreadable_places = adapter.unreadable;
     // Nodes before their directories, through which they are reached.
     std::ranges::sort(unreadable_places, std::ranges::greater{}, &NodePlace::path);
     for (const NodePlace& unreadable : unreadable_places) {
-        fs::permissions(place(unreadable.directory) / unreadable.path, fs::perms::none);
+        if (unreadable.directory != NodeDirectory::kDebug) {
+            fs::permissions(place(unreadable.directory) / unreadable.path, fs::perms::none);
+        }
+    }
+}
+
+// Made in an order that lists them as the driver does, if the file system keeps one.
+void TestBed::add_debug_files(const Machine& machine)
+{
+    LiveDriver driver{machine, [] { return std::chrono::nanoseconds{0}; }};
+    auto nodes = take_snapshot(driver);
+    if (lists_newest_first(root_)) {
+        std::ranges::reverse(nodes);
+    }
+    const fs::path root = root_ / kDebugRoot;
+    for (const SnapshotNode& node : nodes) {
+        if (node.attributes.directory) {
+            fs::create_directories(root / node.path);
+        } else {
+            write_file(root / node.path, node.text);
+        }
+    }
+    // What is in a directory has a longer path than the directory, through which it is reached.
+    std::ranges::sort(nodes, std::ranges::greater{}, &SnapshotNode::path);
+    for (const SnapshotNode& node : nodes) {
+        fs::permissions(root / node.path, fs::perms{node.attributes.mode});
     }
 }
 
@@ -165,7 +195,9 @@ void TestBed::add_process(const Process& process)
         command_line += argument;
         command_line += '\0';
     }
-    write_file(root_ / fmt::format("proc/{}/cmdline", process.pid), command_line);
+    const fs::path directory = root_ / fmt::format("proc/{}", process.pid);
+    write_file(directory / "cmdline", command_line);
+    write_file(directory / "comm", process.comm + "\n");
 }
 
 }  // namespace nimba::sim

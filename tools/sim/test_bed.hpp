@@ -19,13 +19,19 @@ struct TestBedRemoval {
     void operator()(UMockdevTestbed* test_bed) const;
 };
 
+// How a run gets what the drivers show in /sys/kernel/debug: as plain files, which show the
+// machine's first moment for ever, or by what is mounted there, for which an empty directory is
+// made.
+enum class DebugFiles { kPlain, kServed };
+
 // The files and device nodes of a machine, for processes that run with umockdev's preload library
 // and with UMOCKDEV_DIR set to root(). The drivers behind the nodes run in a thread of this
 // process, which starts here: block the signals that the process waits for before.
 class TestBed {
   public:
     // Builds the machine inside `directory`. Throws TestBedError.
-    TestBed(const Machine& machine, const std::filesystem::path& directory);
+    TestBed(const Machine& machine, const std::filesystem::path& directory,
+            DebugFiles debug_files = DebugFiles::kPlain);
 
     const std::filesystem::path& root() const { return root_; }
 
@@ -35,6 +41,7 @@ class TestBed {
                       const DrmDriver& driver);
     void add_description(const std::string& description);
     void add_directories(const Adapter& adapter);
+    void add_debug_files(const Machine& machine);
     void add_process(const Process& process);
 
     std::vector<std::unique_ptr<DrmDriver>> drivers_;  // in use until the test bed is gone

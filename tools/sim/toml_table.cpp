@@ -102,8 +102,9 @@ std::string TableReader::full_key(std::string_view key) const
 void TableReader::fail(const toml::node& place, const std::string& full_key,
                        const std::string& problem) const
 {
-    throw MachineFileError{
-        fmt::format("{}:{}: key '{}': {}", file_, place.source().begin.line, full_key, problem)};
+    const auto line = place.source().begin.line;  // 0: of a table that was not read from a file
+    throw MachineFileError{fmt::format(
+        "{}{}: key '{}': {}", file_, line == 0 ? "" : fmt::format(":{}", line), full_key, problem)};
 }
 
 void TableReader::fail_expected(const toml::node& value, const std::string& full_key,
@@ -171,6 +172,37 @@ int64_t TableReader::integer_or(std::string_view key, int64_t least, int64_t gre
     return has(key) ? integer(key, least, greatest) : fallback;
 }
 
+std::variant<int64_t, std::string> TableReader::integer_or_text(std::string_view key, int64_t least,
+                                                                int64_t greatest) const
+{
+    if (const auto* text = find<std::string>(key)) {
+        return text->get();
+    }
+    const auto* number = find<int64_t>(key);
+    if (number == nullptr || number->get() < least || number->get() > greatest) {
+        reject(key, fmt::format("a whole number from {} to {}, or a text", least, greatest));
+    }
+    return number->get();
+}
+
+std::vector<int64_t> TableReader::integers(std::string_view key, int64_t least,
+                                           int64_t greatest) const
+{
+    const auto* list = find<toml::array>(key);
+    if (list == nullptr) {
+        reject(key, "a list of numbers");
+    }
+    std::vector<int64_t> numbers;
+    for (std::size_t index = 0; index < list->size(); ++index) {
+        const auto* number = list->at(index).as_integer();
+        if (number == nullptr || number->get() < least || number->get() > greatest) {
+            reject_item(key, index, fmt::format("a whole number from {} to {}", least, greatest));
+        }
+        numbers.push_back(number->get());
+    }
+    return numbers;
+}
+
 bool TableReader::flag_or(std::string_view key, bool fallback) const
 {
     if (!has(key)) {
@@ -232,6 +264,19 @@ std::optional<TableReader::Texts> TableReader::texts_by_name_or(std::string_view
         texts.emplace(name.str(), text->get());
     }
     return texts;
+}
+
+std::optional<TableReader> TableReader::table(std::string_view key,
+                                              std::span<const std::string_view> known_keys) const
+{
+    if (!has(key)) {
+        return std::nullopt;
+    }
+    const auto* table = find<toml::table>(key);
+    if (table == nullptr) {
+        reject(key, "a table");
+    }
+    return TableReader{*table, full_key(key), file_, known_keys};
 }
 
 std::vector<TableReader> TableReader::tables(std::string_view key,

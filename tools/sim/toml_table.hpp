@@ -11,6 +11,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 namespace nimba::sim {
@@ -33,6 +34,13 @@ class TableReader {
     int64_t integer(std::string_view key, int64_t least, int64_t greatest) const;
     int64_t integer_or(std::string_view key, int64_t least, int64_t greatest,
                        int64_t fallback) const;
+    // A number in that range, or a text, which may be empty.
+    std::variant<int64_t, std::string> integer_or_text(std::string_view key, int64_t least,
+                                                       int64_t greatest) const;
+
+    // The numbers of a list.
+    std::vector<int64_t> integers(std::string_view key, int64_t least, int64_t greatest) const;
+
     bool flag_or(std::string_view key, bool fallback) const;
 
     // The text of `key`, which must be one of `choices`.
@@ -48,6 +56,10 @@ class TableReader {
     // The tables of a list, each of which may hold `known_keys`; none if the key is missing.
     std::vector<TableReader> tables(std::string_view key,
                                     std::span<const std::string_view> known_keys) const;
+
+    // The table of `key`, which may hold `known_keys`; nothing if it is missing.
+    std::optional<TableReader> table(std::string_view key,
+                                     std::span<const std::string_view> known_keys) const;
 
     const std::string& path() const { return path_; }
 

@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "allocation_source_reader.hpp"
+#include "toml_table.hpp"
+#include "video_memory.hpp"
+
+#include <vector>
+
+namespace nimba::sim {
+
+// Reads the [[adapter.allocation]] tables of an adapter.
+std::vector<Allocation> read_allocations(const TableReader& adapter, const AllocationParts& parts);
+
+}  // namespace nimba::sim

@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: MIT
+#include "driver/allocations.hpp"
+
+#include "driver/allocation_text.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <set>
+
+namespace nimba::sim {
+namespace {
+
+constexpr int64_t kPage = 4096;
+
+// Handles that allocations of the machine file have.
+std::set<int64_t> fixed_handles(const VideoMemory& description)
+{
+    std::set<int64_t> handles;
+    for (const Allocation& allocation : description.allocations) {
+        handles.insert(allocation.values.number(AllocationKey::kHandle));
+    }
+    return handles;
+}
+
+uint64_t first_entry(const VideoMemory& description)
+{
+    int64_t greatest = 0;
+    for (const Allocation& allocation : description.allocations) {
+        greatest = std::max(greatest, allocation.entry);
+    }
+    return static_cast<uint64_t>(greatest) + 1;
+}
+
+// How many events fall into a tick, so that after each second it is `per_second` of them.
+uint64_t due(uint64_t per_second, uint64_t tick)
+{
+    return per_second * tick / Allocations::kTicksPerSecond -
+           per_second * (tick - 1) / Allocations::kTicksPerSecond;
+}
+
+}  // namespace
+
+Allocations::Draw::Draw(const AllocationSource& source, const std::vector<AllocationShape>& shapes)
+    : source_{&source}, shapes_{&shapes}, random_{source.seed}
+{
+    uint64_t sum = 0;
+    for (const std::size_t shape : source.shapes) {
+        sum += shapes[shape].weight;
+        weight_sums_.push_back(sum);
+    }
+}
+
+Allocations::Live Allocations::Draw::next()
+{
+    const auto shape = std::ranges::upper_bound(weight_sums_, random_() % weight_sums_.back()) -
+                       weight_sums_.begin();
+    const int64_t device = source_->devices[random_() % source_->devices.size()];
+    const int64_t segment = source_->segments[random_() % source_->segments.size()];
+    return {&(*shapes_)[source_->shapes[static_cast<std::size_t>(shape)]], 0, device, segment, 0};
+}
+
+Allocations::Allocations(const VideoMemory& description, bool va_driver)
+    : description_{&description},
+      va_driver_{va_driver},
+      handles_{fixed_handles(description)},
+      changes_{description.change.source, description.shapes},
+      choice_{~description.change.source.seed},
+      next_entry_{first_entry(description)}
+{
+    for (const AllocationLeak& leak : description.leaks) {
+        leaks_.emplace_back(leak.source, description.shapes);
+    }
+    Draw generated{description.generated.source, description.shapes};
+    for (uint64_t count = 0; count < description.generated.count; ++count) {
+        mortal_.push_back(add(generated));
+    }
+}
+
+uint64_t Allocations::add(Draw& draw)
+{
+    Live allocation = draw.next();
+    allocation.handle = handles_.take();
+    allocation.address = next_address_;
+    const int64_t size = allocation.shape->values.number(AllocationKey::kSize);
+    next_address_ += (size / kPage + 1) * kPage;
+    live_.emplace_hint(live_.end(), next_entry_, allocation);
+    return next_entry_++;
+}
+
+void Allocations::remove_any()
+{
+    uint64_t& chosen = mortal_[choice_() % mortal_.size()];
+    const auto allocation = live_.find(chosen);
+    handles_.give_back(allocation->second.handle);
+    live_.erase(allocation);
+    chosen = mortal_.back();
+    mortal_.pop_back();
+}
+
+void Allocations::tick()
+{
+    ++ticks_;
+    const AllocationChange& change = description_->change;
+    for (uint64_t left = due(change.vanish, ticks_); left > 0 && !mortal_.empty(); --left) {
+        remove_any();
+    }
+    for (uint64_t left = due(change.appear, ticks_); left > 0 && mortal_.size() < change.live;
+         --left) {
+        mortal_.push_back(add(changes_));
+    }
+    for (std::size_t index = 0; index < leaks_.size(); ++index) {
+        for (uint64_t left = due(description_->leaks[index].per_second, ticks_); left > 0; --left) {
+            add(leaks_[index]);
+        }
+    }
+}
+
+void Allocations::advance_to(uint64_t ticks)
+{
+    while (ticks_ < ticks) {
+        tick();
+    }
+}
+
+std::vector<std::string> Allocations::list() const
+{
+    std::vector<std::string> entries;
+    entries.reserve(live_.size());
+    for (const auto& [entry, allocation] : live_) {
+        entries.push_back(fmt::format_int{entry}.str());
+    }
+    return entries;
+}
+
+const Allocations::Live* Allocations::find(const std::string& entry) const
+{
+    uint64_t number = 0;
+    const auto [end, error] = std::from_chars(entry.data(), entry.data() + entry.size(), number);
+    if (error != std::errc{} || end != entry.data() + entry.size() || entry.front() == '0') {
+        return nullptr;
+    }
+    const auto allocation = live_.find(number);
+    return allocation == live_.end() ? nullptr : &allocation->second;
+}
+
+std::optional<std::string> Allocations::info(const std::string& entry) const
+{
+    const Live* live = find(entry);
+    if (live == nullptr) {
+        return std::nullopt;
+    }
+    return allocation_text(live->shape->values,
+                           {live->handle, live->device, live->segment, live->address}, va_driver_);
+}
+
+}  // namespace nimba::sim

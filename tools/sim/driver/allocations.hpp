@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "driver/handles.hpp"
+#include "video_memory.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace nimba::sim {
+
+// The allocations of one adapter that the simulation makes, over time. What there is depends on the
+// description, its seeds and the number of ticks gone by alone. An allocation's entry is a number
+// that no other one ever has; its handle is given out again when it is gone.
+class Allocations {
+  public:
+    static constexpr uint64_t kTicksPerSecond = 100;
+
+    // `description` outlives this object.
+    Allocations(const VideoMemory& description, bool va_driver);
+
+    // Makes `ticks`, counted from the beginning, go by. A number that is lower than before changes
+    // nothing.
+    void advance_to(uint64_t ticks);
+
+    // The entries, in listing order: in the order in which they came.
+    std::vector<std::string> list() const;
+
+    bool contains(const std::string& entry) const { return find(entry) != nullptr; }
+
+    // The text of an allocation's info node.
+    std::optional<std::string> info(const std::string& entry) const;
+
+  private:
+    struct Live {
+        const AllocationShape* shape;
+        int64_t handle;
+        int64_t device;
+        int64_t segment;
+        int64_t address;
+    };
+
+    // Draws one allocation after the other from a source.
+    class Draw {
+      public:
+        Draw(const AllocationSource& source, const std::vector<AllocationShape>& shapes);
+        Live next();
+
+      private:
+        const AllocationSource* source_;
+        const std::vector<AllocationShape>* shapes_;
+        std::vector<uint64_t> weight_sums_;
+        std::mt19937_64 random_;
+    };
+
+    const Live* find(const std::string& entry) const;
+    uint64_t add(Draw& draw);  // returns the entry
+    void remove_any();
+    void tick();
+
+    const VideoMemory* description_;
+    bool va_driver_;
+    Handles handles_;
+    Draw changes_;
+    std::vector<Draw> leaks_;
+    std::mt19937_64 choice_;  // of those that go
+    std::map<uint64_t, Live> live_;
+    std::vector<uint64_t> mortal_;  // entries of those that can go
+    uint64_t next_entry_ = 0;
+    int64_t next_address_ = int64_t{1} << 40U;
+    uint64_t ticks_ = 0;
+};
+
+}  // namespace nimba::sim

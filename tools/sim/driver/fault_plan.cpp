@@ -1,0 +1,268 @@
+// SPDX-License-Identifier: MIT
+#include "driver/fault_plan.hpp"
+
+#include <algorithm>
+#include <charconv>
+#include <random>
+#include <string_view>
+#include <utility>
+
+namespace nimba::sim {
+namespace {
+
+using Components = std::vector<std::string>;
+
+Components split(std::string_view path)
+{
+    Components components;
+    while (!path.empty()) {
+        const auto length = std::min(path.find('/'), path.size());
+        components.emplace_back(path.substr(0, length));
+        path.remove_prefix(std::min(length + 1, path.size()));
+    }
+    return components;
+}
+
+// A path as one of an adapter: "dri/CARD/DRIVER/..." and the directory "dri/CARD" above.
+struct AdapterPath {
+    int card = -1;            // negative: of no adapter
+    bool in_driver = false;   // in the driver's directory, or that directory
+    Components components{};  // in the driver's directory
+};
+
+AdapterPath parse(const std::string& path)
+{
+    const Components all = split(path);
+    AdapterPath result;
+    if (all.size() < 2 || all[0] != "dri") {
+        return result;
+    }
+    const char* const end = all[1].data() + all[1].size();
+    if (std::from_chars(all[1].data(), end, result.card).ptr != end) {
+        result.card = -1;
+    } else if (all.size() > 2) {
+        result.in_driver = true;
+        result.components.assign(all.begin() + 3, all.end());
+    }
+    return result;
+}
+
+bool fits(const std::optional<int>& card, const AdapterPath& path)
+{
+    return path.card >= 0 && (!card || *card == path.card);
+}
+
+// Whether the path, or a directory above it, is what the pattern means.
+bool starts_with(const Components& path, const Components& pattern)
+{
+    return path.size() >= pattern.size() &&
+           std::equal(pattern.begin(), pattern.end(), path.begin(),
+                      [](const std::string& wanted, const std::string& component) {
+                          return wanted == "*" || wanted == component;
+                      });
+}
+
+bool is_for(FaultKind kind, bool directory)
+{
+    switch (kind) {
+        case FaultKind::kOpen:
+        case FaultKind::kBlock:
+            return true;
+        case FaultKind::kRead:
+        case FaultKind::kShort:
+        case FaultKind::kGarbage:
+            return !directory;
+        case FaultKind::kList:
+            return directory;
+        case FaultKind::kVanish:
+        case FaultKind::kGone:
+            break;
+    }
+    return false;
+}
+
+template <typename Period>
+bool is_on(const Period& period, FaultPlan::Time now)
+{
+    return period.begin <= now && (!period.end || now < *period.end);
+}
+
+// The same bytes for the same seed and path, every time. One in eight is a null, one a newline.
+std::string garbage(uint64_t seed, const std::string& path, uint64_t length)
+{
+    std::vector<uint64_t> seeds{seed & 0xFFFFFFFF, seed >> 32};
+    for (const char letter : path) {
+        seeds.push_back(static_cast<unsigned char>(letter));
+    }
+    std::seed_seq sequence(seeds.begin(), seeds.end());
+    std::mt19937 generator{sequence};
+    std::string bytes;
+    while (bytes.size() < length) {
+        const auto number = generator();
+        switch (number >> 29) {
+            case 0:
+                bytes += '\0';
+                break;
+            case 1:
+                bytes += '\n';
+                break;
+            default:
+                bytes += static_cast<char>(number & 0xFF);
+        }
+    }
+    return bytes;
+}
+
+// Adds the effect of a fault, unless an earlier one has it.
+void apply(const Fault& fault, const std::string& path, OpeningFaults& faults)
+{
+    switch (fault.kind) {
+        case FaultKind::kOpen:
+            faults.open_error = faults.open_error == 0 ? fault.error : faults.open_error;
+            break;
+        case FaultKind::kRead:
+            if (!faults.fails_behind) {
+                faults.fails_behind = fault.bytes;
+                faults.read_error = fault.error;
+            }
+            break;
+        case FaultKind::kShort:
+            faults.longest_read = faults.longest_read.value_or(fault.bytes);
+            break;
+        case FaultKind::kBlock:
+            faults.pause = faults.pause.count() == 0 ? fault.length : faults.pause;
+            break;
+        case FaultKind::kGarbage:
+            if (!faults.garbage) {
+                faults.garbage = garbage(fault.seed, path, fault.bytes);
+            }
+            break;
+        case FaultKind::kList:
+            if (!faults.listing_fails) {
+                faults.listing_fails = true;
+                faults.entries = fault.entries;
+                faults.list_error = fault.error;
+            }
+            break;
+        case FaultKind::kVanish:
+        case FaultKind::kGone:
+            break;
+    }
+}
+
+}  // namespace
+
+FaultPlan::FaultPlan(Clock clock) : clock_{std::move(clock)} {}
+
+FaultPlan::Time FaultPlan::monotonic_time()
+{
+    return std::chrono::steady_clock::now().time_since_epoch();
+}
+
+void FaultPlan::add(const Fault& fault)
+{
+    const Time begin = now() + fault.after;
+    const auto end = fault.duration ? std::optional<Time>{begin + *fault.duration} : std::nullopt;
+    const std::scoped_lock lock{mutex_};
+    active_.push_back({fault, split(fault.path), begin, end});
+    if (fault.kind == FaultKind::kGone) {
+        absences_.push_back({fault.card, begin, end});
+    }
+    any_ = true;
+}
+
+void FaultPlan::clear()
+{
+    const Time time = now();
+    const std::scoped_lock lock{mutex_};
+    active_.clear();
+    std::erase_if(absences_, [=](const Absence& absence) { return absence.begin > time; });
+    for (Absence& absence : absences_) {
+        absence.end = std::min(absence.end.value_or(time), time);
+    }
+    any_ = !absences_.empty();
+}
+
+std::vector<Fault> FaultPlan::faults()
+{
+    const Time time = now();
+    std::vector<Fault> faults;
+    const std::scoped_lock lock{mutex_};
+    for (const Active& active : active_) {
+        const bool is_used_up =
+            active.fault.times == FaultTimes::kFirst && active.openings >= active.fault.count;
+        const bool is_over = active.end && *active.end <= time;
+        if (!is_used_up && !is_over) {
+            faults.push_back(active.fault);
+        }
+    }
+    return faults;
+}
+
+bool FaultPlan::hides(const std::string& path)
+{
+    if (!any_) {
+        return false;
+    }
+    const AdapterPath place = parse(path);
+    const Time time = now();
+    const std::scoped_lock lock{mutex_};
+    const auto is_gone = [&](const Absence& absence) {
+        return is_on(absence, time) && fits(absence.card, place);
+    };
+    const auto is_vanished = [&](const Active& active) {
+        return active.fault.kind == FaultKind::kVanish && is_on(active, time) && place.in_driver &&
+               fits(active.fault.card, place) && starts_with(place.components, active.pattern);
+    };
+    return std::ranges::any_of(absences_, is_gone) || std::ranges::any_of(active_, is_vanished);
+}
+
+// Counts the opening.
+bool FaultPlan::is_due(Active& active)
+{
+    ++active.openings;
+    switch (active.fault.times) {
+        case FaultTimes::kFirst:
+            return active.openings <= active.fault.count;
+        case FaultTimes::kEvery:
+            return active.openings % active.fault.count == 0;
+        case FaultTimes::kAlways:
+            break;
+    }
+    return true;
+}
+
+OpeningFaults FaultPlan::open(const std::string& path, bool directory)
+{
+    OpeningFaults faults;
+    if (!any_) {
+        return faults;
+    }
+    const AdapterPath place = parse(path);
+    const Time time = now();
+    const std::scoped_lock lock{mutex_};
+    for (Active& active : active_) {
+        const Fault& fault = active.fault;
+        if (is_for(fault.kind, directory) && is_on(active, time) && place.in_driver &&
+            fits(fault.card, place) && place.components.size() == active.pattern.size() &&
+            starts_with(place.components, active.pattern) && is_due(active)) {
+            apply(fault, path, faults);
+        }
+    }
+    return faults;
+}
+
+bool FaultPlan::is_dead(const std::string& path, Time opened)
+{
+    if (!any_) {
+        return false;
+    }
+    const AdapterPath place = parse(path);
+    const Time time = now();
+    const std::scoped_lock lock{mutex_};
+    return std::ranges::any_of(absences_, [&](const Absence& absence) {
+        return absence.begin > opened && absence.begin <= time && fits(absence.card, place);
+    });
+}
+
+}  // namespace nimba::sim

@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "driver/fault.hpp"
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace nimba::sim {
+
+// What befalls one opening of a node.
+struct OpeningFaults {
+    int open_error = 0;  // 0: it opens
+    std::optional<std::string> garbage;
+    std::optional<uint64_t> longest_read;
+    std::optional<uint64_t> fails_behind;  // bytes of a file
+    int read_error = 0;
+    bool listing_fails = false;
+    std::optional<uint64_t> entries;  // of a listing that fails; none: half of them
+    int list_error = 0;
+    std::chrono::milliseconds pause{0};  // of the first read
+};
+
+// The faults that are switched on. Where several fit a node, each has its effect; of one kind the
+// earliest that befalls it. Paths are those of a NodeSource. Every member may be called from
+// several threads at once.
+class FaultPlan {
+  public:
+    using Time = std::chrono::nanoseconds;
+    // Tells the time since some moment; never goes back.
+    using Clock = std::function<Time()>;
+
+    explicit FaultPlan(Clock clock = monotonic_time);
+
+    void add(const Fault& fault);
+
+    // Switches everything off; a driver that was gone comes back.
+    void clear();
+
+    // Those that can still befall a node, in the order in which they were switched on.
+    std::vector<Fault> faults();
+
+    // Whether the node is not there.
+    bool hides(const std::string& path);
+
+    // Counts as one opening.
+    OpeningFaults open(const std::string& path, bool directory);
+
+    // Whether the driver has gone away since `opened`, back now or not.
+    bool is_dead(const std::string& path, Time opened);
+
+    Time now() const { return clock_(); }
+
+    static Time monotonic_time();
+
+  private:
+    struct Active {
+        Fault fault;
+        std::vector<std::string> pattern;
+        Time begin;
+        std::optional<Time> end;
+        uint64_t openings = 0;  // that the fault fits
+    };
+
+    // A time without a driver. Remembered for what was open when it began.
+    struct Absence {
+        std::optional<int> card;
+        Time begin;
+        std::optional<Time> end;
+    };
+
+    static bool is_due(Active& active);
+
+    const Clock clock_;
+    std::atomic<bool> any_ = false;  // whether there is anything in what follows
+    std::mutex mutex_;               // guards what follows
+    std::vector<Active> active_;
+    std::vector<Absence> absences_;
+};
+
+}  // namespace nimba::sim

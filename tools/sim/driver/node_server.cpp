@@ -1,0 +1,326 @@
+// SPDX-License-Identifier: MIT
+#include "driver/node_server.hpp"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <exception>
+#include <functional>
+#include <utility>
+
+namespace nimba::sim {
+namespace {
+
+// Calls the member for the request's server. libfuse cannot be left with an exception.
+template <auto member>
+struct Call;
+
+template <typename... Arguments, void (NodeServer::*member)(fuse_req_t, Arguments...)>
+struct Call<member> {
+    static void answer(fuse_req_t request, Arguments... arguments)
+    {
+        try {
+            (static_cast<NodeServer*>(fuse_req_userdata(request))->*member)(request, arguments...);
+        } catch (const std::exception&) {
+            fuse_reply_err(request, EIO);
+        }
+    }
+};
+
+// Nothing can be made, moved or removed in debugfs, be it by root.
+constexpr auto refuse = [](fuse_req_t request, auto...) { fuse_reply_err(request, EPERM); };
+
+void begin_session(void* /*server*/, fuse_conn_info* connection)
+{
+    // Texts are short: pipes for each thread would cost more than they save.
+    connection->want &=
+        ~static_cast<unsigned>(FUSE_CAP_SPLICE_READ | FUSE_CAP_SPLICE_WRITE | FUSE_CAP_SPLICE_MOVE);
+}
+
+std::string child_path(const std::string& directory, const std::string& name)
+{
+    return directory.empty() ? name : directory + "/" + name;
+}
+
+}  // namespace
+
+fuse_lowlevel_ops NodeServer::operations()
+{
+    fuse_lowlevel_ops operations{};
+    operations.init = begin_session;
+    operations.lookup = Call<&NodeServer::look_up>::answer;
+    operations.forget = Call<&NodeServer::forget>::answer;
+    operations.forget_multi = Call<&NodeServer::forget_many>::answer;
+    operations.getattr = Call<&NodeServer::get_attributes>::answer;
+    operations.setattr = Call<&NodeServer::set_attributes>::answer;
+    operations.open = Call<&NodeServer::open>::answer;
+    operations.read = Call<&NodeServer::read>::answer;
+    operations.write = Call<&NodeServer::write>::answer;
+    operations.release = Call<&NodeServer::release>::answer;
+    operations.opendir = Call<&NodeServer::open_directory>::answer;
+    operations.readdir = Call<&NodeServer::read_directory>::answer;
+    operations.releasedir = Call<&NodeServer::release>::answer;
+    operations.mknod = refuse;
+    operations.mkdir = refuse;
+    operations.create = refuse;
+    operations.symlink = refuse;
+    operations.link = refuse;
+    operations.rename = refuse;
+    operations.unlink = refuse;
+    operations.rmdir = refuse;
+    return operations;
+}
+
+struct stat NodeServer::status_of(const std::string& path, NodeAttributes attributes) const
+{
+    struct stat status {};
+    status.st_ino = std::hash<std::string>{}(path);
+    status.st_mode =
+        attributes.mode | static_cast<mode_t>(attributes.directory ? S_IFDIR : S_IFREG);
+    status.st_nlink = attributes.directory ? 2 : 1;
+    status.st_uid = user_;
+    status.st_gid = group_;
+    status.st_atim.tv_sec = status.st_mtim.tv_sec = status.st_ctim.tv_sec = made_;
+    return status;
+}
+
+std::optional<NodeAttributes> NodeServer::find(const std::string& path)
+{
+    return faults_.hides(path) ? std::nullopt : source_.look_up(path);
+}
+
+void NodeServer::look_up(fuse_req_t request, fuse_ino_t parent, const char* name)
+{
+    const std::string path = child_path(nodes_.node(parent).path, name);
+    const auto attributes = find(path);
+    if (!attributes) {
+        fuse_reply_err(request, ENOENT);
+        return;
+    }
+    fuse_entry_param entry{};
+    entry.ino = nodes_.add({path, *attributes});
+    entry.attr = status_of(path, *attributes);
+    if (fuse_reply_entry(request, &entry) == -ENOENT) {  // the caller was interrupted
+        nodes_.forget(entry.ino, 1);
+    }
+}
+
+void NodeServer::forget(fuse_req_t request, fuse_ino_t number, uint64_t times)
+{
+    nodes_.forget(number, times);
+    fuse_reply_none(request);
+}
+
+void NodeServer::forget_many(fuse_req_t request, std::size_t count, fuse_forget_data* list)
+{
+    for (std::size_t i = 0; i < count; ++i) {
+        nodes_.forget(list[i].ino, list[i].nlookup);
+    }
+    fuse_reply_none(request);
+}
+
+// A node that is gone, but open somewhere, keeps its last attributes.
+void NodeServer::get_attributes(fuse_req_t request, fuse_ino_t number, fuse_file_info* /*file*/)
+{
+    NodeTable::Node node = nodes_.node(number);
+    const auto attributes = find(node.path);
+    if (attributes && attributes->directory == node.attributes.directory) {
+        node.attributes = *attributes;
+        nodes_.set_attributes(number, *attributes);
+    }
+    const struct stat status = status_of(node.path, node.attributes);
+    fuse_reply_attr(request, &status, 0);
+}
+
+// A shell cuts a file to no bytes before it writes there; drivers take no notice.
+void NodeServer::set_attributes(fuse_req_t request, fuse_ino_t number, struct stat* /*attributes*/,
+                                int which, fuse_file_info* file)
+{
+    constexpr int kHarmless = FUSE_SET_ATTR_SIZE | FUSE_SET_ATTR_ATIME | FUSE_SET_ATTR_MTIME |
+                              FUSE_SET_ATTR_ATIME_NOW | FUSE_SET_ATTR_MTIME_NOW |
+                              FUSE_SET_ATTR_CTIME;
+    if ((which & ~kHarmless) != 0) {
+        fuse_reply_err(request, EPERM);
+        return;
+    }
+    get_attributes(request, number, file);
+}
+
+std::shared_ptr<NodeServer::Opening> NodeServer::opening(const fuse_file_info* file)
+{
+    const std::scoped_lock lock{mutex_};
+    return openings_.at(file->fh);
+}
+
+void NodeServer::answer_opened(fuse_req_t request, fuse_file_info* file,
+                               std::shared_ptr<Opening> opening)
+{
+    {
+        const std::scoped_lock lock{mutex_};
+        file->fh = ++last_handle_;
+        openings_.emplace(file->fh, std::move(opening));
+    }
+    const uint64_t handle = file->fh;
+    if (fuse_reply_open(request, file) == -ENOENT) {  // the caller was interrupted
+        const std::scoped_lock lock{mutex_};
+        openings_.erase(handle);
+    }
+}
+
+void NodeServer::open(fuse_req_t request, fuse_ino_t number, fuse_file_info* file)
+{
+    auto opening = std::make_shared<Opening>();
+    opening->path = nodes_.node(number).path;
+    opening->time = faults_.now();
+    opening->faults = faults_.open(opening->path, false);
+    if (opening->faults.open_error != 0) {
+        fuse_reply_err(request, opening->faults.open_error);
+        return;
+    }
+    auto text = faults_.hides(opening->path) ? std::nullopt : source_.read(opening->path);
+    if (!text) {
+        fuse_reply_err(request, ENOENT);
+        return;
+    }
+    opening->text = std::move(opening->faults.garbage).value_or(std::move(*text));
+    file->direct_io = 1;
+    answer_opened(request, file, std::move(opening));
+}
+
+// Returns 0, or the error with which reading fails.
+int NodeServer::start_reading(fuse_req_t request, Opening& opening)
+{
+    if (!opening.was_read.exchange(true) && opening.faults.pause.count() != 0 &&
+        !pauses_.wait(request, opening.faults.pause)) {
+        return EINTR;
+    }
+    return faults_.is_dead(opening.path, opening.time) ? ENODEV : 0;
+}
+
+void NodeServer::read(fuse_req_t request, fuse_ino_t /*number*/, std::size_t size, off_t offset,
+                      fuse_file_info* file)
+{
+    const auto file_opening = opening(file);
+    const OpeningFaults& faults = file_opening->faults;
+    const auto begin = static_cast<std::size_t>(offset);
+    int error = start_reading(request, *file_opening);
+    if (error == 0 && faults.fails_behind && begin >= *faults.fails_behind) {
+        error = faults.read_error;
+    }
+    if (error != 0) {
+        fuse_reply_err(request, error);
+        return;
+    }
+    const std::size_t end =
+        std::min(file_opening->text.size(), faults.fails_behind.value_or(SIZE_MAX));
+    std::size_t length = begin < end ? std::min(end - begin, size) : 0;
+    length = std::min(length, faults.longest_read.value_or(SIZE_MAX));
+    fuse_reply_buf(request, length == 0 ? nullptr : &file_opening->text[begin], length);
+}
+
+void NodeServer::write(fuse_req_t request, fuse_ino_t /*number*/, const char* bytes,
+                       std::size_t size, off_t /*offset*/, fuse_file_info* file)
+{
+    const auto file_opening = opening(file);
+    const int error = faults_.is_dead(file_opening->path, file_opening->time)
+                          ? ENODEV
+                          : source_.write(file_opening->path, {bytes, size});
+    if (error != 0) {
+        fuse_reply_err(request, error);
+    } else {
+        fuse_reply_write(request, size);
+    }
+}
+
+void NodeServer::release(fuse_req_t request, fuse_ino_t /*number*/, fuse_file_info* file)
+{
+    {
+        const std::scoped_lock lock{mutex_};
+        openings_.erase(file->fh);
+    }
+    fuse_reply_err(request, 0);
+}
+
+void NodeServer::take_names(Opening& opening)
+{
+    opening.names = {".", ".."};
+    for (std::string& name : source_.list(opening.path)) {
+        if (!faults_.hides(child_path(opening.path, name))) {
+            opening.names.push_back(std::move(name));
+        }
+    }
+}
+
+void NodeServer::open_directory(fuse_req_t request, fuse_ino_t number, fuse_file_info* file)
+{
+    auto opening = std::make_shared<Opening>();
+    opening->path = nodes_.node(number).path;
+    opening->time = faults_.now();
+    opening->faults = faults_.open(opening->path, true);
+    const int gone = find(opening->path) ? 0 : ENOENT;
+    if (const int error = opening->faults.open_error; error != 0 || gone != 0) {
+        fuse_reply_err(request, error != 0 ? error : gone);
+        return;
+    }
+    take_names(*opening);
+    answer_opened(request, file, std::move(opening));
+}
+
+// As many entries, from number `begin` on, as fit in `size` bytes.
+std::string NodeServer::directory_part(fuse_req_t request, const Opening& opening,
+                                       std::size_t begin, std::size_t end, std::size_t size)
+{
+    std::string part(size, '\0');
+    std::size_t used = 0;
+    for (std::size_t i = begin; i < end; ++i) {
+        const std::string& name = opening.names[i];
+        const std::string path = i < 2 ? opening.path : child_path(opening.path, name);
+        const auto attributes = i < 2 ? NodeAttributes{true, 0} : find(path);
+        struct stat status {};
+        if (attributes) {
+            status = status_of(path, *attributes);
+        }
+        const std::size_t length = fuse_add_direntry(
+            request, &part[used], size - used, name.c_str(), &status, static_cast<off_t>(i + 1));
+        if (length > size - used) {
+            break;
+        }
+        used += length;
+    }
+    part.resize(used);
+    return part;
+}
+
+void NodeServer::read_directory(fuse_req_t request, fuse_ino_t /*number*/, std::size_t size,
+                                off_t offset, fuse_file_info* file)
+{
+    const auto directory = opening(file);
+    const OpeningFaults& faults = directory->faults;
+    const bool starts_again = offset == 0 && directory->was_read;
+    if (const int error = start_reading(request, *directory); error != 0) {
+        fuse_reply_err(request, error);
+        return;
+    }
+    if (starts_again) {
+        take_names(*directory);
+    }
+    const std::size_t count = directory->names.size();
+    const std::size_t end =
+        faults.listing_fails
+            ? std::min<std::size_t>(count, 2 + faults.entries.value_or((count - 2) / 2))
+            : count;
+    const auto begin = static_cast<std::size_t>(offset);
+    if (faults.listing_fails && begin >= end) {
+        fuse_reply_err(request, faults.list_error);
+        return;
+    }
+    const std::string part =
+        begin < end ? directory_part(request, *directory, begin, end, size) : std::string{};
+    fuse_reply_buf(request, part.data(), part.size());
+}
+
+}  // namespace nimba::sim

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "driver/fault_plan.hpp"
+#include "driver/fuse.hpp"
+#include "driver/node_source.hpp"
+#include "driver/node_table.hpp"
+#include "driver/pauses.hpp"
+
+#include <unistd.h>
+
+#include <sys/stat.h>
+
+#include <atomic>
+#include <cstdint>
+#include <ctime>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace nimba::sim {
+
+// Answers the kernel's requests about a file system that shows a driver's nodes. Each member that
+// takes a request answers it. Several threads may call them at once.
+class NodeServer {
+  public:
+    NodeServer(NodeSource& source, FaultPlan& faults) : source_{source}, faults_{faults} {}
+
+    // For a session whose user data is a NodeServer.
+    static fuse_lowlevel_ops operations();
+
+    // Answers requests that wait now, and later ones, without waiting.
+    void end_pauses() { pauses_.end(); }
+
+    void look_up(fuse_req_t request, fuse_ino_t parent, const char* name);
+    void forget(fuse_req_t request, fuse_ino_t number, uint64_t times);
+    void forget_many(fuse_req_t request, std::size_t count, fuse_forget_data* list);
+    void get_attributes(fuse_req_t request, fuse_ino_t number, fuse_file_info* file);
+    void set_attributes(fuse_req_t request, fuse_ino_t number, struct stat* attributes, int which,
+                        fuse_file_info* file);
+    void open(fuse_req_t request, fuse_ino_t number, fuse_file_info* file);
+    void read(fuse_req_t request, fuse_ino_t number, std::size_t size, off_t offset,
+              fuse_file_info* file);
+    void write(fuse_req_t request, fuse_ino_t number, const char* bytes, std::size_t size,
+               off_t offset, fuse_file_info* file);
+    void open_directory(fuse_req_t request, fuse_ino_t number, fuse_file_info* file);
+    void read_directory(fuse_req_t request, fuse_ino_t number, std::size_t size, off_t offset,
+                        fuse_file_info* file);
+    void release(fuse_req_t request, fuse_ino_t number, fuse_file_info* file);
+
+  private:
+    // A node that a process has open: what it showed then.
+    struct Opening {
+        std::string path;
+        FaultPlan::Time time;
+        OpeningFaults faults;
+        std::string text;                // of a file
+        std::vector<std::string> names;  // of a directory, with "." and ".."
+        std::atomic<bool> was_read = false;
+    };
+
+    struct stat status_of(const std::string& path, NodeAttributes attributes) const;
+    std::optional<NodeAttributes> find(const std::string& path);
+    void take_names(Opening& opening);
+    void answer_opened(fuse_req_t request, fuse_file_info* file, std::shared_ptr<Opening> opening);
+    std::shared_ptr<Opening> opening(const fuse_file_info* file);
+    int start_reading(fuse_req_t request, Opening& opening);
+    std::string directory_part(fuse_req_t request, const Opening& opening, std::size_t begin,
+                               std::size_t end, std::size_t size);
+
+    NodeSource& source_;
+    FaultPlan& faults_;
+    Pauses pauses_;
+    NodeTable nodes_{FUSE_ROOT_ID};
+    const std::time_t made_ = std::time(nullptr);
+    const uid_t user_ = geteuid();
+    const gid_t group_ = getegid();
+    std::mutex mutex_;  // guards what follows
+    uint64_t last_handle_ = 0;
+    std::unordered_map<uint64_t, std::shared_ptr<Opening>> openings_;
+};
+
+}  // namespace nimba::sim

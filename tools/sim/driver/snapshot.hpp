@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "driver/node_source.hpp"
+
+#include <string>
+#include <vector>
+
+namespace nimba::sim {
+
+struct SnapshotNode {
+    std::string path;  // as in NodeSource
+    NodeAttributes attributes;
+    std::string text;  // of a file
+
+    bool operator==(const SnapshotNode&) const = default;
+};
+
+// All nodes below the root as they are now, each directory before what is in it, in listing order.
+// A node that vanishes meanwhile is left out.
+std::vector<SnapshotNode> take_snapshot(NodeSource& source);
+
+}  // namespace nimba::sim
