@@ -10,6 +10,8 @@
 #include <cstdio>
 #include <iterator>
 #include <string>
+#include <string_view>
+#include <utility>
 
 namespace nimba {
 namespace {
@@ -35,23 +37,26 @@ void take_line(std::string_view line, gfx_device_pid& entry)
     }
 }
 
-// Fills the entries in listing order. Returns 0, or -1 when the listing or a node fails.
+// Fills the entries in listing order, each once its node is read. Returns 0, or -1 when the listing
+// or a node fails.
 int32_t list_devices(Entries& devices, bool va_driver, _GFX_DEVICE_PID_MAP& map)
 {
     NodePieces node;
-    auto* entry = std::begin(map.entries);
+    auto* next_entry = std::begin(map.entries);
     while (const char* name = devices.next()) {
         const std::string path = node_path(name, va_driver);
+        gfx_device_pid entry{};
         const auto take = [&](std::string_view lines) {
-            for_each_line(lines, [&](std::string_view line) { take_line(line, *entry); });
+            for_each_line(lines, [&](std::string_view line) { take_line(line, entry); });
         };
         if (!node.read_at(devices.fd(), path.c_str(), take)) {
             // Despite the wording the listing ends.
             std::puts("Fail to read devices info. skip...");
             return -1;
         }
+        *next_entry = entry;
         // Said as soon as the map is full, whether or not another device follows.
-        if (++entry == std::end(map.entries)) {
+        if (++next_entry == std::end(map.entries)) {
             std::puts("exceed ALLOCATION_SUMMARY_MAX!!! ");
             return 0;
         }

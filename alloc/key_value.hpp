@@ -14,7 +14,7 @@ struct KeyValue {
     std::string_view value;
 };
 
-// The three take a line with its newline; the last character of a value is cut off whatever it is,
+// Both take a line with its newline; the last character of a value is cut off whatever it is,
 // so that the last line of a node without a newline loses one. A line without "=" is nothing. A key
 // of more than 127 characters, or a value of more than that before the cut, ends the process.
 

@@ -4,6 +4,7 @@
 #include "alloc/record_keys.hpp"
 
 #include <algorithm>
+#include <functional>
 
 namespace nimba {
 namespace {
@@ -11,6 +12,13 @@ namespace {
 struct Group {
     const _GFX_ALLOCATION_INFO* first;
     int32_t sum_count;
+
+    [[nodiscard]] _GFX_ALLOCATION_INFO record() const
+    {
+        _GFX_ALLOCATION_INFO record = *first;
+        record.sum_count = sum_count;
+        return record;
+    }
 };
 
 // In the order in which they are first met.
@@ -44,11 +52,7 @@ _GFX_MEMLEAK_INFO report_leaks(std::span<const _GFX_ALLOCATION_INFO> kept)
     std::partial_sort(groups.begin(), end, groups.end(), is_larger);
 
     _GFX_MEMLEAK_INFO report{};
-    std::transform(groups.begin(), end, report.groups, [](const Group& group) {
-        _GFX_ALLOCATION_INFO record = *group.first;
-        record.sum_count = group.sum_count;
-        return record;
-    });
+    std::transform(groups.begin(), end, report.groups, std::mem_fn(&Group::record));
     return report;
 }
 

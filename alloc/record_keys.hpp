@@ -79,8 +79,8 @@ class RecordKeys final {
         return key;
     }
 
-    // Applications choose these fields in part, but cannot make keys collide: the start value, an
-    // address, differs from process to process.
+    // Applications choose these fields in part. Which keys collide they cannot know: the start
+    // value, an address, differs from process to process.
     static std::size_t hash(const Key& key)
     {
         uint64_t hash = reinterpret_cast<uintptr_t>(&fields);

@@ -366,7 +366,9 @@ NIMBA_MGMT_API int32_t gpuinfo_set_enable_usage(const char* text);
  *     the function that was called. A C host is terminated by it.
  *   - A key of more than 127 characters, or a value of more than 127 with its newline, ends the
  *     process: one line on standard error, then abort().
- * Messages of this section go to standard output, not to pServerPrintCallback.
+ *     A host that must go on whatever the driver prints calls from a process of its own.
+ * Before an adapter is current the debug directory is empty, and the calls fail. Messages of this
+ * section go to standard output, not to pServerPrintCallback.
  * ------------------------------------------------------------------------------------------- */
 
 /* Memory segments that the summaries tell apart: 0, 1, 2, 3, and in the last slot all from 4 on. */
@@ -568,15 +570,17 @@ NIMBA_MGMT_API int32_t get_segment_info_through_allocation(int32_t* segment_size
 
 /* Lists the open device contexts of the current adapter with their processes.
  * buffer: all of it is written. Up to 50 contexts are listed; as soon as there are 50 the message
- * "exceed ALLOCATION_SUMMARY_MAX!!! " comes, also when no other follows. A process that has gone
- * has an empty name.
+ * "exceed ALLOCATION_SUMMARY_MAX!!! " comes, also when no other follows. The
+ * names are the processes' own bytes: whoever shows them cleans them. See getPackageNameFromPid for
+ * when one is empty.
  * Return: 0; -1 when the directory cannot be opened ("Error opening directory") or listed to its
  * end, or a node cannot be opened or read ("Fail to read devices info. skip..."). The entries
- * before it stay. There is no second try. A "handle" without hexadecimal digits or outside the
- * signed 32-bit range raises std::invalid_argument or std::out_of_range; a key or a value, the
- * latter with its newline, of more than 127 characters ends the process, as for allocations.
- * Source: <debug directory>/devices/<entry>/info with a VA driver, else
- * <debug directory>/devices/<entry>/<entry>: lines "key = value"; /proc/<pid>/cmdline. */
+ * before it stay; those from it on are zero. There is no second try. A "handle" without hexadecimal
+ * digits or outside the signed 32-bit range raises std::invalid_argument or std::out_of_range; a
+ * key or a value, the latter with its newline, of more than 127 characters ends the process, as for
+ * allocations. Source: <debug directory>/devices/<entry>/info with a VA driver, else <debug
+ * directory>/devices/<entry>/<entry>: lines "key = value"; /proc/<pid>/cmdline, which may wait for
+ * the process. */
 NIMBA_MGMT_API int32_t get_device_pid_maps(_GFX_DEVICE_PID_MAP* buffer);
 
 /* The worker of get_device_pid_maps.
@@ -592,7 +596,8 @@ NIMBA_MGMT_API int32_t get_device_pid_maps_internal(_GFX_DEVICE_PID_MAP* buffer,
  * An allocation is the same in two snapshots when handle, width, height, size, hw_format and
  * at_type are. The list is kept over initialisation, exit and a change of the adapter.
  * buffer: all of it is written, or none when the driver could not be read; the kept list then stays
- * as it was, too. Return: 0 always.
+ * as it was, too, also when an error leaves. To tell, fill the buffer with something that cannot be
+ * a report, such as a negative sum_count. Return: 0 always.
  * Source: <debug directory>/allocations/<entry>/info. */
 NIMBA_MGMT_API int32_t get_memleak_info(_GFX_MEMLEAK_INFO* buffer);
 
@@ -677,8 +682,8 @@ NIMBA_MGMT_API int32_t uninitGPUPreference_config(void);
  * ------------------------------------------------------------------------------------------- */
 
 /* The leak detector's list: every allocation of the last snapshot, those that were known before it
- * first. Empty at load; replaced by every get_memleak_info that can read the driver; nothing
- * empties it. */
+ * first. Empty at load and after a snapshot without allocations; replaced by every get_memleak_info
+ * that can read the driver. */
 extern NIMBA_MGMT_API std::vector<_GFX_ALLOCATION_INFO> vec_memleak_result;
 
 /* Appends a record for each allocation to `list` in listing order, without clearing it: one pass.
@@ -696,20 +701,22 @@ NIMBA_MGMT_API int32_t get_current_allocation_data(std::vector<_GFX_ALLOCATION_I
 /* Merges a snapshot into the kept list. A kept record for which the snapshot holds the same
  * allocation gets 1 more in hit_count, and the first such record leaves the snapshot; a kept record
  * without one leaves the kept list. What is left in the snapshot is then appended to the kept list
- * and stays in the snapshot, too. */
+ * and stays in the snapshot, too. The two are different lists. Without memory std::bad_alloc
+ * leaves, and both are as they were. */
 NIMBA_MGMT_API void compare_memleak_list(std::vector<_GFX_ALLOCATION_INFO>& snapshot,
                                          std::vector<_GFX_ALLOCATION_INFO>& kept);
 
 /* The order of a leak report. Return: whether the sum_count of `a` is greater than that of `b`. */
 NIMBA_MGMT_API bool compare_allo_sum(const _GFX_ALLOCATION_INFO& a, const _GFX_ALLOCATION_INFO& b);
 
-/* Tells the name of a process: the first word of its command line, whole with its directory when it
- * is shorter than `size`. Of a longer one, what stands before its first blank and there behind the
- * last "/", cut to size - 1 characters.
- * destination, size: receives the name and a NUL; the name is empty when the process has gone.
- * Return: 0, or -1 when the command line is empty, as that of a kernel thread, or cannot be read;
- * the destination then stays as it was.
- * Source: the first 511 characters of the first line of /proc/<pid>/cmdline. */
+/* Tells the name of a process: the first argument of its command line, whole with its directory
+ * when it is shorter than `size`. Of a longer one, what stands before its first space and there
+ * behind the last "/", cut to size - 1 bytes. It is the process's own text: any bytes but NUL, a
+ * newline at its end included. pid: the process id. destination, size: receives the name and a NUL,
+ * nothing when size is 0 or less. The name is empty when the command line cannot be opened, as when
+ * the process has gone. Return: 0, or -1 when the command line is empty, as that of a kernel
+ * thread, or cannot be read; the destination then stays as it was: in a process map, empty. Source:
+ * the first 511 characters of the first line of /proc/<pid>/cmdline. */
 NIMBA_MGMT_API int32_t getPackageNameFromPid(int32_t pid, char* destination, int32_t size);
 
 /* The preferences in file order; empty at load. Filled by the first set or get, emptied by
