@@ -8,31 +8,16 @@
 
 #include <unistd.h>
 
-#include <climits>
 #include <cstdio>
-#include <cstring>
+#include <string>
+#include <string_view>
+#include <utility>
 
 namespace nimba {
 namespace {
 
 constexpr int kAttempts = 10;
 constexpr useconds_t kPause = 5'000;  // microseconds
-
-// The path of an entry's node, relative to the directory of the allocations.
-class InfoPath final {
-  public:
-    const char* of(const char* entry)
-    {
-        const std::size_t length = std::strlen(entry);  // at most NAME_MAX, as in any listing
-        std::memcpy(path_, entry, length);
-        std::memcpy(path_ + length, kNode, sizeof kNode);
-        return path_;
-    }
-
-  private:
-    static constexpr char kNode[] = "/info";
-    char path_[NAME_MAX + sizeof kNode];
-};
 
 }  // namespace
 }  // namespace nimba
@@ -46,12 +31,13 @@ int32_t get_current_allocation_data_try(std::vector<_GFX_ALLOCATION_INFO>& list,
         return -1;
     }
     nimba::Entries entries{std::move(directory)};
-    nimba::InfoPath path;
+    std::string path;  // relative to the directory
     nimba::NodePieces node;
     nimba::AllocationParser parser{va_driver != 0};
     while (const char* entry = entries.next()) {
         parser.begin();
-        if (!node.read_at(entries.fd(), path.of(entry),
+        path.assign(entry).append("/info");
+        if (!node.read_at(entries.fd(), path.c_str(),
                           [&](std::string_view lines) { parser.add(lines); })) {
             // Despite the wording the pass ends. Callers rely on what it read staying in the list.
             std::puts("Fail to read allocation info. skip...");

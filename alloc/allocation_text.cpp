@@ -73,6 +73,16 @@ bool fits_32_bits(int64_t value)
     return value == static_cast<int32_t>(value);
 }
 
+// The length of the line whose value begins at `value`, as far as it is looked at.
+uint8_t line_length(const char* text, std::size_t value)
+{
+    std::size_t end = value;
+    while (end + 1 < kLookAhead && text[end] != '\n') {
+        ++end;
+    }
+    return static_cast<uint8_t>(end + 1);
+}
+
 std::size_t field_named(std::string_view key)
 {
     const auto field = std::ranges::find_if(kFields, [&](const Field& candidate) {
@@ -100,11 +110,13 @@ void AllocationParser::add(std::string_view lines)
 
 std::string_view AllocationParser::add_lines(std::string_view text, std::size_t rest)
 {
+    std::size_t line = line_;
     while (text.size() > rest) {
-        const std::size_t expected = add_expected_line(text.data());
-        text.remove_prefix(expected > 0 ? expected : add_any_line(text));
-        ++line_;
+        const std::size_t expected = add_expected_line(text.data(), line);
+        text.remove_prefix(expected > 0 ? expected : add_any_line(text, line));
+        ++line;
     }
+    line_ = line;
     return text;
 }
 
@@ -113,33 +125,40 @@ int AllocationParser::base_of(std::size_t field) const
     return kFields[field].conversion == Conversion::kHandle ? 16 : device_base_;
 }
 
-std::size_t AllocationParser::add_expected_line(const char* text)
+std::size_t AllocationParser::add_expected_line(const char* text, std::size_t line)
 {
-    if (line_ >= expected_.size() || expected_[line_] == kNoField) {
+    if (line >= expected_.size() || expected_[line].field == kNoField) {
         return 0;
     }
-    const Field& field = kFields[expected_[line_]];
+    Expected& expected = expected_[line];
+    const Field& field = kFields[expected.field];
     if (!field.pattern.matches(text)) {
         return 0;
     }
+    if (text[expected.length - 1] != '\n') {
+        expected.length = line_length(text, field.key.size());
+    }
     const char* const value = text + field.key.size();
+    const std::size_t characters = expected.length - field.key.size() - 1;
     const bool low_bits = field.conversion == Conversion::kLowBits;
-    const PlainNumber number = low_bits || base_of(expected_[line_]) == 10
-                                   ? plain_decimal(value)
-                                   : plain_hexadecimal(value);
-    if (number.length == 0 || (!low_bits && !fits_32_bits(number.value))) {
+    const auto number = low_bits || base_of(expected.field) == 10
+                            ? plain_decimal(value, characters)
+                            : plain_hexadecimal(value, characters);
+    if (!number || (!low_bits && !fits_32_bits(*number))) {
         return 0;
     }
-    record_.*field.member = static_cast<int32_t>(number.value);
-    return field.key.size() + number.length + 1;
+    record_.*field.member = static_cast<int32_t>(*number);
+    // The next line begins where it was expected, if this one was as long as expected: the
+    // processor need not wait for its end to be found.
+    return expected.length;
 }
 
-std::size_t AllocationParser::add_any_line(std::string_view text)
+std::size_t AllocationParser::add_any_line(std::string_view text, std::size_t line)
 {
     const std::size_t newline = text.find('\n');
-    const std::string_view line =
+    const std::string_view whole =
         text.substr(0, newline == std::string_view::npos ? newline : newline + 1);
-    const auto parts = split_allocation_line(line);
+    const auto parts = split_allocation_line(whole);
     const std::size_t index = parts ? field_named(parts->key) : kFields.size();
     if (index < kFields.size()) {
         const Field& field = kFields[index];
@@ -147,10 +166,18 @@ std::size_t AllocationParser::add_any_line(std::string_view text)
                                     ? low_bits_of_number(parts->value)
                                     : number_in_range(parts->value, base_of(index));
     }
-    if (line_ < expected_.size()) {
-        expected_[line_] = index < kFields.size() ? static_cast<uint8_t>(index) : kNoField;
+    expect(line, index, whole.size());
+    return whole.size();
+}
+
+void AllocationParser::expect(std::size_t line, std::size_t field, std::size_t length)
+{
+    if (line < expected_.size()) {
+        expected_[line] = field < kFields.size()
+                              ? Expected{static_cast<uint8_t>(field),
+                                         static_cast<uint8_t>(std::min(length, kLookAhead))}
+                              : Expected{};
     }
-    return line.size();
 }
 
 }  // namespace nimba

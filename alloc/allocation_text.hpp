@@ -12,7 +12,7 @@
 namespace nimba {
 
 // Makes records of the texts of allocation nodes. A driver prints the keys of all nodes in one
-// order, so each line is first held against the key that the last node had there.
+// order, so each line is first held against the key and the length that the last node's had.
 class AllocationParser final {
   public:
     explicit AllocationParser(bool va_driver) : device_base_{va_driver ? 10 : 16} {}
@@ -33,9 +33,16 @@ class AllocationParser final {
 
     // Both take the line at the beginning of what they are given and return its length, the newline
     // included. The first returns 0 when it is not an expected one; it looks at kLookAhead bytes.
-    std::size_t add_expected_line(const char* text);
-    std::size_t add_any_line(std::string_view text);
+    std::size_t add_expected_line(const char* text, std::size_t line);
+    std::size_t add_any_line(std::string_view text, std::size_t line);
 
+    // What a line is expected to be: that of the last node in its place.
+    struct Expected {
+        uint8_t field = kNoField;
+        uint8_t length = 0;  // the newline included
+    };
+
+    void expect(std::size_t line, std::size_t field, std::size_t length);
     [[nodiscard]] int base_of(std::size_t field) const;
 
     static constexpr std::size_t kRememberedLines = 64;
@@ -44,14 +51,7 @@ class AllocationParser final {
     int device_base_;
     std::size_t line_ = 0;
     _GFX_ALLOCATION_INFO record_{};
-    std::array<uint8_t, kRememberedLines> expected_{filled_with_no_field()};  // field by line
-
-    static constexpr std::array<uint8_t, kRememberedLines> filled_with_no_field()
-    {
-        std::array<uint8_t, kRememberedLines> none{};
-        none.fill(kNoField);
-        return none;
-    }
+    std::array<Expected, kRememberedLines> expected_{};
 };
 
 }  // namespace nimba

@@ -2,24 +2,21 @@
 // The numbers that a driver prints, eight digits at a time.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <optional>
 
 namespace nimba {
 
-static_assert(std::endian::native == std::endian::little, "the records are little-endian");
+static_assert(std::endian::native == std::endian::little, "the first character is the lowest byte");
+static_assert(sizeof(long) == sizeof(int64_t), "strtol reads 64 bits");
 
-// What stands at a line's beginning of a number.
-struct PlainNumber {
-    int64_t value;
-    std::size_t length;  // sign included; 0: it is not plain
-};
-
-// How far the functions look behind where they start, whatever stands there.
-inline constexpr std::size_t kNumberLookAhead = 18;
+// How far beyond its beginning a number is looked at, whatever stands there.
+inline constexpr std::size_t kNumberLookAhead = 17;
 
 inline uint64_t load_eight(const char* at)
 {
@@ -28,7 +25,8 @@ inline uint64_t load_eight(const char* at)
     return bytes;
 }
 
-// How many of the eight characters, from the first on, are decimal digits.
+// How many of the eight characters, from the first on, are decimal digits. The sum may carry out of
+// a character that is none, but only into later ones.
 inline std::size_t leading_digits(uint64_t characters)
 {
     constexpr uint64_t kHighNibbles = 0xF0F0F0F0F0F0F0F0U;
@@ -48,35 +46,38 @@ inline uint64_t value_of_digits(uint64_t characters, std::size_t count)
     return ((value & 0x0000FFFF0000FFFFU) * (10'000 * 0x100000000U + 1)) >> 32U;
 }
 
-// An optional "-", 1 to 15 decimal digits and a newline.
-inline PlainNumber plain_decimal(const char* at)
+inline constexpr std::array<uint64_t, 8> kPowersOfTen{1,      10,      100,       1'000,
+                                                      10'000, 100'000, 1'000'000, 10'000'000};
+
+// The number that fills `length` characters: an optional "-" and 1 to 15 decimal digits. Nothing
+// for the many other forms that the conversions accept.
+inline std::optional<int64_t> plain_decimal(const char* at, std::size_t length)
 {
-    constexpr std::array<uint64_t, 8> kPowers{1,      10,      100,       1'000,
-                                              10'000, 100'000, 1'000'000, 10'000'000};
+    if (length == 1) {  // as most are
+        const unsigned digit = static_cast<unsigned char>(*at) - unsigned{'0'};
+        return digit < 10 ? std::optional<int64_t>{digit} : std::nullopt;
+    }
     const std::size_t sign = *at == '-' ? 1 : 0;
     const char* const digits = at + sign;
-    uint64_t characters = load_eight(digits);
-    std::size_t count = leading_digits(characters);
-    uint64_t value = 0;
-    if (count == 8) {
-        value = value_of_digits(characters, count);
-        characters = load_eight(digits + 8);
-        const std::size_t more = leading_digits(characters);
-        if (more == 8) {
-            return {0, 0};
-        }
-        if (more > 0) {
-            value = value * kPowers[more] + value_of_digits(characters, more);
-        }
-        count += more;
-    } else if (count > 0) {
-        value = value_of_digits(characters, count);
+    const std::size_t count = length - sign;
+    if (length <= sign || count > 15) {
+        return std::nullopt;
     }
-    if (count == 0 || digits[count] != '\n') {
-        return {0, 0};
+    const uint64_t characters = load_eight(digits);
+    const std::size_t first = std::min<std::size_t>(count, 8);
+    if (leading_digits(characters) < first) {
+        return std::nullopt;
+    }
+    uint64_t value = value_of_digits(characters, first);
+    if (count > 8) {
+        const uint64_t others = load_eight(digits + 8);
+        if (leading_digits(others) < count - 8) {
+            return std::nullopt;
+        }
+        value = value * kPowersOfTen[count - 8] + value_of_digits(others, count - 8);
     }
     const auto magnitude = static_cast<int64_t>(value);
-    return {sign != 0 ? -magnitude : magnitude, sign + count};
+    return sign != 0 ? -magnitude : magnitude;
 }
 
 // The value of each character as a hexadecimal digit; 16 for the others.
@@ -90,20 +91,21 @@ inline constexpr auto kHexadecimalDigits = [] {
     return values;
 }();
 
-// 1 to 8 hexadecimal digits and a newline.
-inline PlainNumber plain_hexadecimal(const char* at)
+// The number that fills `length` characters: 1 to 8 hexadecimal digits. Nothing for other forms.
+inline std::optional<int64_t> plain_hexadecimal(const char* at, std::size_t length)
 {
+    if (length == 0 || length > 8) {
+        return std::nullopt;
+    }
     int64_t value = 0;
-    std::size_t count = 0;
-    while (count < 8) {
-        const uint8_t digit = kHexadecimalDigits[static_cast<unsigned char>(at[count])];
+    for (std::size_t index = 0; index < length; ++index) {
+        const uint8_t digit = kHexadecimalDigits[static_cast<unsigned char>(at[index])];
         if (digit == 16) {
-            break;
+            return std::nullopt;
         }
         value = value * 16 + digit;
-        ++count;
     }
-    return {value, at[count] == '\n' ? count : 0};
+    return value;
 }
 
 }  // namespace nimba

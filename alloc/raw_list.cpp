@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The raw list: all allocations, handed out block by block.
-#include "core/shared_library.hpp"
+#include "core/never_destroyed.hpp"
 #include "nimba_mgmt_interface.h"
 
 #include <algorithm>
@@ -18,7 +18,8 @@ using RecordBlock = std::unique_ptr<_GFX_ALLOCATION_INFO[], Free>;
 
 constexpr std::size_t kSpareRecords = 10;
 
-// The list of the last page 0, sorted by device. Written by every page 0 that can read the driver.
+// The list of the last page 0, sorted by device. Written by every page 0 that can read the driver,
+// and released by nothing else: a host's exit handler may still ask for its pages.
 // The count is also that of a list for which there was no memory; the list is then missing.
 struct KeptList {
     RecordBlock global_allocation_raw_list;
@@ -26,14 +27,6 @@ struct KeptList {
 };
 
 NeverDestroyed<KeptList> kept_list;
-
-// A host's exit handler that asks for a page after this finds an empty list.
-const struct ReleaseListAtExit {
-    ReleaseListAtExit() = default;
-    ReleaseListAtExit(const ReleaseListAtExit&) = delete;
-    ReleaseListAtExit& operator=(const ReleaseListAtExit&) = delete;
-    ~ReleaseListAtExit() { kept_list.value = {}; }
-} release_list_at_exit;
 
 bool compare_allo_device(const _GFX_ALLOCATION_INFO& a, const _GFX_ALLOCATION_INFO& b)
 {

@@ -34,16 +34,4 @@ class SharedLibrary final {
     void* handle_ = nullptr;
 };
 
-// A static value that is never destroyed: a host's exit handler may call the library after its
-// static destructors ran.
-template <typename Value>
-union NeverDestroyed {
-    constexpr NeverDestroyed() : value{} {}
-    NeverDestroyed(const NeverDestroyed&) = delete;
-    NeverDestroyed& operator=(const NeverDestroyed&) = delete;
-    ~NeverDestroyed() {}
-
-    Value value;
-};
-
 }  // namespace nimba

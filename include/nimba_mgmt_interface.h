@@ -359,14 +359,14 @@ NIMBA_MGMT_API int32_t gpuinfo_set_enable_usage(const char* text);
  *   - A pass fails when the directory cannot be opened ("Error opening directory"), when a node
  *     cannot be opened or read, as when its allocation vanished ("Fail to read allocation info.
  *     skip..."), or when the listing breaks off. A failed pass is tried again after 5 ms, ten
- *     passes in all. What failed passes read stays: a result that needed a second pass can hold an
- *     allocation twice.
+ *     passes in all. What failed passes read stays: a result holds an allocation once more for each
+ *     failed pass that came as far as it.
  *   - A "handle" or "device" value without digits, or outside the signed 32-bit range (handles from
  *     2^31 on), raises std::invalid_argument or std::out_of_range, which leaves the library through
  *     the function that was called. A C host is terminated by it.
  *   - A key of more than 127 characters, or a value of more than 127 with its newline, ends the
- *     process: one line on standard error, then abort().
- *     A host that must go on whatever the driver prints calls from a process of its own.
+ *     process: one line on standard error, then abort(). A host that must go on whatever the driver
+ *     prints calls from a process of its own.
  * Before an adapter is current the debug directory is empty, and the calls fail. Messages of this
  * section go to standard output, not to pServerPrintCallback.
  * ------------------------------------------------------------------------------------------- */
@@ -384,8 +384,8 @@ NIMBA_MGMT_API int32_t gpuinfo_set_enable_usage(const char* text);
 #define MEMLEAK_REPORT_MAX 15
 
 /* One video-memory allocation, 92 bytes. A field whose key the node lacks is 0. Values are base 10
- * where nothing else is said: the low 32 bits of the number at the start of the text, 0 without
- * one. */
+ * where nothing else is said: the low 32 bits of what strtol reads, which is 0 without a digit;
+ * handle and device as std::stoi reads them. */
 typedef struct _GFX_ALLOCATION_INFO {
     int32_t handle;          /*  0: "handle", base 16; the driver may give it out again */
     int32_t device;          /*  4: "device": base 10 with a VA driver, else 16; its owner */
@@ -516,19 +516,22 @@ NIMBA_MGMT_ASSERT(sizeof(_GFX_MEMLEAK_INFO) == 1380);
 
 /* Hands out the allocations sorted by device, 20 at a time. Page 0 reads the driver and keeps the
  * list; the other pages are copied from the kept list without a read, so call with page_index 0, 1,
- * 2 and on while more_flag is 1, and all pages come from one reading.
+ * 2 and on while more_flag is 1, and all pages come from one reading. The list is kept until the
+ * next page 0.
  * buffer: page_index is read. On success total_cnt, trasfer_cnt, more_flag and the first
  * trasfer_cnt records are written; the other records stay as they were. Allocations of one device
  * come in no defined order.
- * rec: IS_VA_driver of the slot chip_id_idx, 0 to 2, tells how "device" is written; the allocations
- * are those of the current adapter, whatever the slot.
- * Return: 0; -1 when the driver could not be read (the buffer and the kept list stay as they were)
- * or there is no memory for the list ("allocate memory for global_allocation_raw_list fail."; the
- * buffer stays, and the kept list is gone: until the next page 0 the other pages have total_cnt
- * and no records). A page behind the last record, also page 2 of 40 records, or a negative one
- * gives trasfer_cnt 0, more_flag 0, status 0 and "get_allocation_raw_list_internal, invalid
- * trasfer_cnt
- * !!!"; page 0 of no allocations gives no message.
+ * rec: read for page 0 only: IS_VA_driver of the slot chip_id_idx, 0 to 2, tells how "device" is
+ * written. The allocations are those of the current adapter, whatever the slot.
+ * Return: 0, or -1:
+ *   - the driver could not be read: the buffer and the kept list stay as they were, as they do when
+ *     an error leaves;
+ *   - there is no memory for the list ("allocate memory for global_allocation_raw_list fail."): the
+ *     buffer stays, and the kept list is gone: until the next page 0 the other pages have total_cnt
+ *     but no records.
+ * A page behind the last record (page 2 of 40 records; any before the first page 0) and a negative
+ * one give status 0, trasfer_cnt 0, more_flag 0 and the message
+ * "get_allocation_raw_list_internal, invalid trasfer_cnt !!!"; page 0 of no allocations is silent.
  * Source: <debug directory>/allocations/<entry>/info. */
 NIMBA_MGMT_API int32_t get_allocation_raw_list(_GFX_ALLOCATION_RAW_LIST* buffer,
                                                const find_adapter* rec);
@@ -560,8 +563,9 @@ NIMBA_MGMT_API int32_t get_device_allocation_summary_internal_ext1(
 
 /* Sums the sizes of all allocations by segment.
  * segment_size: receives SEGMENT_SLOT_NUM values in mebibytes, rounded toward zero; all 0 when the
- * driver could not be read. The sums are kept in single precision: beyond 16 million bytes they are
- * rounded. Sizes count as signed, negative segments do not count.
+ * driver could not be read, as they were when an error leaves. Sizes count as signed; negative
+ * segments do not count. The sums are kept in single precision: beyond 16 million bytes they are
+ * rounded. A result outside 32 bits becomes the nearest that fits.
  * chip_id, va_driver: as for get_device_allocation_summary_internal.
  * Return: 0, or -1 when the driver could not be read.
  * Source: <debug directory>/allocations/<entry>/info. */
@@ -570,17 +574,17 @@ NIMBA_MGMT_API int32_t get_segment_info_through_allocation(int32_t* segment_size
 
 /* Lists the open device contexts of the current adapter with their processes.
  * buffer: all of it is written. Up to 50 contexts are listed; as soon as there are 50 the message
- * "exceed ALLOCATION_SUMMARY_MAX!!! " comes, also when no other follows. The
- * names are the processes' own bytes: whoever shows them cleans them. See getPackageNameFromPid for
- * when one is empty.
+ * "exceed ALLOCATION_SUMMARY_MAX!!! " comes, also when no other follows. The names are the
+ * processes' own bytes: whoever shows them cleans them. See getPackageNameFromPid for when one is
+ * empty.
  * Return: 0; -1 when the directory cannot be opened ("Error opening directory") or listed to its
  * end, or a node cannot be opened or read ("Fail to read devices info. skip..."). The entries
  * before it stay; those from it on are zero. There is no second try. A "handle" without hexadecimal
  * digits or outside the signed 32-bit range raises std::invalid_argument or std::out_of_range; a
- * key or a value, the latter with its newline, of more than 127 characters ends the process, as for
- * allocations. Source: <debug directory>/devices/<entry>/info with a VA driver, else <debug
- * directory>/devices/<entry>/<entry>: lines "key = value"; /proc/<pid>/cmdline, which may wait for
- * the process. */
+ * key or a value, the latter with its newline, of more than 127 characters ends the process.
+ * Source: <debug directory>/devices/<entry>/info with a VA driver, else
+ * <debug directory>/devices/<entry>/<entry>: lines "key = value"; /proc/<pid>/cmdline, which may
+ * wait for the process. */
 NIMBA_MGMT_API int32_t get_device_pid_maps(_GFX_DEVICE_PID_MAP* buffer);
 
 /* The worker of get_device_pid_maps.
@@ -597,7 +601,8 @@ NIMBA_MGMT_API int32_t get_device_pid_maps_internal(_GFX_DEVICE_PID_MAP* buffer,
  * at_type are. The list is kept over initialisation, exit and a change of the adapter.
  * buffer: all of it is written, or none when the driver could not be read; the kept list then stays
  * as it was, too, also when an error leaves. To tell, fill the buffer with something that cannot be
- * a report, such as a negative sum_count. Return: 0 always.
+ * a report, such as a negative sum_count.
+ * Return: 0 always.
  * Source: <debug directory>/allocations/<entry>/info. */
 NIMBA_MGMT_API int32_t get_memleak_info(_GFX_MEMLEAK_INFO* buffer);
 
