@@ -12,13 +12,6 @@ teardown_file() {
 NO_ADAPTER="nimba-smi: no Nimba or QV adapter found: check that the card is seated (lspci) and its \
 driver is loaded (dmesg)"
 
-# on MACHINE COMMAND...: the command on that machine, bounded in case it waits for ever.
-on() {
-    local machine=$1
-    shift
-    timeout 60 nimba-sim run --machine "$machine" -- "$@"
-}
-
 @test "an adapter with another vendor's GPU beside it" {
     run --separate-stderr on default nimba-smi list
     [ "$status" = 0 ]
@@ -129,7 +122,7 @@ SLOT  NAME             BUS ID        CARD  DEVICE  DRIVER  LUID
 }
 
 @test "a driver that blocks is given up" {
-    run --separate-stderr on default sh -c 'info=$UMOCKDEV_DIR/sys/kernel/debug/dri/0/jw/info &&
+    NIMBA_SIM_DRIVERS=plain run --separate-stderr on default sh -c 'info=$UMOCKDEV_DIR/sys/kernel/debug/dri/0/jw/info &&
         rm "$info" && mkfifo "$info" && nimba-smi --timeout 0.5 list'
     [ "$status" = 7 ]
     same "$stderr" "nimba-smi: discovery: worker lost in gfx_find_adapter at adapter 0000:01:00.0: \
@@ -138,7 +131,7 @@ no answer within 0.5 s; the driver may be blocked: see dmesg, or allow more with
 }
 
 @test "an adapter whose driver blocks is named, and the one before it is listed" {
-    run --separate-stderr on two-qv sh -c 'info=$UMOCKDEV_DIR/sys/kernel/debug/dri/1/qv/info &&
+    NIMBA_SIM_DRIVERS=plain run --separate-stderr on two-qv sh -c 'info=$UMOCKDEV_DIR/sys/kernel/debug/dri/1/qv/info &&
         rm "$info" && mkfifo "$info" && nimba-smi --timeout 0.5 list --json'
     [ "$status" = 7 ]
     same "$(jq -c '.adapters' <<<"$output")" '[{"slot":0,"name":"Gpu0:QV M-30",'\

@@ -18,6 +18,9 @@ fails_with() {
     fails_with 1 "$line" bash -c "nimba-smi --library $STUB list >/dev/full"
     fails_with 1 "$line" bash -c "nimba-smi --library $STUB list --json >/dev/full"
     fails_with 1 "$line" bash -c "nimba-smi --library $STUB version >/dev/full"
+    fails_with 1 "$line" bash -c "nimba-smi --library $STUB ps --csv >/dev/full"
+    fails_with 1 "$line" bash -c "nimba-smi --library $STUB alloc >/dev/full"
+    fails_with 1 "$line" bash -c "nimba-smi --library $STUB leaks --count 1 >/dev/full"
     fails_with 1 "$line" bash -c "nimba-smi --help >/dev/full"
     fails_with 1 "$line" bash -c "nimba-smi --version >/dev/full"
 }
@@ -96,7 +99,7 @@ SLOT  NAME           BUS ID        CARD  DEVICE  DRIVER  LUID
 }
 
 @test "4: a library that is not there" {
-    for command in list version; do
+    for command in list version ps alloc leaks; do
         fails_with 4 "cannot load the management library (/nonexistent.so: cannot open shared \
 object file: No such file or directory): install it, or name it with --library" \
             nimba-smi "$command" --library /nonexistent.so

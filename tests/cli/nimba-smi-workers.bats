@@ -31,7 +31,8 @@ SLOT  NAME           BUS ID        CARD  DEVICE  DRIVER   LUID
 2     -              0001:8f:1f.7  -     -       va       0x1:0x8f1f07"
     loses discovery/set_print_callback/exit \
         "discovery: worker lost in set_print_callback: exit status 3; $ADVICE"
-    loses discovery/dlopen/exit "discovery: worker lost in dlopen: exit status 3; $ADVICE"
+    loses discovery/dlopen/exit \
+        "discovery: worker lost in dlopen: exit status 3; it said \"stub: a complaint\""
     loses discovery/get_interface_version_ext1/throw "discovery: worker lost in \
 get_interface_version_ext1: it threw std::invalid_argument: stoi; $ADVICE"
     loses discovery/gfx_find_adapter/throw-number \

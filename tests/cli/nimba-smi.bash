@@ -8,9 +8,18 @@ bats_require_minimum_version 1.5.0
 PATH=$NIMBA_BIN:$PATH
 STUB=$NIMBA_STUBS/stub_library.so
 
+load live_drivers.bash
+
 # nimba-smi on the library that misbehaves on demand, bounded in case it waits for ever.
 smi() {
     timeout 60 nimba-smi --library "$STUB" "$@"
+}
+
+# on MACHINE COMMAND...: the command on that machine, bounded in case it waits for ever.
+on() {
+    local machine=$1
+    shift
+    timeout 60 nimba-sim run --machine "$machine" -- "$@"
 }
 
 # Compares byte by byte and shows the difference.

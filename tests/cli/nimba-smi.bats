@@ -182,10 +182,10 @@ handshake  200: the versions match"
 @test "--help names every command, option and exit status" {
     run --separate-stderr nimba-smi --help
     [ "$status" = 0 ]
-    for word in list version --json --verbose --timeout --library; do
+    for word in list ps alloc leaks version --json --verbose --timeout --library; do
         grep -qw -e "$word" <<<"$output"
     done
-    for number in 0 1 2 3 4 5 6 7; do
+    for number in 0 1 2 3 4 5 6 7 8; do
         grep -q "^  $number  " <<<"$output"
     done
 }

@@ -8,9 +8,13 @@
 //   NIMBA_STUB_MATCH     the handshake's result code (200)
 //   NIMBA_STUB_PCI_DIR   the PCI directory of every adapter
 //   NIMBA_STUB_GONE      the slot from which on there is no adapter in that slot's own worker
-//   NIMBA_STUB_FAULT     WHO/CALL/ACTION: what goes wrong where. WHO is "discovery" (any worker
-//                        without a slot), a slot, "adapters" (any slot) or "all"
+//   NIMBA_STUB_FAULT     WHO/CALL/ACTION: what goes wrong where; the action "note" is nothing. WHO
+//                        is "discovery" (any worker without a slot), a slot, "adapters" (any slot)
+//                        or "all"
+//   NIMBA_STUB_DEBUG_DIR the debug directory that gfx_global_init sets ("/nonexistent")
+//   NIMBA_STUB_INIT      what gfx_global_init returns (0)
 //   NIMBA_STUB_PIDS      a directory that gets a file for every process that meets its fault
+// Its adapters have three allocations, one of them listed twice, and one device context.
 // It prints on standard output at load and whenever it is called, and on standard error at load.
 #include "nimba_mgmt_interface.h"
 
@@ -29,9 +33,12 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 uint8_t gpuinfo_control_enable = 0;
 nimba_print_callback pServerPrintCallback = nullptr;
+char sys_kernel_debug_ID_dri_ADAPTER_path[50];
+std::vector<_GFX_ALLOCATION_INFO> vec_memleak_result;
 
 namespace {
 
@@ -140,6 +147,7 @@ const std::function<void()>& action(const std::string& name)
         {"hang", hang},
         {"hang-with-child", hang_with_child},
         {"meet", meet},
+        {"note", [] {}},
     };
     return actions.at(name);
 }
@@ -202,6 +210,24 @@ void fill_extended(find_adapter_ext1& identity, int slot, const StubAdapter& ada
     identity.vendor_id[slot] = adapter.vendor;
     identity.busid_info[slot] = adapter.location;
     identity.luid[slot] = adapter.luid;
+}
+
+_GFX_ALLOCATION_INFO allocation(int32_t handle, int32_t device, int32_t size)
+{
+    _GFX_ALLOCATION_INFO record{};
+    record.handle = handle;
+    record.device = device;
+    record.size = size;
+    record.hit_count = 1;
+    record.sum_count = 1;
+    return record;
+}
+
+// One from 2 GiB on, one with a device and a handle of their own, and one listed twice.
+std::vector<_GFX_ALLOCATION_INFO> allocations()
+{
+    return {allocation(1, 16, INT32_MIN), allocation(2, 16, 4096), allocation(2, 16, 4096),
+            allocation(-2, -1, 1)};
 }
 
 __attribute__((constructor)) void load()
@@ -277,4 +303,49 @@ int32_t gpuinfo_nimba_init(void)
 {
     enter("gpuinfo_nimba_init");
     return number("NIMBA_STUB_LIBDRM", "1");
+}
+
+int32_t gfx_global_init(find_adapter* rec)
+{
+    enter("gfx_global_init");
+    static_cast<void>(rec);
+    std::fill(std::begin(sys_kernel_debug_ID_dri_ADAPTER_path),
+              std::end(sys_kernel_debug_ID_dri_ADAPTER_path), '\0');
+    setting("NIMBA_STUB_DEBUG_DIR", "/nonexistent")
+        .copy(sys_kernel_debug_ID_dri_ADAPTER_path,
+              sizeof sys_kernel_debug_ID_dri_ADAPTER_path - 1);
+    return number("NIMBA_STUB_INIT", "0");
+}
+
+int32_t gfx_global_exit(int32_t /*chip_id_idx*/)
+{
+    enter("gfx_global_exit");
+    return 0;
+}
+
+int32_t get_allocation_raw_list(_GFX_ALLOCATION_RAW_LIST* buffer, const find_adapter* /*rec*/)
+{
+    enter("get_allocation_raw_list");
+    const auto records = allocations();
+    std::copy(records.begin(), records.end(), buffer->records);
+    buffer->total_cnt = static_cast<int32_t>(records.size());
+    buffer->trasfer_cnt = buffer->total_cnt;
+    buffer->more_flag = 0;
+    return 0;
+}
+
+int32_t get_device_pid_maps(_GFX_DEVICE_PID_MAP* buffer)
+{
+    enter("get_device_pid_maps");
+    *buffer = {};
+    buffer->entries[0] = {4100001, 16, "stub"};
+    return 0;
+}
+
+int32_t get_memleak_info(_GFX_MEMLEAK_INFO* buffer)
+{
+    enter("get_memleak_info");
+    vec_memleak_result = allocations();
+    *buffer = {};
+    return 0;
 }

@@ -34,6 +34,16 @@ TEST(Diagnosis, DeadWorkerIsNamedWithItsCall)
               "SIGABRT; run with --verbose to see the library's last messages");
 }
 
+TEST(Diagnosis, DeadWorkerHasItsLastWordsRepeated)
+{
+    const auto problem =
+        diagnose(kAdapter, Lost{"get_memleak_info", "killed by SIGABRT", false, "a line"});
+    ASSERT_TRUE(problem.has_value());
+    EXPECT_EQ(problem->message,
+              "adapter 0000:03:00.0 (Gpu0:Nimba-K1): worker lost in get_memleak_info: killed by "
+              "SIGABRT; it said \"a line\"");
+}
+
 TEST(Diagnosis, SilentWorkerGetsOtherAdvice)
 {
     const auto problem = diagnose(kDiscovery, Lost{"dlopen", "no answer within 10 s", true});

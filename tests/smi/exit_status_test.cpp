@@ -32,12 +32,14 @@ TEST(ExitStatus, NumbersAreTheDocumentedOnes)
     EXPECT_EQ(static_cast<int>(ExitStatus::kNoLibdrm), 5);
     EXPECT_EQ(static_cast<int>(ExitStatus::kNoPermission), 6);
     EXPECT_EQ(static_cast<int>(ExitStatus::kWorkerLost), 7);
+    EXPECT_EQ(static_cast<int>(ExitStatus::kGrowth), 8);
 }
 
 TEST(ExitStatus, GravestProblemDecidesWhereverItStands)
 {
     using enum ExitStatus;
-    EXPECT_EQ(overall_status(problems({kNoAdapter})), kNoAdapter);
+    EXPECT_EQ(overall_status(problems({kOk, kGrowth})), kGrowth);
+    EXPECT_EQ(overall_status(problems({kGrowth, kNoAdapter})), kNoAdapter);
     EXPECT_EQ(overall_status(problems({kNoAdapter, kNoPermission})), kNoPermission);
     EXPECT_EQ(overall_status(problems({kNoLibdrm, kNoPermission})), kNoLibdrm);
     EXPECT_EQ(overall_status(problems({kNoLibdrm, kWorkerLost})), kWorkerLost);

@@ -14,7 +14,7 @@ TEST(Message, RequestIsOneLineOfJson)
 
 TEST(Message, EachKindIsOneLineOfJson)
 {
-    EXPECT_EQ(encode(Entering{"dlopen"}), "{\"entering\":\"dlopen\"}\n");
+    EXPECT_EQ(encode(Entering{"dlopen"}), "{\"entering\":\"dlopen\",\"extra_ms\":0}\n");
     EXPECT_EQ(encode(Answer{{{"a", "x\ny"}}}), "{\"answer\":{\"a\":\"x\\ny\"}}\n");
     EXPECT_EQ(encode(Failure{ExitStatus::kNoLibrary, "dlopen", "no such file"}),
               "{\"call\":\"dlopen\",\"failure\":\"no such file\",\"status\":4}\n");
@@ -22,7 +22,8 @@ TEST(Message, EachKindIsOneLineOfJson)
 
 TEST(Message, EachKindIsRead)
 {
-    EXPECT_EQ(decode(R"({"entering":"dlopen"})"), Message{Entering{"dlopen"}});
+    EXPECT_EQ(decode(R"({"entering":"dlopen","extra_ms":0})"), Message{Entering{"dlopen"}});
+    EXPECT_EQ(decode(R"({"entering":"open","extra_ms":250})"), (Message{Entering{"open", 250}}));
     EXPECT_EQ(decode(R"({"answer":[1,2]})"), (Message{Answer{{1, 2}}}));
     EXPECT_EQ(decode(R"({"answer":null})"), Message{Answer{nullptr}});
     EXPECT_EQ(decode(R"({"failure":"text","call":"dlopen","status":5})"),
@@ -37,7 +38,8 @@ TEST(Message, BytesThatAreNoUtf8AreReplaced)
 TEST(Message, AnythingElseIsRefused)
 {
     for (const char* const line :
-         {"", "garbage", "[]", "7", "null", "{}", R"({"entering":7})", R"({"failure":"text"})",
+         {"", "garbage", "[]", "7", "null", "{}", R"({"entering":7})", R"({"entering":"dlopen"})",
+          R"({"entering":"dlopen","extra_ms":"0"})", R"({"failure":"text"})",
           R"({"failure":"text","status":5})", R"({"failure":"text","call":"x","status":"5"})",
           R"({"request":"discover"})"}) {
         EXPECT_EQ(decode(line), std::nullopt) << line;
@@ -60,6 +62,24 @@ TEST(LineBuffer, GivesWholeLinesOnly)
     EXPECT_EQ(lines.next_line(), std::nullopt);
     lines.append("ree\n");
     EXPECT_EQ(lines.next_line(), "three");
+}
+
+TEST(LineBuffer, TakesLongLinesInSmallPieces)
+{
+    LineBuffer lines;
+    lines.append("first\n");
+    for (int piece = 0; piece < 100'000; ++piece) {
+        lines.append("0123456789");
+        ASSERT_EQ(lines.next_line(),
+                  piece == 0 ? std::optional<std::string>("first") : std::nullopt);
+    }
+    lines.append("end\nnext\n");
+    const auto line = lines.next_line();
+    ASSERT_TRUE(line.has_value());
+    EXPECT_EQ(line->size(), 1'000'003U);
+    EXPECT_EQ(line->substr(999'990), "0123456789end");
+    EXPECT_EQ(lines.next_line(), "next");
+    EXPECT_EQ(lines.next_line(), std::nullopt);
 }
 
 }  // namespace

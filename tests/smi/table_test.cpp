@@ -34,5 +34,15 @@ TEST(Table, CellsAreMadePrintableBeforeTheyAreMeasured)
               "\xC3\xA9\xC3\xA9    y\n");
 }
 
+TEST(Table, NumbersEndAtTheSamePlace)
+{
+    EXPECT_EQ(
+        aligned({{"A", "SIZE", "B"}, {"1", "4 KiB", "x"}, {"2", "", "y"}, {"", "12 B", ""}}, {1}),
+        "A   SIZE  B\n"
+        "1  4 KiB  x\n"
+        "2         y\n"
+        "    12 B\n");
+}
+
 }  // namespace
 }  // namespace nimba::smi

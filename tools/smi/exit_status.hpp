@@ -17,6 +17,7 @@ enum class ExitStatus : int {
     kNoLibdrm = 5,      // the library found no usable libdrm
     kNoPermission = 6,  // something could not be read for want of permission
     kWorkerLost = 7,    // a worker died or gave no answer
+    kGrowth = 8,        // memory grew by as much as the command was told to report
 };
 
 // One situation that the user has to hear of.
@@ -28,7 +29,7 @@ struct Problem {
 };
 
 // The exit status of a run with these problems: that of the gravest one, in the documented order
-// 1, 2, 4, 7, 5, 6, 3; kOk when there are none.
+// 1, 2, 4, 7, 5, 6, 3, 8; kOk when there are none.
 ExitStatus overall_status(std::span<const Problem> problems);
 
 }  // namespace nimba::smi

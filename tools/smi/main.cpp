@@ -1,7 +1,13 @@
 // SPDX-License-Identifier: MIT
-// nimba-smi: shows the adapters of the Nimba and QV chips.
+// nimba-smi: shows the adapters of the Nimba and QV chips and their video memory.
+#include "tools/smi/alloc/command.hpp"
+#include "tools/smi/alloc/command_options.hpp"
 #include "tools/smi/command_line.hpp"
+#include "tools/smi/leaks/command.hpp"
+#include "tools/smi/leaks/command_options.hpp"
 #include "tools/smi/list/command.hpp"
+#include "tools/smi/memory/command_options.hpp"
+#include "tools/smi/ps/command.hpp"
 #include "tools/smi/text/output.hpp"
 #include "tools/smi/version/command.hpp"
 #include "tools/smi/worker/worker.hpp"
@@ -21,6 +27,12 @@ namespace {
 
 constexpr Command kCommands[] = {
     {"list", "List the adapters, and a GPU of another vendor", list_command},
+    {"ps", "Show the video memory of each device context and its process", ps_command,
+     add_memory_options, memory_options_fault},
+    {"alloc", "List the allocations of video memory", alloc_command, add_alloc_options,
+     memory_options_fault},
+    {"leaks", "Watch the allocations and show those that pile up", leaks_command, add_leaks_options,
+     leaks_options_fault},
     {"version", "Show the versions of the tool, the library and its interface", version_command},
 };
 

@@ -1,17 +1,29 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "tools/smi/alloc/options.hpp"
+#include "tools/smi/leaks/options.hpp"
+#include "tools/smi/memory/adapter_choice.hpp"
+
 #include <chrono>
+#include <cstddef>
+#include <optional>
 #include <string>
 
 namespace nimba::smi {
 
-// What every command can be told.
+// What the commands can be told: first what every command takes, then what some do.
 struct Options {
     bool json = false;
     bool verbose = false;
     std::chrono::milliseconds timeout{10'000};  // for each call of a worker
     std::string library = "libnimba_mgmt_interface.so";
+
+    bool csv = false;
+    std::optional<AdapterChoice> adapter;  // without it, all of them
+    std::optional<std::size_t> top;        // rows to show at most
+    AllocOptions alloc{};
+    LeaksOptions leaks{};
 };
 
 }  // namespace nimba::smi

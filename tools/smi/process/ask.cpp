@@ -19,11 +19,14 @@ using std::chrono::milliseconds;
 // A worker that hung up is on its way out.
 constexpr milliseconds kLeave{1000};
 
+// What a worker still gets when the user wants to end.
+constexpr milliseconds kLastPatience{1000};
+
 // One worker's way to its reply.
 class Exchange final {
   public:
     Exchange(WorkerProcess& worker, milliseconds timeout)
-        : worker_{&worker}, timeout_{timeout}, deadline_{Clock::now() + timeout}
+        : worker_{&worker}, timeout_{timeout}, patience_{timeout}, deadline_{Clock::now() + timeout}
     {
     }
 
@@ -51,7 +54,15 @@ class Exchange final {
     void expire()
     {
         worker_->kill();
-        reply_ = Lost{call_, no_answer_within(timeout_), true};
+        reply_ = Lost{call_, stopping_ ? kInterrupted : no_answer_within(patience_), true,
+                      worker_->last_complaint()};
+    }
+
+    // The user wants to end: from here on no call gets more time.
+    void hurry(Clock::time_point end)
+    {
+        stopping_ = true;
+        deadline_ = std::min(deadline_, end);
     }
 
   private:
@@ -63,7 +74,10 @@ class Exchange final {
             reply_ = Lost{call_, "it sent something that is no answer"};
         } else if (auto* const entering = std::get_if<Entering>(&*message)) {
             call_ = std::move(entering->call);
-            deadline_ = Clock::now() + timeout_;
+            patience_ = timeout_ + milliseconds{entering->extra_ms};
+            if (!stopping_) {
+                deadline_ = Clock::now() + patience_;
+            }
         } else if (auto* const answer = std::get_if<Answer>(&*message)) {
             reply_ = std::move(*answer);
         } else {
@@ -78,23 +92,27 @@ class Exchange final {
         if (!end) {
             worker_->kill();
         }
-        reply_ = Lost{call_, end.value_or("it hung up")};
+        reply_ = Lost{call_, end.value_or("it hung up"), false, worker_->last_complaint()};
     }
 
     WorkerProcess* worker_;
-    milliseconds timeout_;
+    milliseconds timeout_;   // for any call
+    milliseconds patience_;  // for the call that the worker is in
     Clock::time_point deadline_;
+    bool stopping_ = false;
     std::string call_{kStartCall};
     std::optional<Reply> reply_;
 };
 
-// Waits until a channel is readable or a deadline is reached, and serves the exchanges concerned.
-void serve_next(std::span<Exchange*> pending)
+// Waits until a channel is readable, a deadline is reached or `stop` is readable, and serves the
+// exchanges concerned. Returns whether `stop` is readable.
+bool serve_next(std::span<Exchange*> pending, int stop)
 {
     std::vector<pollfd> channels;
     for (const Exchange* exchange : pending) {
         channels.push_back({exchange->channel(), POLLIN, 0});
     }
+    channels.push_back({stop, POLLIN, 0});
     const Exchange* const first = *std::ranges::min_element(
         pending, {}, [](const Exchange* exchange) { return exchange->deadline(); });
     const auto left = std::chrono::ceil<milliseconds>(first->deadline() - Clock::now());
@@ -109,29 +127,37 @@ void serve_next(std::span<Exchange*> pending)
             pending[i]->expire();
         }
     }
+    return channels.back().revents != 0;
+}
+
+std::vector<Exchange*> open_ones(std::span<Exchange> exchanges)
+{
+    std::vector<Exchange*> open;
+    for (Exchange& exchange : exchanges) {
+        if (exchange.open()) {
+            open.push_back(&exchange);
+        }
+    }
+    return open;
 }
 
 }  // namespace
 
 std::vector<Reply> ask_all(std::span<WorkerProcess> workers, std::string_view request,
-                           milliseconds timeout)
+                           Patience patience)
 {
     std::vector<Exchange> exchanges;
     for (WorkerProcess& worker : workers) {
         worker.send(request);
-        exchanges.emplace_back(worker, timeout);
+        exchanges.emplace_back(worker, patience.timeout);
     }
-    while (true) {
-        std::vector<Exchange*> pending;
-        for (Exchange& exchange : exchanges) {
-            if (exchange.open()) {
-                pending.push_back(&exchange);
-            }
+    int stop = patience.stop;
+    for (auto pending = open_ones(exchanges); !pending.empty(); pending = open_ones(exchanges)) {
+        if (serve_next(pending, stop)) {
+            const auto end = Clock::now() + kLastPatience;
+            std::ranges::for_each(exchanges, [&](Exchange& exchange) { exchange.hurry(end); });
+            stop = -1;
         }
-        if (pending.empty()) {
-            break;
-        }
-        serve_next(pending);
     }
     std::vector<Reply> replies;
     replies.reserve(exchanges.size());

@@ -16,12 +16,15 @@ constexpr std::string_view kSilentStartAdvice =
 constexpr std::string_view kDeadStartAdvice =
     "nimba-smi could not run itself: check the limits of this session (ulimit -a)";
 
-std::string_view advice(const Lost& lost)
+std::string advice(const Lost& lost)
 {
     if (lost.call == kStartCall) {
-        return lost.silent ? kSilentStartAdvice : kDeadStartAdvice;
+        return std::string{lost.silent ? kSilentStartAdvice : kDeadStartAdvice};
     }
-    return lost.silent ? kSilentAdvice : kDeadAdvice;
+    if (!lost.silent && !lost.said.empty()) {
+        return fmt::format("it said \"{}\"", lost.said);
+    }
+    return std::string{lost.silent ? kSilentAdvice : kDeadAdvice};
 }
 
 Problem lost_worker(const Subject& subject, const Lost& lost)

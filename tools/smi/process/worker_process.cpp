@@ -2,6 +2,7 @@
 #include "tools/smi/process/worker_process.hpp"
 
 #include "tools/smi/worker/channel.hpp"
+#include "tools/smi/worker/complaints.hpp"
 #include "tools/smi/worker/progress.hpp"
 #include "tools/smi/worker/worker.hpp"
 
@@ -71,14 +72,19 @@ std::vector<std::string> command_line(const WorkerOptions& options)
 
 // Starts this program anew, in a process group of its own, so that it can be ended together with
 // the commands that the library runs.
-pid_t spawn(const WorkerOptions& options, int channel, int progress)
+pid_t spawn(const WorkerOptions& options, int channel, int progress, int complaints)
 {
     SpawnActions actions;
     ::posix_spawn_file_actions_adddup2(actions.get(), channel, kWorkerChannel);
     ::posix_spawn_file_actions_adddup2(actions.get(), progress, kWorkerProgress);
+    ::posix_spawn_file_actions_adddup2(actions.get(), complaints, kWorkerComplaints);
     SpawnAttributes attributes;
     ::posix_spawnattr_setpgroup(attributes.get(), 0);
-    ::posix_spawnattr_setflags(attributes.get(), POSIX_SPAWN_SETPGROUP);
+    // Signals that the tool waits for in its own way are no affair of its workers.
+    sigset_t none;
+    ::sigemptyset(&none);
+    ::posix_spawnattr_setsigmask(attributes.get(), &none);
+    ::posix_spawnattr_setflags(attributes.get(), POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK);
 
     std::vector<std::string> words = command_line(options);
     std::vector<char*> arguments;
@@ -112,7 +118,11 @@ WorkerProcess::WorkerProcess(const WorkerOptions& options)
     if (!progress_) {
         fail(errno, "cannot make memory to share with a worker process");
     }
-    pid_ = spawn(options, worker_end.get(), memory.get());
+    complaints_ = make_complaint_memory();
+    if (!complaints_) {
+        fail(errno, "cannot make memory for what a worker process prints");
+    }
+    pid_ = spawn(options, worker_end.get(), memory.get(), complaints_.get());
     process_ = Descriptor{static_cast<int>(::syscall(SYS_pidfd_open, pid_, 0))};
     if (!process_) {
         const int error = errno;
@@ -137,7 +147,7 @@ void WorkerProcess::send(std::string_view request)
 
 bool WorkerProcess::receive()
 {
-    std::array<char, 4096> bytes{};
+    std::array<char, 65536> bytes{};
     const ssize_t received = ::recv(channel_.get(), bytes.data(), bytes.size(), MSG_DONTWAIT);
     if (received > 0) {
         lines_.append({bytes.data(), static_cast<std::size_t>(received)});
@@ -159,6 +169,11 @@ std::optional<std::string> WorkerProcess::wait(std::chrono::milliseconds patienc
     }
     process_.reset();
     return describe_end(info.si_code, info.si_status);
+}
+
+std::string WorkerProcess::last_complaint() const
+{
+    return last_line_in(complaints_.get());
 }
 
 void WorkerProcess::kill()

@@ -42,6 +42,10 @@ class WorkerProcess final {
     // How far the worker's discovery came. The worker writes it until it has ended.
     [[nodiscard]] const DiscoveryProgress& progress() const { return *progress_; }
 
+    // The last line that the worker wrote on standard error in its last call, when it does not
+    // show what it writes; empty without one.
+    [[nodiscard]] std::string last_complaint() const;
+
     // Waits for the end of the process, at most `patience`. Returns how it ended ("exit status 3",
     // "killed by SIGSEGV"), or nothing while it runs. What the process started ends with it.
     std::optional<std::string> wait(std::chrono::milliseconds patience);
@@ -53,6 +57,7 @@ class WorkerProcess final {
   private:
     Descriptor channel_;
     SharedProgress progress_;
+    Descriptor complaints_;
     Descriptor process_;  // refers to the child; empty once it was waited for
     pid_t pid_ = -1;
     LineBuffer lines_;

@@ -34,7 +34,7 @@ std::vector<std::size_t> column_widths(const std::vector<Row>& rows)
 
 }  // namespace
 
-std::string aligned(const std::vector<Row>& rows)
+std::string aligned(const std::vector<Row>& rows, const std::vector<std::size_t>& right)
 {
     const std::vector<Row> cells = printable_rows(rows);
     const std::vector<std::size_t> widths = column_widths(cells);
@@ -42,11 +42,15 @@ std::string aligned(const std::vector<Row>& rows)
     for (const Row& row : cells) {
         std::size_t blanks = 0;
         for (std::size_t i = 0; i < row.size(); ++i) {
+            const std::size_t rest = widths[i] - columns(row[i]);
+            const bool at_right = std::ranges::find(right, i) != right.end();
             if (!row[i].empty()) {
-                text.append(blanks, ' ') += row[i];
-                blanks = 0;
+                text.append(blanks + (at_right ? rest : 0), ' ') += row[i];
+                blanks = at_right ? 0 : rest;
+            } else {
+                blanks += rest;
             }
-            blanks += widths[i] - columns(row[i]) + kGap;
+            blanks += kGap;
         }
         text += '\n';
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -9,7 +10,8 @@ namespace nimba::smi {
 using Row = std::vector<std::string>;
 
 // Rows of cells as lines with aligned columns, two blanks between them and none at a line's end.
-// Every row has as many cells as the first. Cells are made printable.
-std::string aligned(const std::vector<Row>& rows);
+// Every row has as many cells as the first. Cells are made printable. The columns in `right`, such
+// as those of sizes, end at the same place instead of beginning there.
+std::string aligned(const std::vector<Row>& rows, const std::vector<std::size_t>& right = {});
 
 }  // namespace nimba::smi

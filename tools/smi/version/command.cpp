@@ -17,7 +17,7 @@ VersionSnapshot take_snapshot(const Options& options)
     VersionSnapshot snapshot;
     snapshot.tool_version = kToolVersion;
     WorkerProcess worker{{options.library, options.verbose, std::nullopt}};
-    const Reply reply = ask_all({&worker, 1}, kVersionRequest, options.timeout).front();
+    const Reply reply = ask_all({&worker, 1}, kVersionRequest, {options.timeout}).front();
     snapshot.library = accept<LibraryVersion>({"library", std::nullopt}, reply, snapshot.problems);
     if (snapshot.library && snapshot.library->match_code == NIMBA_VERSION_MAJOR_MISMATCH) {
         snapshot.problems.push_back({ExitStatus::kNoLibrary, std::nullopt,

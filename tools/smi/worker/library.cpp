@@ -31,6 +31,13 @@ constexpr Symbol kSymbols[] = {
     {"gfx_find_adapter_ext1", store<&EntryPoints::gfx_find_adapter_ext1>},
     {"gpuinfo_nimba_init", store<&EntryPoints::gpuinfo_nimba_init>},
     {"gpuinfo_control_enable", store<&EntryPoints::gpuinfo_control_enable>},
+    {"gfx_global_init", store<&EntryPoints::gfx_global_init>},
+    {"gfx_global_exit", store<&EntryPoints::gfx_global_exit>},
+    {"sys_kernel_debug_ID_dri_ADAPTER_path", store<&EntryPoints::debug_directory>},
+    {"get_allocation_raw_list", store<&EntryPoints::get_allocation_raw_list>},
+    {"get_device_pid_maps", store<&EntryPoints::get_device_pid_maps>},
+    {"get_memleak_info", store<&EntryPoints::get_memleak_info>},
+    {"vec_memleak_result", store<&EntryPoints::vec_memleak_result>},
 };
 
 // The file behind a handle, without links where it can be resolved.

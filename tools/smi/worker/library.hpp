@@ -20,6 +20,13 @@ struct EntryPoints {
     decltype(&::gfx_find_adapter_ext1) gfx_find_adapter_ext1 = nullptr;
     decltype(&::gpuinfo_nimba_init) gpuinfo_nimba_init = nullptr;
     decltype(&::gpuinfo_control_enable) gpuinfo_control_enable = nullptr;
+    decltype(&::gfx_global_init) gfx_global_init = nullptr;
+    decltype(&::gfx_global_exit) gfx_global_exit = nullptr;
+    decltype(&::sys_kernel_debug_ID_dri_ADAPTER_path) debug_directory = nullptr;
+    decltype(&::get_allocation_raw_list) get_allocation_raw_list = nullptr;
+    decltype(&::get_device_pid_maps) get_device_pid_maps = nullptr;
+    decltype(&::get_memleak_info) get_memleak_info = nullptr;
+    decltype(&::vec_memleak_result) vec_memleak_result = nullptr;
 };
 
 struct LibraryCloser {

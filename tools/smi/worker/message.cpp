@@ -29,6 +29,16 @@ std::optional<std::string> text_member(const Json& object, const char* key)
     return value->get<std::string>();
 }
 
+std::optional<Entering> entering_of(const Json& object)
+{
+    const auto call = text_member(object, "entering");
+    const Json* const extra = member(object, "extra_ms");
+    if (!call || extra == nullptr || !extra->is_number_integer()) {
+        return std::nullopt;
+    }
+    return Entering{*call, extra->get<int64_t>()};
+}
+
 std::optional<Failure> failure_of(const Json& object)
 {
     const Json* const status = member(object, "status");
@@ -41,7 +51,10 @@ std::optional<Failure> failure_of(const Json& object)
 }
 
 struct Encoder {
-    Json operator()(const Entering& entering) const { return {{"entering", entering.call}}; }
+    Json operator()(const Entering& entering) const
+    {
+        return {{"entering", entering.call}, {"extra_ms", entering.extra_ms}};
+    }
     Json operator()(const Answer& answer) const { return {{"answer", answer.value}}; }
     Json operator()(const Failure& failure) const
     {
@@ -71,8 +84,8 @@ std::optional<std::string> decode_request(std::string_view line)
 std::optional<Message> decode(std::string_view line)
 {
     const Json object = parsed(line);
-    if (auto call = text_member(object, "entering")) {
-        return Entering{std::move(*call)};
+    if (auto entering = entering_of(object)) {
+        return *std::move(entering);
     }
     if (const Json* const value = member(object, "answer")) {
         return Answer{*value};
@@ -83,14 +96,25 @@ std::optional<Message> decode(std::string_view line)
     return std::nullopt;
 }
 
+void LineBuffer::append(std::string_view bytes)
+{
+    // Lines that were taken make room when a piece arrives, all of them at once.
+    bytes_.erase(0, begin_);
+    searched_ -= begin_;
+    begin_ = 0;
+    bytes_ += bytes;
+}
+
 std::optional<std::string> LineBuffer::next_line()
 {
-    const auto end = bytes_.find('\n');
+    const auto end = bytes_.find('\n', searched_);
     if (end == std::string::npos) {
+        searched_ = bytes_.size();
         return std::nullopt;
     }
-    std::string line = bytes_.substr(0, end);
-    bytes_.erase(0, end + 1);
+    std::string line = bytes_.substr(begin_, end - begin_);
+    begin_ = end + 1;
+    searched_ = begin_;
     return line;
 }
 

@@ -7,6 +7,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -22,6 +24,7 @@ inline constexpr std::string_view kStartCall = "start";
 // The worker is about to make a call that may not come back.
 struct Entering {
     std::string call;
+    int64_t extra_ms = 0;  // beyond the usual time, for a call that has much to do
 
     bool operator==(const Entering&) const = default;
 };
@@ -51,16 +54,19 @@ std::string encode(const Message& message);
 std::optional<std::string> decode_request(std::string_view line);
 std::optional<Message> decode(std::string_view line);
 
-// Puts lines together from pieces as they arrive.
+// Puts lines together from pieces as they arrive. Each byte is looked at once, however long a line
+// and however small the pieces are.
 class LineBuffer final {
   public:
-    void append(std::string_view bytes) { bytes_ += bytes; }
+    void append(std::string_view bytes);
 
     // The next whole line, without its newline.
     std::optional<std::string> next_line();
 
   private:
     std::string bytes_;
+    std::size_t begin_ = 0;     // of the next line
+    std::size_t searched_ = 0;  // there is no newline between begin_ and here
 };
 
 }  // namespace nimba::smi

@@ -1,18 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/worker/payload.hpp"
 
-// An absent value is null.
-template <typename T>
-struct nlohmann::adl_serializer<std::optional<T>> {
-    static void to_json(json& value, const std::optional<T>& optional)
-    {
-        value = optional ? json(*optional) : json(nullptr);
-    }
-    static void from_json(const json& value, std::optional<T>& optional)
-    {
-        optional = value.is_null() ? std::nullopt : std::optional<T>(value.get<T>());
-    }
-};
+#include "tools/smi/worker/payload_json.hpp"
 
 namespace nimba::smi {
 
@@ -41,16 +30,6 @@ nlohmann::json to_json_value(const Description& description)
 nlohmann::json to_json_value(const LibraryVersion& version)
 {
     return version;
-}
-
-template <typename Payload>
-std::optional<Payload> payload_from(const nlohmann::json& value)
-{
-    try {
-        return value.get<Payload>();
-    } catch (const nlohmann::json::exception&) {
-        return std::nullopt;
-    }
 }
 
 template std::optional<Discovery> payload_from(const nlohmann::json&);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// How far discovery came, in memory that a worker shares with its parent: it tells what was found
-// also when the worker is lost.
+// How far a worker came, in memory that it shares with its parent: it tells what discovery found,
+// and what is to be tidied up, also when the worker is lost.
 #pragma once
 
 #include "nimba_mgmt_interface.h"
@@ -19,6 +19,7 @@ namespace nimba::smi {
 struct DiscoveryProgress {
     find_adapter adapters;  // the library's record; chip_num counts the slots that are complete
     char reached[20];       // bus id of the last device whose location was told; empty before
+    bool entered;           // an adapter is current: the driver accounts for its usage
 };
 
 struct ProgressUnmapper {

@@ -3,6 +3,8 @@
 
 #include "tools/smi/worker/driver_files.hpp"
 #include "tools/smi/worker/drm_nodes.hpp"
+#include "tools/smi/worker/memory_requests.hpp"
+#include "tools/smi/worker/own_adapter.hpp"
 
 #include <fmt/format.h>
 
@@ -51,9 +53,6 @@ void describe_drm(Discovery& discovery)
 
 Message discover(Session& session)
 {
-    if (auto failure = mismatch(session)) {
-        return *std::move(failure);
-    }
     const DiscoveryRecords& records = session.discover();
     Discovery discovery;
     discovery.libdrm_usable = libdrm_usable(session);
@@ -63,37 +62,13 @@ Message discover(Session& session)
     return Answer{to_json_value(discovery)};
 }
 
-// Puts in what the record lacks and the adapter's PCI directory tells.
-void complete(Adapter& adapter, const DiscoveryRecords& records)
-{
-    const int directory = records.adapters.gpu_infos[adapter.slot].pci_dir_fd;
-    if (!adapter.device_id) {
-        adapter.device_id = pci_id_in(directory, "device");
-    }
-    if (!adapter.card) {
-        adapter.card = card_in(directory);
-    }
-}
-
-// Whether the library could have seen that the driver is VA: it finds the info node by the number
-// of the primary node.
-bool has_primary_node(const Adapter& adapter)
-{
-    return adapter.card && exists(primary_node_path(*adapter.card));
-}
-
 Message describe(Session& session)
 {
-    if (auto failure = mismatch(session)) {
-        return *std::move(failure);
-    }
-    const DiscoveryRecords& records = session.discover();
-    const int slot = session.options().slot.value_or(-1);
-    if (slot < 0 || slot >= slot_count(records)) {
+    std::optional<Adapter> found = own_adapter(session);
+    if (!found) {
         return Answer{to_json_value(Description{})};
     }
-    Adapter adapter = adapter_in_slot(records, slot);
-    complete(adapter, records);
+    Adapter& adapter = *found;
     Description description;
     if (adapter.driver == DriverKind::kUnknown && has_primary_node(adapter)) {
         const std::string info = driver_info_path(*adapter.card, adapter.vendor_id);
@@ -103,7 +78,7 @@ Message describe(Session& session)
             description.denied_info = info;
         }
     }
-    description.adapter = std::move(adapter);
+    description.adapter = std::move(found);
     return Answer{to_json_value(description)};
 }
 
@@ -123,12 +98,13 @@ Message version(Session& session)
 struct Request {
     std::string_view name;
     Message (*answer)(Session&);
+    bool any_library = false;  // also one of another major version
 };
 
 constexpr Request kRequests[] = {
-    {kDiscoverRequest, discover},
-    {kDescribeRequest, describe},
-    {kVersionRequest, version},
+    {kDiscoverRequest, discover},     {kDescribeRequest, describe},
+    {kVersionRequest, version, true}, {kMemoryRequest, answer_memory},
+    {kLeaksRequest, answer_leaks},    {kTidyRequest, answer_tidy},
 };
 
 }  // namespace
@@ -141,6 +117,9 @@ Message answer_request(Session& session, std::string_view request)
                        fmt::format("unknown request \"{}\"", request)};
     }
     if (auto failure = session.ensure_library()) {
+        return *std::move(failure);
+    }
+    if (auto failure = mismatch(session); failure && !known->any_library) {
         return *std::move(failure);
     }
     return known->answer(session);

@@ -42,4 +42,27 @@ const DiscoveryRecords& Session::discover()
     return *records_;
 }
 
+bool Session::enter_adapter(const find_adapter& adapters)
+{
+    if (!adapters_) {
+        const EntryPoints& entry = library_->entry;
+        adapters_ = adapters;
+        complete_ =
+            call("gfx_global_init", [&] { return entry.gfx_global_init(&*adapters_); }) >= 0;
+        progress_.entered = true;
+    }
+    return complete_;
+}
+
+void Session::leave_adapter()
+{
+    if (adapters_) {
+        const EntryPoints& entry = library_->entry;
+        const int slot = adapters_->chip_id_idx;
+        call("gfx_global_exit", [&] { return entry.gfx_global_exit(slot); });
+        progress_.entered = false;
+        adapters_.reset();
+    }
+}
+
 }  // namespace nimba::smi

@@ -3,10 +3,12 @@
 #pragma once
 
 #include "tools/smi/worker/channel.hpp"
+#include "tools/smi/worker/complaints.hpp"
 #include "tools/smi/worker/discovery.hpp"
 #include "tools/smi/worker/library.hpp"
 #include "tools/smi/worker/progress.hpp"
 
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <string>
@@ -22,23 +24,32 @@ struct WorkerOptions {
 
 class Session final {
   public:
-    // `progress` is where the library's record is kept.
-    Session(WorkerOptions options, Channel& channel, DiscoveryProgress& progress)
-        : options_{std::move(options)}, channel_{channel}, progress_{progress}
+    // `progress` is where the library's record is kept, `complaints` the memory for what the
+    // library writes on standard error.
+    Session(WorkerOptions options, Channel& channel, DiscoveryProgress& progress, int complaints)
+        : options_{std::move(options)},
+          channel_{channel},
+          progress_{progress},
+          complaints_{complaints}
     {
     }
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+    ~Session() { leave_adapter(); }
 
     [[nodiscard]] const WorkerOptions& options() const { return options_; }
 
     // The call that was entered last.
     [[nodiscard]] const std::string& current_call() const { return call_; }
 
-    // Tells the tool about a call that may block, die or throw, and makes it.
+    // Tells the tool about a call that may block, die or throw, and makes it. The call may take
+    // longer than others by `extra`.
     template <typename Function>
-    auto call(std::string name, Function&& function)
+    auto call(std::string name, Function&& function, std::chrono::milliseconds extra = {})
     {
         call_ = std::move(name);
-        channel_.send(Entering{call_});
+        channel_.send(Entering{call_, extra.count()});
+        forget_complaints(complaints_);
         return std::invoke(std::forward<Function>(function));
     }
 
@@ -53,14 +64,26 @@ class Session final {
     // Discovers at the first call; descriptors would pile up if it were done again.
     const DiscoveryRecords& discover();
 
+    // Makes the adapter of a discovery record current in the library, at the first call; the record
+    // says which. Usage accounting is on until leave_adapter, which the end of the session calls.
+    // Returns whether all of the library is at the adapter's service.
+    bool enter_adapter(const find_adapter& adapters);
+    void leave_adapter();
+
+    // The record that enter_adapter was given.
+    [[nodiscard]] const find_adapter& adapters() const { return *adapters_; }
+
   private:
     WorkerOptions options_;
     Channel& channel_;
     DiscoveryProgress& progress_;
+    int complaints_;
     std::string call_{kStartCall};
     std::optional<Library> library_;
     interface_version_info handshake_{};
     std::optional<DiscoveryRecords> records_;
+    std::optional<find_adapter> adapters_;  // of the current adapter
+    bool complete_ = false;
 };
 
 }  // namespace nimba::smi

@@ -60,7 +60,7 @@ bool end_with_parent(int channel)
     return ::poll(&peer, 1, 0) == 0;
 }
 
-int arrange_surroundings(bool verbose)
+int arrange_surroundings(bool verbose, int complaints)
 {
     const Descriptor nothing{::open("/dev/null", O_RDWR | O_CLOEXEC)};
     if (!nothing || ::dup2(nothing.get(), STDIN_FILENO) < 0 ||
@@ -75,7 +75,7 @@ int arrange_surroundings(bool verbose)
         return errno;
     }
     // Last, so that an error above can still be told.
-    return verbose || ::dup2(nothing.get(), STDERR_FILENO) >= 0 ? 0 : errno;
+    return verbose || ::dup2(complaints, STDERR_FILENO) >= 0 ? 0 : errno;
 }
 
 std::string with_system_directories(std::string_view path)

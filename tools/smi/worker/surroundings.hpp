@@ -13,11 +13,12 @@ namespace nimba::smi {
 bool end_with_parent(int channel);
 
 // Keeps the standard descriptors clean of what the library and its commands print, which is from
-// the moment it is loaded: all of it goes to standard error when `verbose`, else nowhere. Standard
+// the moment it is loaded: all of it goes to standard error when `verbose`; else what they write on
+// standard output goes nowhere, and standard error becomes the descriptor `complaints`. Standard
 // input becomes empty. The directories of system commands are put at the end of PATH, for the
 // commands that the library runs.
 // Returns 0, or the number of the error that prevented it.
-int arrange_surroundings(bool verbose);
+int arrange_surroundings(bool verbose, int complaints);
 
 // `path`, a PATH, with /usr/sbin and /sbin behind it unless it has them.
 std::string with_system_directories(std::string_view path);

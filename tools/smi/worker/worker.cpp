@@ -92,13 +92,16 @@ int run_worker(int count, char** arguments)
         return EXIT_SUCCESS;
     }
     const SharedProgress progress = map_progress(kWorkerProgress);
-    if (const int error = progress ? arrange_surroundings(options.verbose) : errno; error != 0) {
+    if (const int error =
+            progress ? arrange_surroundings(options.verbose, kWorkerComplaints) : errno;
+        error != 0) {
         print_error_line(fmt::format("a worker cannot be set up: {}", std::strerror(error)));
         return EXIT_FAILURE;
     }
     ::close(kWorkerProgress);
+    ::fcntl(kWorkerComplaints, F_SETFD, FD_CLOEXEC);
     Channel channel{kWorkerChannel};
-    Session session{std::move(options), channel, *progress};
+    Session session{std::move(options), channel, *progress, kWorkerComplaints};
     serve(session, channel);
     return EXIT_SUCCESS;
 }

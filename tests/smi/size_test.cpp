@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+#include "tools/smi/text/size.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+
+namespace nimba::smi {
+namespace {
+
+TEST(SizeText, IsExactOrHasOnePlace)
+{
+    EXPECT_EQ(size_text(0), "0 B");
+    EXPECT_EQ(size_text(1023), "1023 B");
+    EXPECT_EQ(size_text(1024), "1 KiB");
+    EXPECT_EQ(size_text(1536), "1.5 KiB");
+    EXPECT_EQ(size_text(4096), "4 KiB");
+    EXPECT_EQ(size_text(8294400), "7.9 MiB");
+    EXPECT_EQ(size_text(2147483648), "2 GiB");
+    EXPECT_EQ(size_text(2147483649), "2.0 GiB");
+}
+
+TEST(SizeText, NeverReachesTheNextUnitsNumber)
+{
+    EXPECT_EQ(size_text(1048575), "1.0 MiB");
+    EXPECT_EQ(size_text(1073741823), "1.0 GiB");
+    EXPECT_EQ(size_text(1047552), "1023 KiB");
+    EXPECT_EQ(size_text(UINT64_MAX), "16777216 TiB");
+}
+
+TEST(ParseSize, TakesBytesAndIecUnits)
+{
+    EXPECT_EQ(parse_size("0"), 0U);
+    EXPECT_EQ(parse_size("4096"), 4096U);
+    EXPECT_EQ(parse_size("12B"), 12U);
+    EXPECT_EQ(parse_size("4KiB"), 4096U);
+    EXPECT_EQ(parse_size("4 kib"), 4096U);
+    EXPECT_EQ(parse_size("1.5MiB"), 1572864U);
+    EXPECT_EQ(parse_size("2g"), 2147483648U);
+    EXPECT_EQ(parse_size("1T"), 1099511627776U);
+}
+
+TEST(ParseSize, RefusesOtherTexts)
+{
+    for (const char* const text : {"", "KiB", "-1", "-0", "4KB", "4Kib/s", "1e3", "0x10", "nan",
+                                   "inf", "4  KiB", " 4", "16777216TiB", "99999999999999999999"}) {
+        EXPECT_EQ(parse_size(text), std::nullopt) << text;
+    }
+}
+
+}  // namespace
+}  // namespace nimba::smi

@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: MIT
+// What workers read of an adapter's video memory, and how it travels to the tool.
+#pragma once
+
+#include "tools/smi/memory/allocation.hpp"
+#include "tools/smi/worker/message.hpp"
+#include "tools/smi/worker/payload.hpp"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace nimba::smi {
+
+// An open device context.
+struct DeviceContext {
+    uint32_t device = 0;  // the handle that its allocations tell
+    int pid = 0;
+    std::string name;  // of the process; empty when it has gone or has none
+
+    bool operator==(const DeviceContext&) const = default;
+};
+
+// What every reading has.
+struct ReadingBase {
+    std::optional<std::string> bus_id;  // of the adapter; none when the worker's slot is empty
+    std::vector<DeviceContext> contexts;
+    std::vector<Failure> remarks;  // what the reading lacks
+
+    bool operator==(const ReadingBase&) const = default;
+};
+
+// Answer to "memory".
+struct MemoryReading : ReadingBase {
+    std::vector<Allocation> allocations;
+};
+
+struct DeviceCount {
+    uint32_t device = 0;
+    uint64_t count = 0;  // allocations
+
+    bool operator==(const DeviceCount&) const = default;
+};
+
+// What makes allocations alike.
+struct Shape {
+    int32_t width = 0;
+    int32_t height = 0;
+    uint32_t size = 0;  // bytes of one allocation
+    int32_t hw_format = 0;
+    int32_t at_type = 0;
+
+    auto operator<=>(const Shape&) const = default;
+};
+
+// The allocations of one shape.
+struct LeakGroup {
+    Shape shape;
+    int32_t oldest_hits = 0;  // snapshots in a row that held the one that is there longest
+    std::vector<DeviceCount> owners;
+
+    bool operator==(const LeakGroup&) const = default;
+};
+
+// Answer to "leaks": one snapshot.
+struct LeakReading : ReadingBase {
+    std::vector<LeakGroup> groups;
+
+    bool operator==(const LeakReading&) const = default;
+};
+
+nlohmann::json to_json_value(const MemoryReading& reading);
+nlohmann::json to_json_value(const LeakReading& reading);
+extern template std::optional<MemoryReading> payload_from(const nlohmann::json&);
+extern template std::optional<LeakReading> payload_from(const nlohmann::json&);
+
+}  // namespace nimba::smi

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "tools/smi/adapter.hpp"
+#include "tools/smi/exit_status.hpp"
+#include "tools/smi/options.hpp"
+#include "tools/smi/worker/payload.hpp"
+
+#include <optional>
+#include <vector>
+
+namespace nimba::smi {
+
+// What a worker of its own said about the machine.
+struct DiscoveryOutcome {
+    std::optional<Discovery> discovery;
+    std::vector<Adapter> finished;  // when it was lost: the adapters that it had found until then
+    std::vector<Problem> problems;  // why there is no discovery
+};
+
+// Asks what adapters the machine has. The worker ends with the answer.
+DiscoveryOutcome discover_adapters(const Options& options);
+
+}  // namespace nimba::smi

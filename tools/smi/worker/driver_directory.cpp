@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+#include "tools/smi/worker/driver_directory.hpp"
+
+#include "tools/smi/descriptor.hpp"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <fmt/format.h>
+
+#include <cerrno>
+#include <cstring>
+#include <memory>
+#include <string_view>
+
+namespace nimba::smi {
+namespace {
+
+struct ListingCloser {
+    void operator()(DIR* listing) const { ::closedir(listing); }
+};
+using Listing = std::unique_ptr<DIR, ListingCloser>;
+
+// The next entry but "." and ".."; null at the end.
+const char* next_entry(const Listing& listing)
+{
+    while (const dirent* const entry = ::readdir(listing.get())) {
+        const std::string_view name{entry->d_name};
+        if (name != "." && name != "..") {
+            return entry->d_name;
+        }
+    }
+    return nullptr;
+}
+
+// The error number of opening a file and reading its first byte; 0 when that works.
+int reading_error(const std::string& path)
+{
+    const Descriptor file{::open(path.c_str(), O_RDONLY | O_CLOEXEC)};
+    char byte = 0;
+    return file && ::read(file.get(), &byte, 1) >= 0 ? 0 : errno;
+}
+
+}  // namespace
+
+std::optional<FileFault> first_fault(const std::string& directory, bool named_alike)
+{
+    const Listing listing{::opendir(directory.c_str())};
+    if (!listing) {
+        return FileFault{directory, errno};
+    }
+    while (const char* const entry = next_entry(listing)) {
+        const std::string path =
+            fmt::format("{}/{}/{}", directory, entry, named_alike ? entry : "info");
+        // What has gone in between is no fault.
+        if (const int error = reading_error(path); error != 0 && error != ENOENT) {
+            return FileFault{path, error};
+        }
+    }
+    return std::nullopt;
+}
+
+std::size_t entries_in(const std::string& directory)
+{
+    const Listing listing{::opendir(directory.c_str())};
+    std::size_t count = 0;
+    while (listing && next_entry(listing) != nullptr) {
+        ++count;
+    }
+    return count;
+}
+
+FaultSentence describe_fault(const std::optional<FileFault>& fault, const std::string& directory,
+                             const char* what)
+{
+    if (!fault) {
+        return {ExitStatus::kNoAdapter,
+                fmt::format("the {} in {} cannot be read as a whole: they come and go too fast, or "
+                            "an entry has no node; run the command again",
+                            what, directory)};
+    }
+    if (fault->error == EACCES || fault->error == EPERM) {
+        return {ExitStatus::kNoPermission,
+                fmt::format("no permission to read {}: run as root", fault->path)};
+    }
+    if (fault->error == ENOENT || fault->error == ENOTDIR) {
+        return {ExitStatus::kNoAdapter,
+                fmt::format("there is no directory {}: the driver does not show its {}, or the "
+                            "adapter is gone (see dmesg)",
+                            fault->path, what)};
+    }
+    return {ExitStatus::kNoAdapter, fmt::format("cannot read {}: {} (see dmesg)", fault->path,
+                                                std::strerror(fault->error))};
+}
+
+}  // namespace nimba::smi
