@@ -137,6 +137,9 @@ std::size_t AllocationParser::add_expected_line(const char* text, std::size_t li
     }
     if (text[expected.length - 1] != '\n') {
         expected.length = line_length(text, field.key.size());
+        if (text[expected.length - 1] != '\n') {
+            return 0;
+        }
     }
     const char* const value = text + field.key.size();
     const std::size_t characters = expected.length - field.key.size() - 1;

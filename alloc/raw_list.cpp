@@ -18,8 +18,7 @@ using RecordBlock = std::unique_ptr<_GFX_ALLOCATION_INFO[], Free>;
 
 constexpr std::size_t kSpareRecords = 10;
 
-// The list of the last page 0, sorted by device. Written by every page 0 that can read the driver,
-// and released by nothing else: a host's exit handler may still ask for its pages.
+// The list of the last page 0, sorted by device. Written by every page 0 that can read the driver.
 // The count is also that of a list for which there was no memory; the list is then missing.
 struct KeptList {
     RecordBlock global_allocation_raw_list;
@@ -27,6 +26,15 @@ struct KeptList {
 };
 
 NeverDestroyed<KeptList> kept_list;
+
+// With the library goes its list. A host's exit handler that asks for a page after this finds it
+// empty, not with memory that was given back.
+const struct ReleaseListAtExit {
+    ReleaseListAtExit() = default;
+    ReleaseListAtExit(const ReleaseListAtExit&) = delete;
+    ReleaseListAtExit& operator=(const ReleaseListAtExit&) = delete;
+    ~ReleaseListAtExit() { kept_list.value = {}; }
+} release_list_at_exit;
 
 bool compare_allo_device(const _GFX_ALLOCATION_INFO& a, const _GFX_ALLOCATION_INFO& b)
 {

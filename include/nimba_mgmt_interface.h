@@ -517,7 +517,7 @@ NIMBA_MGMT_ASSERT(sizeof(_GFX_MEMLEAK_INFO) == 1380);
 /* Hands out the allocations sorted by device, 20 at a time. Page 0 reads the driver and keeps the
  * list; the other pages are copied from the kept list without a read, so call with page_index 0, 1,
  * 2 and on while more_flag is 1, and all pages come from one reading. The list is kept until the
- * next page 0.
+ * next page 0, or until the library is unloaded.
  * buffer: page_index is read. On success total_cnt, trasfer_cnt, more_flag and the first
  * trasfer_cnt records are written; the other records stay as they were. Allocations of one device
  * come in no defined order.
@@ -600,10 +600,9 @@ NIMBA_MGMT_API int32_t get_device_pid_maps_internal(_GFX_DEVICE_PID_MAP* buffer,
  * An allocation is the same in two snapshots when handle, width, height, size, hw_format and
  * at_type are. The list is kept over initialisation, exit and a change of the adapter.
  * buffer: all of it is written, or none when the driver could not be read; the kept list then stays
- * as it was, too, also when an error leaves. To tell, fill the buffer with something that cannot be
- * a report, such as a negative sum_count.
- * Return: 0 always.
- * Source: <debug directory>/allocations/<entry>/info. */
+ * as it was, too, also when a value's error leaves. To tell, fill the buffer with something that
+ * cannot be a report, such as a negative sum_count. Return: 0 always. Source: <debug
+ * directory>/allocations/<entry>/info. */
 NIMBA_MGMT_API int32_t get_memleak_info(_GFX_MEMLEAK_INFO* buffer);
 
 /* The worker of get_memleak_info.

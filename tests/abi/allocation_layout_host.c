@@ -46,10 +46,12 @@ static void fill_debug_directory(const char* directory)
     make_directory(directory, "devices/1");
     snprintf(text, sizeof text, "pid = %d\nhandle = 1f\n", (int)getpid());
     write_node(directory, "devices/1/info", text);
+    snprintf(text, sizeof text, "pid = %d\nhandle = 2f\n", (int)getpid());
+    write_node(directory, "devices/1/1", text);
 }
 
 /* The fields of an allocation but its handle, device, segment and counts. */
-static void check_allocation(const unsigned char* record)
+static void check_fields(const unsigned char* record)
 {
     CHECK(i32_at(record, 8) == 3);
     CHECK(i32_at(record, 12) == 4);
@@ -69,7 +71,6 @@ static void check_allocation(const unsigned char* record)
     CHECK(i32_at(record, 72) == 19);
     CHECK(i32_at(record, 76) == 20);
     CHECK(i32_at(record, 80) == 21);
-    CHECK(i32_at(record, 84) == 1);
 }
 
 static int is_handle_and_segment(const unsigned char* record, int32_t handle, int32_t segment)
@@ -118,8 +119,9 @@ static void check_raw_list(void* library, const char* function)
     CHECK(i32_at(list, 12) == 0);
     CHECK(holds_both(list + 16));
     for (size_t offset = 16; offset < 200; offset += kRecord) {
-        check_allocation(list + offset);
+        check_fields(list + offset);
         CHECK(i32_at(list, offset + 4) == 0x1F);
+        CHECK(i32_at(list, offset + 84) == 1);
         CHECK(i32_at(list, offset + 88) == 1);
     }
     CHECK(all_bytes(list, 200, 1656 + kGuard, kUntouched));
@@ -202,39 +204,63 @@ static int ends_with(const char* text, const char* end)
     return length >= strlen(end) && strcmp(text + length - strlen(end), end) == 0;
 }
 
-static void check_process_map(void* library)
+/* Checks the map of this process's one device context, which has this handle, and its fence. */
+static void check_map_of_one(const unsigned char* map, int32_t handle)
 {
-    static _Alignas(8) unsigned char map[3600 + kGuard];
-    int32_t (*map_processes)(void*, uint32_t, int32_t);
-    find_function(library, "get_device_pid_maps_internal", &map_processes);
-    memset(map, kUntouched, sizeof map);
-    CHECK(map_processes(map, 0, 1) == 0);
     CHECK(i32_at(map, 0) == getpid());
-    CHECK(i32_at(map, 4) == 0x1F);
+    CHECK(i32_at(map, 4) == handle);
     CHECK(map[71] == 0);
     CHECK(ends_with((const char*)map + 8, "allocation_layout_host"));
     CHECK(all_bytes(map, 72, 3528, 0));
     CHECK(all_bytes(map, 3600, kGuard, kUntouched));
 }
 
-static void check_leak_report(void* library)
+static void check_process_maps(void* library)
 {
-    static _Alignas(8) unsigned char report[1380 + kGuard];
-    int32_t (*find_leaks)(void*);
-    find_function(library, "get_memleak_info", &find_leaks);
-    memset(report, kUntouched, sizeof report);
-    CHECK(find_leaks(report) == 0);
-    check_allocation(report);
+    static _Alignas(8) unsigned char map[3600 + kGuard];
+    int32_t (*map_processes)(void*);
+    int32_t (*map_processes_as_told)(void*, uint32_t, int32_t);
+    find_function(library, "get_device_pid_maps", &map_processes);
+    find_function(library, "get_device_pid_maps_internal", &map_processes_as_told);
+
+    memset(map, kUntouched, sizeof map);
+    CHECK(map_processes(map) == 0);
+    check_map_of_one(map, 0x2F);
+
+    memset(map, kUntouched, sizeof map);
+    CHECK(map_processes_as_told(map, 0, 1) == 0);
+    check_map_of_one(map, 0x1F);
+}
+
+/* Checks the report of both allocations, found in so many snapshots, and its fence. */
+static void check_report_of_both(const unsigned char* report, int32_t hits)
+{
+    check_fields(report);
     CHECK(i32_at(report, 4) == 0x1F);
     CHECK(is_handle_and_segment(report, 0x7FFFFF01, 2) ||
           is_handle_and_segment(report, 0x7FFFFF02, 4));
+    CHECK(i32_at(report, 84) == hits);
     CHECK(i32_at(report, 88) == 2);
     CHECK(all_bytes(report, kRecord, 1288, 0));
     CHECK(all_bytes(report, 1380, kGuard, kUntouched));
+}
 
-    CHECK(find_leaks(report) == 0);
-    CHECK(i32_at(report, 84) == 2);
-    CHECK(i32_at(report, 88) == 2);
+static void check_leak_reports(void* library)
+{
+    static _Alignas(8) unsigned char report[1380 + kGuard];
+    int32_t (*find_leaks)(void*);
+    void (*find_leaks_as_told)(void*, uint32_t, int32_t);
+    find_function(library, "get_memleak_info", &find_leaks);
+    find_function(library, "get_memleak_information", &find_leaks_as_told);
+
+    for (int32_t hits = 1; hits <= 2; ++hits) {
+        memset(report, kUntouched, sizeof report);
+        CHECK(find_leaks(report) == 0);
+        check_report_of_both(report, hits);
+    }
+    memset(report, kUntouched, sizeof report);
+    find_leaks_as_told(report, 0, 1);
+    check_report_of_both(report, 3); /* the device is the one that was read first */
 }
 
 int main(int argc, char** argv)
@@ -260,7 +286,7 @@ int main(int argc, char** argv)
     check_summaries(library);
     check_internal_summaries(library);
     check_segments(library);
-    check_process_map(library);
-    check_leak_report(library);
+    check_process_maps(library);
+    check_leak_reports(library);
     return failed_checks == 0 ? 0 : 1;
 }

@@ -4,6 +4,7 @@
 #include "support/descriptor.hpp"
 #include "support/messages.hpp"
 #include "support/ordinary_user.hpp"
+#include "support/scoped_print_callback.hpp"
 
 #include <algorithm>
 #include <filesystem>
@@ -305,13 +306,14 @@ TEST_F(AllocationReader, LeavesNoDescriptorOpenWhenTheListingBreaksOff)
 
 TEST_F(AllocationReader, DoesNotUseThePrintCallback)
 {
-    const nimba_print_callback before = pServerPrintCallback;
-    pServerPrintCallback = keep_message;
+    const ScopedPrintCallback callback{keep_message};
     take_messages();
     tree_.add_without_info("gone");
     read_once();
-    pServerPrintCallback = before;
     EXPECT_EQ(output_, "Fail to read allocation info. skip...\n");
+    fs::remove_all(tree_.allocations());
+    read_once();
+    EXPECT_EQ(output_, "Error opening directory\n");
     EXPECT_EQ(take_messages(), Texts{});
 }
 

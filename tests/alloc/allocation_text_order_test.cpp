@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Nodes of one pass whose lines come in different orders.
+#include "allocation_keys.hpp"
 #include "allocation_text_fixture.hpp"
 
 #include <algorithm>
@@ -12,33 +13,6 @@
 
 namespace nimba::test {
 namespace {
-
-struct Key {
-    const char* name;
-    std::int32_t Record::*member;
-};
-
-constexpr std::array<Key, 21> kKeys{{{"handle", &Record::handle},
-                                     {"device", &Record::device},
-                                     {"width", &Record::width},
-                                     {"height", &Record::height},
-                                     {"pitch", &Record::pitch},
-                                     {"bit_cnt", &Record::bit_cnt},
-                                     {"secured", &Record::secured},
-                                     {"size", &Record::size},
-                                     {"tile", &Record::tile},
-                                     {"cpu_visible", &Record::cpu_visible},
-                                     {"cache_type", &Record::cache_type},
-                                     {"pool_type", &Record::pool_type},
-                                     {"at_type", &Record::at_type},
-                                     {"segmentid", &Record::segmentid},
-                                     {"hw_format", &Record::hw_format},
-                                     {"compress_format", &Record::compress_format},
-                                     {"bl_slot_index", &Record::bl_slot_index},
-                                     {"gpu_virt_addr", &Record::gpu_virt_addr},
-                                     {"imported", &Record::imported},
-                                     {"fb_offset", &Record::fb_offset},
-                                     {"share", &Record::share}}};
 
 // A value that reads alike in base 10 and 16.
 struct Spelling {
@@ -68,11 +42,11 @@ class AllocationOrder : public testing::Test {
 
     // Makes the next node of lines in `order`, some left out, doubled or with others between, and
     // notes in expected_ what it says.
-    void add_node(const std::string& name, const std::vector<Key>& order)
+    void add_node(const std::string& name, const std::vector<RecordField>& order)
     {
         std::string text;
         Record record = blank();
-        for (const Key& key : order) {
+        for (const RecordField& key : order) {
             const Spelling& value = kSpellings[below(kSpellings.size())];
             switch (below(12)) {
                 case 0:
@@ -101,7 +75,7 @@ class AllocationOrder : public testing::Test {
 TEST_F(AllocationOrder, MayChangeFromNodeToNode)
 {
     std::vector<std::string> names;
-    std::vector<Key> order{kKeys.begin(), kKeys.end()};
+    std::vector<RecordField> order{kAllocationKeys.begin(), kAllocationKeys.end()};
     for (int node = 0; node < 1000; ++node) {
         if (below(4) == 0) {
             std::ranges::shuffle(order, random_);

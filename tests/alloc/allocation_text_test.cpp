@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Lines, keys and fields of the text of one allocation.
+#include "allocation_keys.hpp"
 #include "allocation_text_fixture.hpp"
 
 #include <algorithm>
@@ -168,28 +169,18 @@ TEST_F(AllocationText, KeepsTheFieldsOfOneNodeFromTheNext)
     EXPECT_EQ(list, (Records{full, blank(), full, allocation(257), blank()}));
 }
 
-struct Field {
-    const char* key;
-    std::int32_t Record::*member;
-};
-
-void PrintTo(const Field& field, std::ostream* out)
-{
-    *out << field.key;
-}
-
-class AllocationField : public AllocationText, public testing::WithParamInterface<Field> {};
+class AllocationField : public AllocationText, public testing::WithParamInterface<RecordField> {};
 
 TEST_P(AllocationField, IsFilledByItsKeyAndNoOther)
 {
-    const std::string key = GetParam().key;
+    const std::string key = GetParam().name;
     EXPECT_EQ(read(key + "=7\n"), with(blank(), GetParam().member, 7));
     EXPECT_EQ(read(key + "=7\n", kLegacy), with(blank(), GetParam().member, 7));
 }
 
 TEST_P(AllocationField, HasNoValueOfALongerOrShorterKey)
 {
-    const std::string key = GetParam().key;
+    const std::string key = GetParam().name;
     const std::string text = key + "x=7\nx" + key + "=7\n" + key.substr(1) + "=7\n" +
                              key.substr(0, key.size() - 1) + "=7\n" + key + " =7\n";
     EXPECT_EQ(read(text), blank());
@@ -197,25 +188,13 @@ TEST_P(AllocationField, HasNoValueOfALongerOrShorterKey)
 
 TEST_P(AllocationField, MayBeNegative)
 {
-    EXPECT_EQ(read(std::string{GetParam().key} + "=-7\n"), with(blank(), GetParam().member, -7));
+    EXPECT_EQ(read(std::string{GetParam().name} + "=-7\n"), with(blank(), GetParam().member, -7));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    , AllocationField,
-    testing::Values(Field{"handle", &Record::handle}, Field{"device", &Record::device},
-                    Field{"width", &Record::width}, Field{"height", &Record::height},
-                    Field{"pitch", &Record::pitch}, Field{"bit_cnt", &Record::bit_cnt},
-                    Field{"secured", &Record::secured}, Field{"size", &Record::size},
-                    Field{"tile", &Record::tile}, Field{"cpu_visible", &Record::cpu_visible},
-                    Field{"cache_type", &Record::cache_type},
-                    Field{"pool_type", &Record::pool_type}, Field{"at_type", &Record::at_type},
-                    Field{"segmentid", &Record::segmentid}, Field{"hw_format", &Record::hw_format},
-                    Field{"compress_format", &Record::compress_format},
-                    Field{"bl_slot_index", &Record::bl_slot_index},
-                    Field{"gpu_virt_addr", &Record::gpu_virt_addr},
-                    Field{"imported", &Record::imported}, Field{"fb_offset", &Record::fb_offset},
-                    Field{"share", &Record::share}),
-    [](const testing::TestParamInfo<Field>& row) { return std::string{row.param.key}; });
+INSTANTIATE_TEST_SUITE_P(, AllocationField, testing::ValuesIn(kAllocationKeys),
+                         [](const testing::TestParamInfo<RecordField>& row) {
+                             return std::string{row.param.name};
+                         });
 
 }  // namespace
 }  // namespace nimba::test

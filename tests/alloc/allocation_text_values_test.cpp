@@ -173,8 +173,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Refused{"handle==1", kVa}, Refused{"handle=@", kVa}, Refused{"handle=`", kVa},
                     Refused{"device=", kVa}, Refused{"device=", kLegacy}, Refused{"device=ff", kVa},
                     Refused{"device=g", kLegacy}, Refused{"device=- 1", kVa},
-                    Refused{"handle=1\nhandle=", kVa}, Refused{"handle=\nhandle=1", kVa},
-                    Refused{"device=1\ndevice=none", kVa}));
+                    Refused{"device=-", kVa}, Refused{"handle=1\nhandle=", kVa},
+                    Refused{"handle=\nhandle=1", kVa}, Refused{"device=1\ndevice=none", kVa}));
 
 using ValueOutOfRange = RefusedValue;
 

@@ -24,6 +24,7 @@ namespace nimba::test {
 inline pid_t spawn_cat(std::vector<std::string> command_line, int input, int output)
 {
     std::vector<char*> arguments;
+    arguments.reserve(command_line.size() + 1);
     for (std::string& argument : command_line) {
         arguments.push_back(argument.data());
     }

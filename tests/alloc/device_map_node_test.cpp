@@ -13,8 +13,6 @@
 namespace nimba::test {
 namespace {
 
-using Contexts = std::vector<Context>;
-
 using DeviceNode = DeviceMapTest;
 
 TEST_F(DeviceNode, HoldsPidAndHandleInAnyOrderAmongOtherKeys)
@@ -257,24 +255,40 @@ TEST_F(BadHandle, LeavesThroughTheCurrentAdaptersListing)
     EXPECT_THROW(get_device_pid_maps(&map_), std::invalid_argument);
 }
 
-TEST_F(BadHandle, KeepsTheEntriesBeforeIt)
+TEST_F(BadHandle, KeepsTheEntriesBeforeItAndLeavesItsOwnZero)
 {
+    const NamedProcess process{{"/bin/app"}};
+    const std::string pid = "pid = " + std::to_string(process.pid()) + "\n";
     add("good", "pid = 5000001\nhandle = 1f\n");
-    add("bad", "handle = 80000000\n");
-    const ListedAs order{{"good", "bad"}};
-    EXPECT_THROW(get_device_pid_maps_internal(&map_, 0, 1), std::out_of_range);
-    EXPECT_EQ(entries(2), (Contexts{{5000001, 0x1f, ""}, {0, 0, ""}}));
+    const ListedAs order{{"good", "only", "good"}};
+    EXPECT_EQ(error<std::out_of_range>(pid + "handle = 80000000\n"), "stoi");
+    EXPECT_EQ(entries(1), (Contexts{{5000001, 0x1f, ""}}));
+    std::memset(&map_, 0xa5, sizeof map_);
+    EXPECT_EQ(error<std::invalid_argument>(pid + "handle = 1\nhandle = xyz\n"), "stoi");
+    EXPECT_EQ(entries(1), (Contexts{{5000001, 0x1f, ""}}));
 }
 
 class DeviceNodeLimit : public DeviceMapTest {
   protected:
     static std::string letters(std::size_t count) { return std::string(count, 'x'); }
 
-    void expect_death(const std::string& text)
+    void expect_death(const std::string& text, const char* message)
     {
         add("only", text);
         EXPECT_EXIT(get_device_pid_maps_internal(&map_, 0, 1), testing::KilledBySignal(SIGABRT),
-                    "^[^\n]*127[^\n]*\n$");
+                    testing::Eq(message));
+    }
+    void expect_death_of_key(const std::string& text)
+    {
+        expect_death(text,
+                     "libnimba_mgmt_interface: a key in a driver node has more than 127 "
+                     "characters\n");
+    }
+    void expect_death_of_value(const std::string& text)
+    {
+        expect_death(text,
+                     "libnimba_mgmt_interface: a value in a driver node has more than 127 "
+                     "characters\n");
     }
 };
 
@@ -297,18 +311,18 @@ TEST_F(DeviceNodeLimit, IsAValueOf127CharactersWithItsNewline)
 
 TEST_F(DeviceNodeLimitDeathTest, ALongerKeyEndsTheProcess)
 {
-    expect_death(letters(128) + " = 1\n");
-    expect_death(letters(129) + "=");
-    expect_death("handle = 1\n" + letters(1'000'000) + " = 1\n");
+    expect_death_of_key(letters(128) + " = 1\n");
+    expect_death_of_key(letters(129) + "=");
+    expect_death_of_key("handle = 1\n" + letters(1'000'000) + " = 1\n");
 }
 
 TEST_F(DeviceNodeLimitDeathTest, ALongerValueEndsTheProcess)
 {
-    expect_death("x = " + letters(127) + "\n");
-    expect_death("x = " + letters(128));
-    expect_death("pid = " + std::string(127, '0') + "\n");
-    expect_death("handle = " + std::string(127, '0') + "\n");
-    expect_death("x = " + letters(1'000'000) + "\n");
+    expect_death_of_value("x = " + letters(127) + "\n");
+    expect_death_of_value("x = " + letters(128));
+    expect_death_of_value("pid = " + std::string(127, '0') + "\n");
+    expect_death_of_value("handle = " + std::string(127, '0') + "\n");
+    expect_death_of_value("x = " + letters(1'000'000) + "\n");
 }
 
 }  // namespace

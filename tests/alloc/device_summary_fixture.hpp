@@ -4,6 +4,8 @@
 
 #include "allocation_tree.hpp"
 #include "support/captured_stdout.hpp"
+#include "support/messages.hpp"
+#include "support/scoped_print_callback.hpp"
 
 #include <gtest/gtest.h>
 
@@ -64,6 +66,10 @@ class DeviceSummaryTest : public testing::Test {
   protected:
     static constexpr bool kWide = std::is_same_v<Width, Sums64>;
 
+    DeviceSummaryTest() { take_messages(); }
+
+    void TearDown() override { EXPECT_EQ(take_messages(), Texts{}); }
+
     void add(const std::string& name, std::int32_t device, std::int32_t segment,
              std::int64_t size) const
     {
@@ -116,6 +122,7 @@ class DeviceSummaryTest : public testing::Test {
     }
 
     AllocationTree tree_;
+    const ScopedPrintCallback callback_{keep_message};  // never called: messages are output
     typename Width::Buffer buffer_;
     std::int32_t status_ = 42;
     std::string output_;

@@ -55,6 +55,16 @@ TYPED_TEST(DeviceSummary, IsZeroWhenAnErrorOfAValueLeaves)
     EXPECT_EQ(this->entries(0), Entries{});
 }
 
+TYPED_TEST(DeviceSummary, OfTheEntryPointIsZeroWhenAnErrorOfAValueLeaves)
+{
+    this->tree_.add("1", "handle=80000000\n");
+    EXPECT_THROW(this->summarise_current(), std::out_of_range);
+    EXPECT_EQ(this->entries(0), Entries{});
+    this->tree_.add("1", "device=none\n");
+    EXPECT_THROW(this->summarise_current(), std::invalid_argument);
+    EXPECT_EQ(this->entries(0), Entries{});
+}
+
 TYPED_TEST(DeviceSummary, SumsTheSizesBySegment)
 {
     this->add("1", 7, 0, 1);

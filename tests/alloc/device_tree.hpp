@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <ostream>
@@ -27,6 +28,8 @@ struct Context {
 
     bool operator==(const Context&) const = default;
 };
+
+using Contexts = std::vector<Context>;
 
 inline void PrintTo(const Context& context, std::ostream* out)
 {
@@ -63,6 +66,20 @@ class DeviceMapTest : public testing::Test {
         write_file(devices() / entry / node, text);
     }
 
+    // Adds the contexts "0", "1", ... with their number as handle, and returns what they are read
+    // as.
+    Contexts add_numbered(int count) const
+    {
+        Contexts contexts;
+        for (int i = 0; i < count; ++i) {
+            char handle[16];
+            std::snprintf(handle, sizeof handle, "%x", static_cast<unsigned>(i));
+            add(std::to_string(i), std::string{"handle = "} + handle + "\n");
+            contexts.push_back({0, i, ""});
+        }
+        return contexts;
+    }
+
     // Lists the contexts; fills status_, output_ and map_.
     void list(std::int32_t va_driver = 1)
     {
@@ -70,9 +87,9 @@ class DeviceMapTest : public testing::Test {
     }
 
     // The first `count` entries of map_; expects that all others are zero.
-    std::vector<Context> entries(std::size_t count) const
+    Contexts entries(std::size_t count) const
     {
-        std::vector<Context> found;
+        Contexts found;
         for (std::size_t i = 0; i < count; ++i) {
             const gfx_device_pid& entry = map_.entries[i];
             found.push_back({entry.pid, entry.handle, entry.process_name});

@@ -16,6 +16,7 @@ std::optional<std::vector<std::string>> listed_names;
 std::size_t next_name = 0;
 std::size_t entries_before_failure = 0;
 std::size_t failures_left = 0;
+int error_of_failure = 0;
 
 dirent* next_listed_name()
 {
@@ -43,10 +44,11 @@ ListedAs::~ListedAs()
     listed_names.reset();
 }
 
-BrokenListing::BrokenListing(std::size_t entries, std::size_t failures)
+BrokenListing::BrokenListing(std::size_t entries, std::size_t failures, int error)
 {
     entries_before_failure = entries;
     failures_left = failures;
+    error_of_failure = error;
 }
 
 BrokenListing::~BrokenListing()
@@ -62,7 +64,7 @@ extern "C" dirent* readdir(DIR* dirp)
     using namespace nimba::test;
     if (failures_left > 0 && entries_before_failure == 0) {
         --failures_left;
-        errno = EIO;
+        errno = error_of_failure;
         return nullptr;
     }
     if (failures_left > 0) {

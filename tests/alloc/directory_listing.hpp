@@ -3,6 +3,7 @@
 // directory_listing.cpp has its own readdir and closedir.
 #pragma once
 
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -19,11 +20,12 @@ class ListedAs final {
     ListedAs& operator=(const ListedAs&) = delete;
 };
 
-// The listing of a directory breaks off with EIO: readdir lists `entries` entries, counted over all
-// directories, and then fails `failures` times; after these, or its scope, it lists as before.
+// The listing of a directory breaks off: readdir lists `entries` entries, counted over all
+// directories, and then fails `failures` times with `error`; after these, or its scope, it lists as
+// before.
 class BrokenListing final {
   public:
-    explicit BrokenListing(std::size_t entries, std::size_t failures = SIZE_MAX);
+    explicit BrokenListing(std::size_t entries, std::size_t failures = SIZE_MAX, int error = EIO);
     ~BrokenListing();
     BrokenListing(const BrokenListing&) = delete;
     BrokenListing& operator=(const BrokenListing&) = delete;

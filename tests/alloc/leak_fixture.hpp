@@ -75,6 +75,14 @@ class LeakTest : public testing::Test {
     }
     // The driver now has one allocation, which vanishes before it can be read.
     void show_missing() { names_ = {"missing"}; }
+    // The driver now has these allocations, and one more that vanishes before it can be read.
+    void show_and_one_missing(const Records& records)
+    {
+        show(records);
+        names_.emplace_back("missing");
+    }
+    // No adapter is current.
+    static void leave_adapter() { sys_kernel_debug_ID_dri_ADAPTER_path[0] = '\0'; }
     void remove_allocations() const { std::filesystem::remove_all(tree_.allocations()); }
 
     // Takes a snapshot; fills output_ and report_.
@@ -85,6 +93,13 @@ class LeakTest : public testing::Test {
         const std::int32_t status = get_memleak_info(&report_);
         output_ = captured.text();
         return status;
+    }
+
+    // As query, through the worker that is told the adapter.
+    void query_worker()
+    {
+        const ListedAs order{names_};
+        output_ = stdout_of([&] { get_memleak_information(&report_, 0, 1); });
     }
 
     // The first `count` groups of the report; expects that all others are zero.

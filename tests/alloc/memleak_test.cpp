@@ -4,7 +4,9 @@
 #include "leak_fixture.hpp"
 #include "support/descriptor.hpp"
 #include "support/messages.hpp"
+#include "support/scoped_print_callback.hpp"
 
+#include <cerrno>
 #include <stdexcept>
 
 namespace nimba::test {
@@ -21,24 +23,33 @@ std::string ten_times(const std::string& line)
 
 class LeakQuery : public LeakTest {
   protected:
-    // Expects that a query changes nothing once `break_tree` has been called and while as many
-    // listings fail.
+    // Expects that neither query changes anything once `break_tree` has been called and while as
+    // many listings of each fail.
     template <class Break>
-    void expect_nothing_changed(Break break_tree, std::size_t failures, const std::string& messages)
+    void expect_nothing_changed(Break break_tree, std::size_t failures, const std::string& messages,
+                                int error = EIO)
     {
         show({allocation(1), allocation(2)});
         query();
-        const Records kept = vec_memleak_result;
         break_tree();
+        expect_nothing_changed_by([&] { EXPECT_EQ(query(), 0); }, failures, messages, error);
+        expect_nothing_changed_by([&] { query_worker(); }, failures, messages, error);
+    }
+
+  private:
+    template <class Query>
+    void expect_nothing_changed_by(Query query, std::size_t failures, const std::string& messages,
+                                   int error)
+    {
         fill_report();
         const auto before = open_descriptors();
         {
-            const BrokenListing broken{0, failures};
-            EXPECT_EQ(query(), 0);
+            const BrokenListing broken{0, failures, error};
+            query();
         }
         EXPECT_EQ(open_descriptors(), before);
         EXPECT_EQ(output_, messages);
-        EXPECT_EQ(vec_memleak_result, kept);
+        EXPECT_EQ(vec_memleak_result, (Records{allocation(1), allocation(2)}));
         EXPECT_TRUE(report_is_untouched());
     }
 };
@@ -132,9 +143,30 @@ TEST_F(LeakQuery, ChangesNothingWithoutANode)
                            ten_times("Fail to read allocation info. skip...\n"));
 }
 
+TEST_F(LeakQuery, ChangesNothingWhenEveryPassReadsSomeRecords)
+{
+    expect_nothing_changed(
+        [&] {
+            show_and_one_missing({allocation(1), allocation(3)});
+        },
+        0, ten_times("Fail to read allocation info. skip...\n"));
+}
+
 TEST_F(LeakQuery, ChangesNothingWhenTheListingBreaksOff)
 {
-    expect_nothing_changed([] {}, 10, "");
+    for (const int error : {EIO, ENOMEM, ESTALE, EBADF}) {
+        SCOPED_TRACE(error);
+        vec_memleak_result.clear();
+        expect_nothing_changed([] {}, 10, "", error);
+    }
+}
+
+TEST_F(LeakQuery, ChangesNothingBeforeAnyAdapterIsCurrent)
+{
+    if (std::filesystem::exists("/allocations")) {
+        GTEST_SKIP() << "this machine has a directory /allocations";
+    }
+    expect_nothing_changed([] { leave_adapter(); }, 0, ten_times("Error opening directory\n"));
 }
 
 TEST_F(LeakQuery, GoesOnCountingAfterAFailure)
@@ -285,14 +317,14 @@ TEST_F(LeakQuery, LeavesNoDescriptorOpen)
 
 TEST_F(LeakQuery, LeavesTheLibrarysMessagesAlone)
 {
-    const nimba_print_callback previous = pServerPrintCallback;
-    pServerPrintCallback = keep_message;
+    const ScopedPrintCallback callback{keep_message};
     take_messages();
     show({allocation(1)});
     query();
+    EXPECT_EQ(output_, "");
     show_missing();
     query();
-    pServerPrintCallback = previous;
+    EXPECT_EQ(output_, ten_times("Fail to read allocation info. skip...\n"));
     EXPECT_EQ(take_messages(), Texts{});
 }
 

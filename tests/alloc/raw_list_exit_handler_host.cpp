@@ -26,9 +26,18 @@ void ask(const char* when, std::int32_t index)
     std::memset(&page, 0, sizeof page);
     page.page_index = index;
     const std::int32_t status = get(&page, &adapters);
-    std::printf("host: %s, page %d: status %d, total %d, here %d, more %d, first device %d\n", when,
-                index, status, page.total_cnt, page.trasfer_cnt, page.more_flag,
-                page.records[0].device);
+    std::printf("host: %s, page %d: status %d, total %d, here %d, more %d, devices %d and %d\n",
+                when, index, status, page.total_cnt, page.trasfer_cnt, page.more_flag,
+                page.records[0].device, page.records[1].device);
+}
+
+void show_allocations(int first, int last)
+{
+    for (int device = first; device <= last; ++device) {
+        const auto directory = std::filesystem::path{"allocations"} / std::to_string(device);
+        std::filesystem::create_directories(directory);
+        nimba::test::write_file(directory / "info", "device=" + std::to_string(device) + "\n");
+    }
 }
 
 void ask_at_exit()
@@ -36,18 +45,10 @@ void ask_at_exit()
     if (library == nullptr) {
         return;  // it could not be loaded
     }
+    show_allocations(122, 122);
     ask("exit handler", 1);
     ask("exit handler", 0);
     ask("exit handler", 1);
-}
-
-void show_allocations()
-{
-    for (int device = 101; device <= 121; ++device) {
-        const auto directory = std::filesystem::path{"allocations"} / std::to_string(device);
-        std::filesystem::create_directories(directory);
-        nimba::test::write_file(directory / "info", "device=" + std::to_string(device) + "\n");
-    }
 }
 
 }  // namespace
@@ -59,7 +60,7 @@ int main(int argc, char** argv)
         return 2;
     }
     std::filesystem::current_path(argv[2]);
-    show_allocations();
+    show_allocations(101, 121);
     adapters.header.IS_VA_driver[0] = 1;
     if (std::atexit(ask_at_exit) != 0) {
         return 2;

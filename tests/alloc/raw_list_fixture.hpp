@@ -5,6 +5,8 @@
 #include "allocation_tree.hpp"
 #include "leak_records.hpp"
 #include "support/captured_stdout.hpp"
+#include "support/messages.hpp"
+#include "support/scoped_print_callback.hpp"
 
 #include <gtest/gtest.h>
 
@@ -26,7 +28,10 @@ class RawList : public testing::Test {
     {
         record_.header.IS_VA_driver[0] = 1;
         std::memset(&buffer_, 0xa5, sizeof buffer_);
+        take_messages();
     }
+
+    void TearDown() override { EXPECT_EQ(take_messages(), Texts{}); }
 
     // Adds `count` allocations of the devices `first` and on, those of high numbers first.
     void add_devices(int count, int first = 1) const
@@ -40,12 +45,12 @@ class RawList : public testing::Test {
     }
 
     // Asks for a page in a buffer full of 0xa5; fills buffer_, status_ and output_.
-    void page(std::int32_t index)
+    void page(std::int32_t index,
+              decltype(&get_allocation_raw_list) get = get_allocation_raw_list_internal)
     {
         std::memset(&buffer_, 0xa5, sizeof buffer_);
         buffer_.page_index = index;
-        output_ =
-            stdout_of([&] { status_ = get_allocation_raw_list_internal(&buffer_, &record_); });
+        output_ = stdout_of([&] { status_ = get(&buffer_, &record_); });
     }
 
     // Expects a page of the allocations of `devices`, with everything behind them as it was.
@@ -89,6 +94,7 @@ class RawList : public testing::Test {
     }
 
     AllocationTree tree_;
+    const ScopedPrintCallback callback_{keep_message};  // never called: messages are output
     find_adapter record_{};
     _GFX_ALLOCATION_RAW_LIST buffer_;
     std::int32_t status_ = 42;

@@ -210,35 +210,22 @@ TEST_F(RawList, TakesTheKindOfTheDriverFromTheRecordsSlot)
     current_is_va_driver = current;
 }
 
-TEST_F(RawList, LeavesTheRecordOfDiscoveryAsItWas)
-{
-    add_devices(1);
-    std::memset(&record_, 0x5a, sizeof record_);
-    record_.chip_id_idx = 2;
-    const find_adapter before = record_;
-    page(0);
-    page(1);
-    EXPECT_EQ(std::memcmp(&record_, &before, sizeof before), 0);
-}
-
 TEST_F(RawList, IsForwardedByTheEntryPoint)
 {
-    add_devices(21);
-    page(0);
-    const _GFX_ALLOCATION_RAW_LIST expected = buffer_;
-    std::memset(&buffer_, 0xa5, sizeof buffer_);
-    buffer_.page_index = 0;
-    EXPECT_EQ(get_allocation_raw_list(&buffer_, &record_), 0);
-    EXPECT_EQ(std::memcmp(&buffer_, &expected, sizeof expected), 0);
-    buffer_.page_index = 2;
-    EXPECT_EQ(stdout_of([&] { status_ = get_allocation_raw_list(&buffer_, &record_); }),
-              kInvalidPage);
-    EXPECT_EQ(status_, 0);
-    EXPECT_EQ(buffer_.trasfer_cnt, 0);
+    add_devices(45);
+    page(0, get_allocation_raw_list);
+    EXPECT_EQ(output_, "");
+    expect_page(0, 45, 1, numbers(1, 20));
+    page(2, get_allocation_raw_list);
+    EXPECT_EQ(output_, "");
+    expect_page(2, 45, 0, numbers(41, 45));
+    page(3, get_allocation_raw_list);
+    EXPECT_EQ(output_, kInvalidPage);
+    expect_page(3, 45, 0, {});
     tree_.add_without_info("gone");
-    buffer_.page_index = 0;
-    stdout_of([&] { status_ = get_allocation_raw_list(&buffer_, &record_); });
+    page(0, get_allocation_raw_list);
     EXPECT_EQ(status_, -1);
+    expect_untouched_buffer(0);
 }
 
 TEST_F(RawList, StaysWhenTheDriverCannotBeRead)

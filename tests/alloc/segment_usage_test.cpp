@@ -5,6 +5,8 @@
 #include "recorded_pauses.hpp"
 #include "support/captured_stdout.hpp"
 #include "support/descriptor.hpp"
+#include "support/messages.hpp"
+#include "support/scoped_print_callback.hpp"
 
 #include <gtest/gtest.h>
 
@@ -27,21 +29,24 @@ constexpr std::int32_t kLowest = std::numeric_limits<std::int32_t>::min();
 
 class SegmentUsage : public testing::Test {
   protected:
+    SegmentUsage() { take_messages(); }
+
+    void TearDown() override { EXPECT_EQ(take_messages(), Texts{}); }
+
     void add(const std::string& name, std::int32_t segment, std::int64_t size) const
     {
         tree_.add(name,
                   "segmentid=" + std::to_string(segment) + "\nsize=" + std::to_string(size) + "\n");
     }
 
-    // Asks for the usage behind values that are not its own; fills status_ and output_.
+    // Asks for the usage behind values that are not its own; fills values_, status_ and output_.
     Usage usage(std::int32_t va_driver = 1)
     {
-        // The array ends in a guard.
-        std::array<std::int32_t, SEGMENT_SLOT_NUM + 1> values{77, 77, 77, 77, 77, 77};
+        values_.fill(77);
         output_ = stdout_of(
-            [&] { status_ = get_segment_info_through_allocation(values.data(), 0, va_driver); });
-        EXPECT_EQ(values.back(), 77);
-        return {values[0], values[1], values[2], values[3], values[4]};
+            [&] { status_ = get_segment_info_through_allocation(values_.data(), 0, va_driver); });
+        EXPECT_EQ(values_.back(), 77);
+        return {values_[0], values_[1], values_[2], values_[3], values_[4]};
     }
     // The usage of segment 1 that allocations of these sizes, in this order, make up.
     std::int32_t usage_of(const std::vector<std::int64_t>& sizes)
@@ -60,6 +65,8 @@ class SegmentUsage : public testing::Test {
     }
 
     AllocationTree tree_;
+    const ScopedPrintCallback callback_{keep_message};         // never called: messages are output
+    std::array<std::int32_t, SEGMENT_SLOT_NUM + 1> values_{};  // and a guard
     std::int32_t status_ = 42;
     std::string output_;
 };
@@ -253,6 +260,19 @@ TEST_F(SegmentUsage, TakesTheKindOfTheDriver)
     EXPECT_EQ(usage(0), (Usage{1, 0, 0, 0, 0}));
     EXPECT_THROW(usage(1), std::invalid_argument);
     EXPECT_THROW(usage(-1), std::invalid_argument);
+}
+
+TEST_F(SegmentUsage, StaysUnwrittenWhenAnErrorOfAValueLeaves)
+{
+    constexpr std::array<std::int32_t, 6> kUnwritten{77, 77, 77, 77, 77, 77};
+    add("1", 0, kMebibyte);
+    tree_.add("odd", "handle=80000000\n");
+    const ListedAs listed{{"1", "odd"}};
+    EXPECT_THROW(usage(), std::out_of_range);
+    EXPECT_EQ(values_, kUnwritten);
+    tree_.add("odd", "device=none\n");
+    EXPECT_THROW(usage(), std::invalid_argument);
+    EXPECT_EQ(values_, kUnwritten);
 }
 
 TEST_F(SegmentUsage, CountsTwiceWhatAFailedPassHasRead)

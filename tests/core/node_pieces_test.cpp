@@ -3,16 +3,21 @@
 
 #include "core/entries.hpp"
 #include "support/descriptor.hpp"
+#include "support/planned_reads.hpp"
 #include "support/temp_directory.hpp"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <set>
 #include <string>
-#include <thread>
 #include <vector>
+
+ssize_t read_of_this_program(int fd, void* buffer, std::size_t size)
+{
+    return nimba::test::PlannedReads::read(fd, buffer, size);
+}
 
 namespace nimba::test {
 namespace {
@@ -125,17 +130,61 @@ TEST_F(NodeText, ALongLineKeepsItsEqualsSignWhereverItIs)
 
 TEST_F(NodeText, ShortReadsArePutTogether)
 {
-    ASSERT_EQ(::mkfifo((nodes.path() / "node").c_str(), 0600), 0);
-    std::thread driver{[&] {
-        const Descriptor end{::open((nodes.path() / "node").c_str(), O_WRONLY | O_CLOEXEC)};
-        for (const char byte : std::string{"size=1\nwidth=2\n"}) {
-            EXPECT_EQ(::write(end.get(), &byte, 1), 1);
-            std::this_thread::yield();
-        }
-    }};
-    EXPECT_EQ(read("node"), "size=1\nwidth=2\n");
-    driver.join();
+    const PlannedReads reads{{.node = "/node", .bytes_at_once = 1}};
+    EXPECT_EQ(read_text("size=1\nwidth=2\n"), "size=1\nwidth=2\n");
+    EXPECT_TRUE(whole);
     EXPECT_EQ(count, 1);
+    EXPECT_EQ(reads.reads(), 16U);  // the end is one, too
+}
+
+// 20,000 bytes in lines of 10.
+std::string long_text()
+{
+    std::string text;
+    for (int line = 10'000; line < 12'000; ++line) {
+        text += "at=" + std::to_string(line) + ".\n";
+    }
+    return text;
+}
+
+TEST_F(NodeText, AReadThatFailsOnTheWayIsTold)
+{
+    nodes.write("node", long_text());
+    for (const std::size_t bytes : {0U, 20U, 8'191U, 8'192U, 8'193U, 19'999U, 20'000U}) {
+        SCOPED_TRACE(bytes);
+        const auto before = open_descriptors();
+        const PlannedReads reads{
+            {.node = "/node", .bytes_before_failure = bytes, .error = EIO, .failures = 1}};
+        read("node");
+        EXPECT_EQ(reads.failures_left(), 0);
+        EXPECT_FALSE(whole);
+        EXPECT_EQ(open_descriptors(), before);
+    }
+}
+
+TEST_F(NodeText, AnInterruptedReadIsTakenUpAgain)
+{
+    nodes.write("node", long_text());
+    for (const std::size_t bytes : {0U, 20U, 8'191U, 8'192U, 8'193U, 19'999U, 20'000U}) {
+        SCOPED_TRACE(bytes);
+        const PlannedReads reads{
+            {.node = "/node", .bytes_before_failure = bytes, .error = EINTR, .failures = 3}};
+        EXPECT_EQ(read("node"), long_text());
+        EXPECT_EQ(reads.failures_left(), 0);
+        EXPECT_TRUE(whole);
+    }
+}
+
+TEST_F(NodeText, ANodesDescriptorIsNotInherited)
+{
+    const std::string path = nodes.write("node", "size=1\n");
+    std::vector<bool> closed;
+    pieces.read_at(directory.get(), "node", [&](std::string_view) {
+        for (const int fd : descriptors_on(path)) {
+            closed.push_back(closes_on_exec(fd));
+        }
+    });
+    EXPECT_EQ(closed, (std::vector<bool>{true}));
 }
 
 TEST_F(NodeText, ANodeThatCannotBeOpenedOrReadIsTold)

@@ -38,7 +38,7 @@ void LiveDriver::add(const Adapter& adapter)
     if (const auto nodes = adapter.directories.find(NodeDirectory::kDebug);
         nodes != adapter.directories.end()) {
         for (const auto& [path, text] : nodes->second) {
-            fixed_.add_file(directory + "/" + path, text, kSettingMode);
+            fixed_.add_file(fmt::format("{}/{}", directory, path), text, kSettingMode);
         }
     }
     if (adapter.video_memory.shown) {

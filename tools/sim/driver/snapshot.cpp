@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "driver/snapshot.hpp"
 
+#include <fmt/format.h>
+
 #include <utility>
 
 namespace nimba::sim {
@@ -10,7 +12,7 @@ namespace {
 void add_below(NodeSource& source, const std::string& directory, std::vector<SnapshotNode>& nodes)
 {
     for (const std::string& name : source.list(directory)) {
-        const std::string path = directory.empty() ? name : directory + "/" + name;
+        const std::string path = directory.empty() ? name : fmt::format("{}/{}", directory, name);
         const auto attributes = source.look_up(path);
         if (!attributes) {
             continue;
