@@ -2,6 +2,7 @@
 // Leak detection over successive snapshots.
 #include "alloc/leak_report.hpp"
 #include "core/current_adapter.hpp"
+#include "core/emptied_at_exit.hpp"
 #include "nimba_mgmt_interface.h"
 
 // Written by get_memleak_information alone.
@@ -10,14 +11,7 @@ std::vector<_GFX_ALLOCATION_INFO> vec_memleak_result;
 namespace nimba {
 namespace {
 
-// Destroyed before the list: a host's exit handler that asks after that finds it empty, not with
-// memory that was given back.
-const struct EmptyListAtExit {
-    EmptyListAtExit() = default;
-    EmptyListAtExit(const EmptyListAtExit&) = delete;
-    EmptyListAtExit& operator=(const EmptyListAtExit&) = delete;
-    ~EmptyListAtExit() { std::vector<_GFX_ALLOCATION_INFO>{}.swap(vec_memleak_result); }
-} empty_list_at_exit;
+const EmptiedAtExit list_at_exit{vec_memleak_result};
 
 // Returns whether there is a new snapshot.
 bool take_snapshot(uint32_t chip_id, int32_t va_driver)

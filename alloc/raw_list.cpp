@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The raw list: all allocations, handed out block by block.
+#include "core/emptied_at_exit.hpp"
 #include "core/never_destroyed.hpp"
 #include "nimba_mgmt_interface.h"
 
@@ -27,14 +28,7 @@ struct KeptList {
 
 NeverDestroyed<KeptList> kept_list;
 
-// With the library goes its list. A host's exit handler that asks for a page after this finds it
-// empty, not with memory that was given back.
-const struct ReleaseListAtExit {
-    ReleaseListAtExit() = default;
-    ReleaseListAtExit(const ReleaseListAtExit&) = delete;
-    ReleaseListAtExit& operator=(const ReleaseListAtExit&) = delete;
-    ~ReleaseListAtExit() { kept_list.value = {}; }
-} release_list_at_exit;
+const EmptiedAtExit list_at_exit{kept_list.value};
 
 bool compare_allo_device(const _GFX_ALLOCATION_INFO& a, const _GFX_ALLOCATION_INFO& b)
 {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The preference file: where it is, how it is loaded and how it is rewritten.
 #include "config/preference_text.hpp"
+#include "core/emptied_at_exit.hpp"
 #include "core/handles.hpp"
 #include "nimba_mgmt_interface.h"
 
@@ -24,14 +25,7 @@ char UTIL_CONFIG_PATH[512] = "";
 namespace nimba {
 namespace {
 
-// Destroyed before the list: a host's exit handler that calls the library after that finds it
-// empty, not with memory that was given back.
-const struct EmptyListAtExit {
-    EmptyListAtExit() = default;
-    EmptyListAtExit(const EmptyListAtExit&) = delete;
-    EmptyListAtExit& operator=(const EmptyListAtExit&) = delete;
-    ~EmptyListAtExit() { std::vector<_UTIL_GPU_PREFERENCE_NODE>{}.swap(interface_config_list); }
-} empty_list_at_exit;
+const EmptiedAtExit list_at_exit{interface_config_list};
 
 constexpr std::string_view kFileInHome = "/.local/share/wmt_gfx_util.ini";
 constexpr std::size_t kLineSize = 612;  // the NUL included; a longer line is read in pieces
