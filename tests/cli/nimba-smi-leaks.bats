@@ -69,9 +69,9 @@ SLOT  COUNT  CHANGE  OLDEST  SHAPE   SIZE  FORMAT  TYPE  MEMORY  HELD BY
 
 @test "an interrupted run ends in order and prints what it has" {
     make_pid_directory
-    for signal in INT TERM; do
+    for signal in HUP INT TERM; do
         # The library is asked a first time once its process has left its number.
-        NIMBA_STUB_FAULT=adapters/get_memleak_info/note env --default-signal=INT,TERM \
+        NIMBA_STUB_FAULT=adapters/get_memleak_info/note env --default-signal=HUP,INT,TERM \
             nimba-smi --library "$STUB" leaks --interval 600 >"$BATS_TEST_TMPDIR/out" 3>&- &
         tool=$!
         within_bounds pids_left 1
@@ -85,9 +85,45 @@ SLOT  COUNT  CHANGE  OLDEST  SHAPE   SIZE  FORMAT  TYPE  MEMORY  HELD BY
     done
 }
 
+@test "a run that is interrupted before there is anything to compare does not pass" {
+    make_pid_directory
+    NIMBA_STUB_FAULT=adapters/get_memleak_info/note env --default-signal=HUP,INT,TERM \
+        nimba-smi --library "$STUB" leaks --interval 600 --fail-on-growth 1 \
+        >"$BATS_TEST_TMPDIR/out" 2>"$BATS_TEST_TMPDIR/err" 3>&- &
+    tool=$!
+    within_bounds pids_left 1
+    kill -s TERM "$tool"
+    status=0
+    wait "$tool" || status=$?
+    [ "$status" = 1 ]
+    same "$(tail -1 "$BATS_TEST_TMPDIR/out")" "1 snapshot"
+    same "$(cat "$BATS_TEST_TMPDIR/err")" "nimba-smi: the run ended before its second snapshot: \
+--fail-on-growth had nothing to compare"
+}
+
+# terminal_shows COMMAND: what the command, in the shell's notation, writes to its terminal, with a
+# "|" for each time that the line is begun anew.
+terminal_shows() {
+    SHELL=/bin/bash script -qec "$1" /dev/null </dev/null | sed $'s/\r\x1b\\[K/|/g'
+}
+
+@test "the snapshots so far are shown on a terminal, and gone before the result" {
+    command -v script >/dev/null || skip "needs script, of bsdutils"
+    export TERM=xterm
+    local leaks="stty cols 100; nimba-smi --library '$STUB' leaks --interval 0.01 --count 2"
+    local totals="3 allocations, 2.0 GiB, no growth"
+    same "$(terminal_shows "$leaks >/dev/null")" "|snapshot 1 of 2: $totals|snapshot 2 of 2: $totals|"
+    [[ $(terminal_shows "$leaks") == *"$totals|SLOT  COUNT "*"2 snapshots"* ]]
+    for quiet in "$leaks 2>/dev/null" "$leaks --verbose" "TERM=dumb; $leaks"; do
+        run terminal_shows "$quiet"
+        [[ $output == *"2 snapshots"* ]]
+        [[ $output != *"|"* ]]
+    done
+}
+
 @test "a run that is interrupted while the driver blocks ends soon" {
     make_pid_directory
-    NIMBA_STUB_FAULT=adapters/get_memleak_info/hang env --default-signal=INT,TERM \
+    NIMBA_STUB_FAULT=adapters/get_memleak_info/hang env --default-signal=HUP,INT,TERM \
         nimba-smi --library "$STUB" --timeout 600 leaks >"$BATS_TEST_TMPDIR/out" \
         2>"$BATS_TEST_TMPDIR/err" 3>&- &
     tool=$!

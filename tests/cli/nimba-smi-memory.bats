@@ -312,6 +312,18 @@ get_allocation_raw_list: no answer within 0.54 s; the driver may be blocked: see
 more with --timeout" ]]
 }
 
+@test "a node that breaks off and a listing that fails are named" {
+    needs_live_drivers
+    local nodes=/sys/kernel/debug/dri/0/jw/allocations
+    run --separate-stderr on forty-allocations sh -c '
+        nimba-sim fault read allocations/7/info --bytes 10; nimba-smi alloc; echo $?
+        nimba-sim fault --clear; nimba-sim fault list allocations --entries 20; nimba-smi ps; echo $?'
+    same "$output" $'3\n3'
+    local told="nimba-smi: adapter 0000:01:00.0 (Gpu0:NimbaK2): cannot read"
+    same "$stderr" "$told $nodes/7/info: Input/output error (see dmesg)
+$told $nodes: Input/output error (see dmesg)"
+}
+
 @test "a machine without the kernel-interface library shows its memory, with a remark" {
     make_machine
     sed -i '1a kernel_interface = []' machine.toml

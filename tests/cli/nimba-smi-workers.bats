@@ -121,6 +121,26 @@ $SLOT_2"
     done
 }
 
+@test "a signal ends ps and alloc behind the library's own end, and so does not leave accounting on" {
+    make_pid_directory
+    export NIMBA_STUB_FAULT=adapters/get_allocation_raw_list/hang
+    for signal in HUP=129 INT=130 TERM=143; do
+        env --default-signal=HUP,INT,TERM nimba-smi --library "$STUB" --verbose --timeout 600 alloc \
+            >"$BATS_TEST_TMPDIR/out" 2>"$BATS_TEST_TMPDIR/err" 3>&- &
+        tool=$!
+        within_bounds pids_left 1
+        kill -s "${signal%=*}" "$tool"
+        status=0
+        wait "$tool" || status=$?
+        [ "$status" = "${signal#*=}" ]
+        same "$(cat "$BATS_TEST_TMPDIR/out")" ""
+        same "$(sed -n 's/^stub: \(gfx_global\|get_alloc\)/\1/p' "$BATS_TEST_TMPDIR/err" | paste -sd ' ')" \
+            "gfx_global_init get_allocation_raw_list gfx_global_init gfx_global_exit"
+        within_bounds all_gone
+        rm "$NIMBA_STUB_PIDS"/*
+    done
+}
+
 @test "a tool whose parent ignores SIGCHLD still knows how its workers end" {
     NIMBA_STUB_FAULT=discovery/gfx_find_adapter/abort run --separate-stderr \
         bash -c "trap '' CHLD; exec nimba-smi --library '$STUB' list"

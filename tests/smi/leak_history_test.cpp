@@ -85,6 +85,19 @@ TEST(LeakRows, ComeByGrowthOverAllAdapters)
         "0,0000:01:00.0,10,6,2,128,64,32768,28,1,327680,\"0x13, 0x11\",\"3, 1\",\"maze, a\"\n");
 }
 
+TEST(LeakProgress, TellsAllAllocationsAndTheGroupThatGrewMost)
+{
+    AdapterHistory shrunk{kSecondSlot};
+    shrunk.add(reading({{kLarge, 1, {{17, 9}}}}));
+    shrunk.add(reading({{kLarge, 2, {{17, 1}}}}));
+    const std::vector<AdapterHistory> adapters{shrunk, grown()};
+    EXPECT_EQ(leaks_progress(2, 10, adapters),
+              "snapshot 2 of 10: 15 allocations, 5.3 MiB, +6 of 128x64, 32 KiB, format 28, type 1");
+    EXPECT_EQ(leaks_progress(2, std::nullopt, {&shrunk, 1}),
+              "snapshot 2: 1 allocation, 1 MiB, no growth");
+    EXPECT_EQ(leaks_progress(1, 3, {}), "snapshot 1 of 3: 0 allocations, 0 B, no growth");
+}
+
 TEST(LeakText, IsEmptyWhenNoSnapshotCouldBeTaken)
 {
     const LeaksResult result{3, {AdapterHistory{kFirstSlot}}, {}};
@@ -117,6 +130,19 @@ TEST(Growth, TellsHowManyGroupsGrew)
         "the first snapshot, held by device 0x11; groups that grew by 1 or more: 2");
 }
 
+TEST(Growth, IsNotTakenForNoneWhenThereWasNothingToCompare)
+{
+    const auto too_short = too_short_problem({1, {AdapterHistory{kFirstSlot}}, {}});
+    ASSERT_TRUE(too_short);
+    EXPECT_EQ(too_short->status, ExitStatus::kFailed);
+    EXPECT_EQ(too_short->message,
+              "the run ended before its second snapshot: --fail-on-growth had nothing to compare");
+    EXPECT_EQ(too_short_problem({2, {grown()}, {}}), std::nullopt);
+    EXPECT_TRUE(too_short_problem({2, {grown(), AdapterHistory{kSecondSlot}}, {}}));
+    const Problem lost{ExitStatus::kWorkerLost, std::nullopt, std::nullopt, "lost"};
+    EXPECT_EQ(too_short_problem({1, {AdapterHistory{kFirstSlot}}, {lost}}), std::nullopt);
+}
+
 TEST(OwnersText, NamesEachProcessOnceAndThreeAtMost)
 {
     EXPECT_EQ(owners_text({{1, 1, 0, {{7, "a"}}}, {2, 1, 0, {{7, "a"}}}, {3, 1, 0, {}}}),
@@ -142,6 +168,21 @@ TEST(ProblemLog, TellsEachProblemOnce)
     EXPECT_EQ(problems[1].message, "now and then (in 1 of 3 snapshots)");
     EXPECT_EQ(problems[2].message, "lost (at snapshot 2 of 3)");
     EXPECT_EQ(problems[2].status, ExitStatus::kWorkerLost);
+}
+
+TEST(ProblemLog, TakesProblemsThatDifferInNumbersAloneForOne)
+{
+    const auto entries = [](const char* adapter, const char* message) {
+        return Problem{ExitStatus::kOk, adapter, "get_device_pid_maps", message};
+    };
+    ProblemLog log;
+    log.add_to_snapshot(entries("0000:01:00.0", "60 contexts are open"));
+    log.add_to_snapshot(entries("0000:02:00.0", "70 contexts are open"));
+    log.add_to_snapshot(entries("0000:01:00.0", "61 contexts are open"));
+    const auto problems = log.problems(2);
+    ASSERT_EQ(problems.size(), 2U);
+    EXPECT_EQ(problems[0].message, "60 contexts are open");
+    EXPECT_EQ(problems[1].message, "70 contexts are open (in 1 of 2 snapshots)");
 }
 
 }  // namespace

@@ -17,7 +17,8 @@ namespace {
 constexpr const char* kFooter =
     "Exit status:\n"
     "  0  all right\n"
-    "  1  output could not be written, or an internal error\n"
+    "  1  output could not be written, leaks --fail-on-growth was cut short, or an\n"
+    "     internal error\n"
     "  2  the command line makes no sense\n"
     "  3  no Nimba or QV adapter was found, or one does not answer or went away\n"
     "  4  the management library cannot be loaded or does not fit\n"

@@ -10,7 +10,7 @@ namespace nimba::smi {
 
 enum class ExitStatus : int {
     kOk = 0,
-    kFailed = 1,        // output could not be written, or an internal error
+    kFailed = 1,        // output could not be written, a run cut short, or an internal error
     kUsage = 2,         // the command line makes no sense
     kNoAdapter = 3,     // no adapter of the product, or one that went away
     kNoLibrary = 4,     // the library cannot be loaded or does not fit this tool

@@ -14,6 +14,7 @@ namespace nimba::smi {
 namespace {
 
 constexpr std::size_t kOwnersShown = 3;
+constexpr uint64_t kSnapshotsToCompare = 2;
 
 void append_names(const GroupOwner& owner, std::vector<std::string>& names)
 {
@@ -32,12 +33,9 @@ void append_names(const GroupOwner& owner, std::vector<std::string>& names)
 
 std::string growth_text(const GroupGrowth& group)
 {
-    const Shape& shape = group.shape;
-    return fmt::format(
-        "{} more allocation{} of {}x{}, {}, format {}, type {} than in the first snapshot, held by "
-        "{}",
-        group.change, group.change == 1 ? "" : "s", shape.width, shape.height,
-        size_text(shape.size), shape.hw_format, shape.at_type, owners_text(group.owners));
+    return fmt::format("{} more allocation{} of {} than in the first snapshot, held by {}",
+                       group.change, group.change == 1 ? "" : "s", shape_text(group.shape),
+                       owners_text(group.owners));
 }
 
 }  // namespace
@@ -62,6 +60,25 @@ std::vector<Problem> growth_problems(const LeaksResult& result, uint64_t limit)
             {ExitStatus::kGrowth, subject.bus_id, "get_memleak_info", std::move(message)});
     }
     return problems;
+}
+
+std::optional<Problem> too_short_problem(const LeaksResult& result)
+{
+    const bool too_short = std::ranges::any_of(result.adapters, [](const AdapterHistory& history) {
+        return history.snapshots() < kSnapshotsToCompare;
+    });
+    if (!too_short || overall_status(result.problems) != ExitStatus::kOk) {
+        return std::nullopt;
+    }
+    return Problem{ExitStatus::kFailed, std::nullopt, "get_memleak_info",
+                   "the run ended before its second snapshot: --fail-on-growth had nothing to "
+                   "compare"};
+}
+
+std::string shape_text(const Shape& shape)
+{
+    return fmt::format("{}x{}, {}, format {}, type {}", shape.width, shape.height,
+                       size_text(shape.size), shape.hw_format, shape.at_type);
 }
 
 std::string owners_text(const std::vector<GroupOwner>& owners)

@@ -4,14 +4,30 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cctype>
+#include <tuple>
 
 namespace nimba::smi {
+namespace {
+
+std::string without_digits(std::string text)
+{
+    std::erase_if(text, [](unsigned char c) { return std::isdigit(c) != 0; });
+    return text;
+}
+
+bool is_alike(const Problem& a, const Problem& b)
+{
+    return std::tie(a.status, a.adapter, a.call) == std::tie(b.status, b.adapter, b.call) &&
+           without_digits(a.message) == without_digits(b.message);
+}
+
+}  // namespace
 
 void ProblemLog::add_to_snapshot(const Problem& problem)
 {
-    const auto known = std::ranges::find_if(repeated_, [&](const Repeated& repeated) {
-        return repeated.problem.message == problem.message;
-    });
+    const auto known = std::ranges::find_if(
+        repeated_, [&](const Repeated& repeated) { return is_alike(repeated.problem, problem); });
     if (known == repeated_.end()) {
         repeated_.push_back({problem, 1});
     } else {

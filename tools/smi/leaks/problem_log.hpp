@@ -11,7 +11,8 @@ namespace nimba::smi {
 // The problems of many snapshots, each told once.
 class ProblemLog final {
   public:
-    // A problem of one snapshot, which may come again in others.
+    // A problem of one snapshot, which may come again in others. When it does with other numbers in
+    // its message, such as that of an entry or of all entries, it is told as it came first.
     void add_to_snapshot(const Problem& problem);
 
     // A problem that ended the snapshots of an adapter at the one with this number, from 1 on.

@@ -115,6 +115,29 @@ Document adapters_json(const LeaksResult& result)
 
 }  // namespace
 
+std::string leaks_progress(uint64_t snapshots, const std::optional<uint64_t>& count,
+                           std::span<const AdapterHistory> adapters)
+{
+    uint64_t allocations = 0;
+    uint64_t bytes = 0;
+    GroupGrowth most;
+    for (const AdapterHistory& history : adapters) {
+        for (GroupGrowth& group : history.groups()) {
+            allocations += group.count;
+            bytes += group.bytes();
+            if (group.change > most.change) {
+                most = std::move(group);
+            }
+        }
+    }
+    return fmt::format(
+        "snapshot {}{}: {} allocation{}, {}, {}", snapshots,
+        count ? fmt::format(" of {}", *count) : "", allocations, allocations == 1 ? "" : "s",
+        size_text(bytes),
+        most.change > 0 ? fmt::format("{} of {}", change_text(most.change), shape_text(most.shape))
+                        : "no growth");
+}
+
 std::vector<LeakRow> leak_rows(const LeaksResult& result, const std::optional<std::size_t>& top)
 {
     std::vector<LeakRow> rows;

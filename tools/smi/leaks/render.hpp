@@ -6,11 +6,19 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 namespace nimba::smi {
+
+// What the snapshots so far have shown, for the user to see that it goes on: "snapshot 3 of 10: 12
+// allocations, 384 KiB, +5 of 128x64, 32 KiB, format 28, type 1", of the group that grew most.
+// `count`: the snapshots that will be taken, when it is known.
+std::string leaks_progress(uint64_t snapshots, const std::optional<uint64_t>& count,
+                           std::span<const AdapterHistory> adapters);
 
 // A group and its adapter, which lives in the result.
 struct LeakRow {

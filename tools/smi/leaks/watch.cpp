@@ -2,9 +2,9 @@
 #include "tools/smi/leaks/watch.hpp"
 
 #include "tools/smi/leaks/problem_log.hpp"
-#include "tools/smi/leaks/stop_signals.hpp"
 #include "tools/smi/memory/ask_adapters.hpp"
 #include "tools/smi/process/discover.hpp"
+#include "tools/smi/process/stop_signals.hpp"
 #include "tools/smi/worker/requests.hpp"
 
 #include <algorithm>
@@ -28,11 +28,12 @@ class Watch final {
     }
 
     // Takes one snapshot after the other. With no worker left, no more are taken.
-    void run(const StopSignals& stop, ProblemLog& log)
+    void run(const StopSignals& stop, ProblemLog& log, const SnapshotListener& listener)
     {
         auto next = Clock::now();
         do {
             take_snapshot(stop.descriptor(), log);
+            listener(snapshots_, histories_);
             next = std::max(next + options_.leaks.interval, Clock::now());
         } while (wants_more() && !stop.wait_until(next));
     }
@@ -109,7 +110,7 @@ class Watch final {
 
 }  // namespace
 
-LeaksResult watch_for_leaks(const Options& options)
+LeaksResult watch_for_leaks(const Options& options, const SnapshotListener& listener)
 {
     LeaksResult result;
     DiscoveryOutcome outcome = discover_adapters(options);
@@ -121,10 +122,10 @@ LeaksResult watch_for_leaks(const Options& options)
     if (slots.empty()) {
         return result;
     }
-    const StopSignals stop;
+    const StopSignals stop{SignalEffect::kEndOfRun};
     ProblemLog log;
     Watch watch{options, std::move(slots)};
-    watch.run(stop, log);
+    watch.run(stop, log, listener);
     result.snapshots = watch.snapshots();
     result.adapters = watch.take_histories();
     std::ranges::move(log.problems(result.snapshots), std::back_inserter(result.problems));

@@ -3,10 +3,12 @@
 
 #include "tools/smi/memory/ask_adapters.hpp"
 #include "tools/smi/process/discover.hpp"
+#include "tools/smi/process/stop_signals.hpp"
 #include "tools/smi/worker/requests.hpp"
 
 #include <algorithm>
 #include <iterator>
+#include <span>
 #include <utility>
 
 namespace nimba::smi {
@@ -26,6 +28,16 @@ void take_reply(const SlotIdentity& slot, const Reply& reply, MemorySnapshot& sn
     }
 }
 
+// A signal ends the process only behind the tidying up.
+std::vector<Reply> ask_for_memory(const Options& options, std::span<const SlotIdentity> slots)
+{
+    const StopSignals stop{SignalEffect::kEndOfProcess};
+    auto workers = start_workers(options, slots);
+    auto replies = ask_all(workers, kMemoryRequest, {options.timeout, stop.descriptor()});
+    tidy_up(options, slots, workers, replies);
+    return replies;
+}
+
 }  // namespace
 
 MemorySnapshot take_memory_snapshot(const Options& options)
@@ -37,9 +49,7 @@ MemorySnapshot take_memory_snapshot(const Options& options)
         return snapshot;
     }
     const auto slots = chosen_adapters(*outcome.discovery, options.adapter, snapshot.problems);
-    auto workers = start_workers(options, slots);
-    const auto replies = ask_all(workers, kMemoryRequest, {options.timeout});
-    tidy_up(options, slots, workers, replies);
+    const auto replies = ask_for_memory(options, slots);
     for (std::size_t i = 0; i < slots.size(); ++i) {
         take_reply(slots[i], replies[i], snapshot);
     }

@@ -9,6 +9,7 @@
 
 #include <fmt/format.h>
 
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <memory>
@@ -22,9 +23,10 @@ struct ListingCloser {
 };
 using Listing = std::unique_ptr<DIR, ListingCloser>;
 
-// The next entry but "." and ".."; null at the end.
+// The next entry but "." and ".."; null at the end, where errno is 0, and when the listing fails.
 const char* next_entry(const Listing& listing)
 {
+    errno = 0;
     while (const dirent* const entry = ::readdir(listing.get())) {
         const std::string_view name{entry->d_name};
         if (name != "." && name != "..") {
@@ -34,12 +36,16 @@ const char* next_entry(const Listing& listing)
     return nullptr;
 }
 
-// The error number of opening a file and reading its first byte; 0 when that works.
+// The error number of opening a file and reading all of it; 0 when that works.
 int reading_error(const std::string& path)
 {
     const Descriptor file{::open(path.c_str(), O_RDONLY | O_CLOEXEC)};
-    char byte = 0;
-    return file && ::read(file.get(), &byte, 1) >= 0 ? 0 : errno;
+    std::array<char, 4096> piece{};
+    ssize_t length = file ? 1 : -1;
+    while (length > 0) {
+        length = ::read(file.get(), piece.data(), piece.size());
+    }
+    return length == 0 ? 0 : errno;
 }
 
 }  // namespace
@@ -58,7 +64,7 @@ std::optional<FileFault> first_fault(const std::string& directory, bool named_al
             return FileFault{path, error};
         }
     }
-    return std::nullopt;
+    return errno == 0 ? std::nullopt : std::optional(FileFault{directory, errno});
 }
 
 std::size_t entries_in(const std::string& directory)

@@ -20,7 +20,7 @@ struct FileFault {
 
 // What keeps this user from reading <directory>/<entry>/info of all entries, or
 // <directory>/<entry>/<entry> when `named_alike`: the directory itself, or the first such node that
-// is there and cannot be read. Nothing when all can be.
+// is there and cannot be read to its end. Nothing when all can be.
 std::optional<FileFault> first_fault(const std::string& directory, bool named_alike);
 
 // The entries of a directory; 0 when it cannot be listed.

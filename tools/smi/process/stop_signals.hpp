@@ -5,14 +5,21 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdint>
 
 namespace nimba::smi {
 
-// As long as it lives, SIGINT and SIGTERM do not end the process but can be waited for. A signal
-// that the process was started to ignore is still ignored.
+// What a signal does that came in the lifetime of StopSignals.
+enum class SignalEffect : uint8_t {
+    kEndOfRun,      // no more than whoever waits for it makes of it
+    kEndOfProcess,  // it ends the process as if it came at the end of the lifetime
+};
+
+// As long as it lives, SIGHUP, SIGINT and SIGTERM do not end the process but can be waited for. A
+// signal that the process was started to ignore is still ignored.
 class StopSignals final {
   public:
-    StopSignals();
+    explicit StopSignals(SignalEffect effect);
     StopSignals(const StopSignals&) = delete;
     StopSignals& operator=(const StopSignals&) = delete;
     ~StopSignals();
@@ -24,6 +31,7 @@ class StopSignals final {
     [[nodiscard]] bool wait_until(std::chrono::steady_clock::time_point end) const;
 
   private:
+    SignalEffect effect_;
     sigset_t before_{};
     Descriptor signals_;
 };

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tools/smi/leaks/stop_signals.hpp"
+#include "tools/smi/process/stop_signals.hpp"
 
 #include <poll.h>
 #include <unistd.h>
@@ -24,11 +24,11 @@ bool is_ignored(int signal)
 
 }  // namespace
 
-StopSignals::StopSignals()
+StopSignals::StopSignals(SignalEffect effect) : effect_{effect}
 {
     sigset_t watched;
     ::sigemptyset(&watched);
-    for (const int signal : {SIGINT, SIGTERM}) {
+    for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
         if (!is_ignored(signal)) {
             ::sigaddset(&watched, signal);
         }
@@ -44,9 +44,10 @@ StopSignals::StopSignals()
 
 StopSignals::~StopSignals()
 {
-    // A signal that came has had its effect.
+    // What is not taken here is delivered as soon as the mask lets it through.
     signalfd_siginfo info{};
-    while (::read(signals_.get(), &info, sizeof info) == sizeof info) {
+    while (effect_ == SignalEffect::kEndOfRun &&
+           ::read(signals_.get(), &info, sizeof info) == sizeof info) {
     }
     ::sigprocmask(SIG_SETMASK, &before_, nullptr);
 }
