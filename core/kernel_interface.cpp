@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "core/kernel_interface.hpp"
+
 #include "core/never_destroyed.hpp"
 
 #include <dlfcn.h>

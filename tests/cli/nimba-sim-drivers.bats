@@ -112,6 +112,17 @@ VA=1' ]
         nimba-sim fault open info --list
 }
 
+@test "2: drivers of a kind that there is not" {
+    line="expected auto, live or plain, got odd; see nimba-sim --help"
+    fails_with 2 "nimba-sim: --drivers: $line" nimba-sim run --drivers odd -- touch ran
+    fails_with 2 "nimba-sim: NIMBA_SIM_DRIVERS: $line" \
+        env NIMBA_SIM_DRIVERS=odd nimba-sim run -- touch ran
+    [ ! -e ran ]
+    NIMBA_SIM_DRIVERS=odd nimba-sim run --drivers auto -- touch ran
+    [ -e ran ]
+    NIMBA_SIM_DRIVERS=odd nimba-sim check default
+}
+
 @test "4: a fault without a machine, without live drivers, without the adapter" {
     line="nimba-sim: no simulated machine here: this is for commands that \`nimba-sim run\` runs"
     fails_with 4 "$line" nimba-sim fault --list
@@ -201,8 +212,8 @@ VA=1' ]
     [ "$output" = "cat: -: Transport endpoint is not connected" ]
 }
 
-@test "what runs leave that were killed altogether, the next one removes" {
-    needs_live_drivers
+# A run of which nobody is left to tidy up.
+kill_a_run_altogether() {
     start 'echo $PPID >said; exec sleep 1000'
     read -r -t 20 server <&9
     kill -s STOP "$server"
@@ -210,6 +221,20 @@ VA=1' ]
     kill -s KILL "$server"
     gone "$command"
     gone "$server"
+}
+
+@test "what runs leave that were killed altogether, the next one removes" {
+    needs_live_drivers
+    kill_a_run_altogether
+    nimba-sim run -- true
+    nothing_is_left_soon
+}
+
+@test "what the next run must not unmount, a later one removes" {
+    needs_live_drivers
+    needs_mount_namespace
+    kill_a_run_altogether
+    unshare -rm nimba-sim run -- true
     nimba-sim run -- true
     nothing_is_left_soon
 }

@@ -20,6 +20,7 @@ class MapSource final : public NodeSource {
     std::optional<NodeAttributes> look_up(const std::string& path) override
     {
         const std::scoped_lock lock{mutex_};
+        ++look_ups_;
         if (texts_.contains(path)) {
             return NodeAttributes{false, 0644};
         }
@@ -95,6 +96,12 @@ class MapSource final : public NodeSource {
         changed_.wait(lock, [&] { return reads_ >= count; });
     }
 
+    int look_ups()
+    {
+        const std::scoped_lock lock{mutex_};
+        return look_ups_;
+    }
+
     // "FILE<TEXT" for each write.
     std::vector<std::string> commands()
     {
@@ -107,6 +114,7 @@ class MapSource final : public NodeSource {
     std::condition_variable changed_;
     std::map<std::string, std::string> texts_;
     std::set<std::string> held_;
+    int look_ups_ = 0;
     int reads_ = 0;
     std::vector<std::string> commands_;
 };

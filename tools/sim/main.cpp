@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <map>
@@ -42,7 +43,7 @@ const std::map<std::string, Drivers> kDrivers{
 
 struct Options {
     std::string machine = "default";
-    Drivers drivers = Drivers::kLiveIfPossible;
+    std::string drivers;
     std::vector<std::string> command;
     std::string file;
     bool json = false;
@@ -101,6 +102,20 @@ int print_machines(const Installation& installation, bool json)
     return status == 0 && !problems.empty() ? kBadMachine : status;
 }
 
+// What the option says, or else the environment.
+Drivers choose_drivers(const std::string& option)
+{
+    const char* const variable = option.empty() ? std::getenv("NIMBA_SIM_DRIVERS") : nullptr;
+    const std::string name = variable == nullptr ? option : variable;
+    const auto found = kDrivers.find(name.empty() ? "auto" : name);
+    if (found == kDrivers.end()) {
+        throw CLI::ValidationError{
+            variable == nullptr ? "--drivers" : "NIMBA_SIM_DRIVERS",
+            fmt::format("expected auto, live or plain, got {}", without_control_characters(name))};
+    }
+    return found->second;
+}
+
 // Takes the command of `run` off the words, with the "--" before it. It is not for the parser,
 // which would find lists and options in it.
 std::vector<std::string> cut_command(std::vector<std::string>& words)
@@ -137,10 +152,8 @@ int main_with_arguments(int argument_count, char** arguments)
         ->capture_default_str();
     run->add_option("--drivers", options.drivers,
                     "Whether the drivers live, in debugfs, or leave plain files there: auto, live "
-                    "or plain")
-        ->option_text("WHICH")
-        ->envname("NIMBA_SIM_DRIVERS")
-        ->transform(CLI::Transformer(kDrivers));
+                    "or plain; without it what NIMBA_SIM_DRIVERS says, or auto")
+        ->option_text("WHICH");
 
     app.failure_message([run](const CLI::App*, const CLI::Error& error) {
         const bool is_command =
@@ -159,12 +172,14 @@ int main_with_arguments(int argument_count, char** arguments)
 
     std::vector<std::string> words(arguments + 1, arguments + argument_count);
     options.command = cut_command(words);
+    Drivers drivers = Drivers::kLiveIfPossible;
     std::ranges::reverse(words);  // the order in which the parser takes them
     try {
         app.parse(words);
         if (run->parsed() && options.command.empty()) {
             throw CLI::RequiredError{"COMMAND behind \"--\""};
         }
+        drivers = run->parsed() ? choose_drivers(options.drivers) : drivers;
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? flush_output() : kBadUsage;
     }
@@ -184,7 +199,7 @@ int main_with_arguments(int argument_count, char** arguments)
         return flush_output();
     }
     const Machine machine = read_machine(find_machine(options.machine, installation.machines));
-    return run_on_machine(machine, options.command, installation, options.drivers);
+    return run_on_machine(machine, options.command, installation, drivers);
 }
 
 int fail(int status, const std::exception& error)

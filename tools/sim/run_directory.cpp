@@ -66,6 +66,30 @@ bool is_own_directory(const fs::path& path)
            status.st_uid == geteuid();
 }
 
+// Removes a run's directory, its lock last: where something stays, as a mount that only another
+// namespace can undo, a later run can try again.
+void remove_run(const fs::path& directory, std::error_code& error)
+{
+    fs::permissions(directory, fs::perms::owner_all, fs::perm_options::add, error);
+    std::vector<fs::path> entries;
+    for (const fs::directory_entry& entry : fs::directory_iterator{directory, error}) {
+        if (entry.path().filename() != kLock) {
+            entries.push_back(entry.path());
+        }
+    }
+    for (const fs::path& entry : entries) {
+        remove_tree(entry, error);
+        if (!error) {
+            fs::remove(entry, error);  // no directory
+        }
+        if (error) {
+            return;
+        }
+    }
+    fs::remove(directory / kLock, error);
+    fs::remove(directory, error);
+}
+
 // Removes the directories of runs whose processes have all been killed.
 void remove_left_directories(const fs::path& base)
 {
@@ -80,7 +104,7 @@ void remove_left_directories(const fs::path& base)
         const Descriptor lock =
             is_own_directory(directory) ? lock_directory(directory, 0) : Descriptor{};
         if (lock) {
-            remove_tree(directory, ignored);
+            remove_run(directory, ignored);
         }
     }
 }
@@ -123,7 +147,7 @@ bool RunDirectory::make_in(const fs::path& base, std::string& problem)
         }
         problem = fmt::format("cannot lock the directory {}: {}", name, std::strerror(error));
         std::error_code ignored;
-        remove_tree(name, ignored);
+        remove_run(name, ignored);
     }
     return false;
 }
@@ -131,7 +155,7 @@ bool RunDirectory::make_in(const fs::path& base, std::string& problem)
 void RunDirectory::remove()
 {
     std::error_code error;
-    remove_tree(path_, error);
+    remove_run(path_, error);
     if (error) {
         complain(fmt::format("cannot remove {}: {}", path_.native(), error.message()));
     }

@@ -19,8 +19,9 @@
 namespace nimba::sim {
 namespace {
 
-// So many nodes can block at once before others have to wait.
+// So many requests are answered at once, those that wait for a driver among them.
 constexpr std::size_t kMostThreads = 256;
+static_assert(kMostThreads > Pauses::kMost);
 
 // libfuse makes the memory of a request when it first receives one.
 struct Request {

@@ -22,7 +22,7 @@ class NodeServer;
 // wait for such a file while it holds up the end of the object.
 //
 // Whoever opens a file sees the text of that moment until it is closed, in reads of any size. Each
-// write(2) is one command. Nothing is remembered: each look goes to the driver.
+// write(2) is one command. Nothing but attributes is remembered: each look goes to the driver.
 class DebugFs {
   public:
     // Mounts the nodes at `directory`. Throws MountError.

@@ -15,8 +15,8 @@ namespace nimba::sim {
 // nodes in the order in which they were added.
 class FixedNodes {
   public:
-    // Adds a file that is not there yet, or a directory unless it is there, and the directories that
-    // it is in.
+    // Adds a file that is not there yet, or a directory unless it is there, and the directories
+    // that it is in.
     void add_file(const std::string& path, std::string text, mode_t mode);
     void add_directory(const std::string& path);
 

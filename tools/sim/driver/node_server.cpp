@@ -41,6 +41,10 @@ void begin_session(void* /*server*/, fuse_conn_info* connection)
         ~static_cast<unsigned>(FUSE_CAP_SPLICE_READ | FUSE_CAP_SPLICE_WRITE | FUSE_CAP_SPLICE_MOVE);
 }
 
+// Seconds for which the kernel need not ask for a node's attributes again, though it looks the node
+// up each time, and so learns that it is gone. Without them it would ask three times at an opening.
+constexpr double kAttributesHold = 3600;
+
 std::string child_path(const std::string& directory, const std::string& name)
 {
     return directory.empty() ? name : directory + "/" + name;
@@ -104,6 +108,7 @@ void NodeServer::look_up(fuse_req_t request, fuse_ino_t parent, const char* name
     fuse_entry_param entry{};
     entry.ino = nodes_.add({path, *attributes});
     entry.attr = status_of(path, *attributes);
+    entry.attr_timeout = kAttributesHold;
     if (fuse_reply_entry(request, &entry) == -ENOENT) {  // the caller was interrupted
         nodes_.forget(entry.ino, 1);
     }
@@ -133,7 +138,7 @@ void NodeServer::get_attributes(fuse_req_t request, fuse_ino_t number, fuse_file
         nodes_.set_attributes(number, *attributes);
     }
     const struct stat status = status_of(node.path, node.attributes);
-    fuse_reply_attr(request, &status, 0);
+    fuse_reply_attr(request, &status, kAttributesHold);
 }
 
 // A shell cuts a file to no bytes before it writes there; drivers take no notice.

@@ -27,7 +27,7 @@ class NodeSource {
     NodeSource& operator=(const NodeSource&) = delete;
     virtual ~NodeSource() = default;
 
-    // Nothing: there is no such node.
+    // Nothing: there is no such node. A node has the same attributes for as long as it is there.
     virtual std::optional<NodeAttributes> look_up(const std::string& path) = 0;
 
     // The names in a directory, in listing order; empty when it is none (any more).

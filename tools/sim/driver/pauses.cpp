@@ -25,7 +25,10 @@ bool Pauses::wait(fuse_req_t request, std::chrono::milliseconds length)
     bool passed = false;
     {
         std::unique_lock lock{mutex_};
-        passed = !changed_.wait_for(lock, length, [&] { return interrupted || ended_; });
+        const auto time = waiting_ < kMost ? length : std::chrono::milliseconds{0};
+        ++waiting_;
+        passed = !changed_.wait_for(lock, time, [&] { return interrupted || ended_; });
+        --waiting_;
     }
     fuse_req_interrupt_func(request, nullptr, nullptr);
     return passed;
