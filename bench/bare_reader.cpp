@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "bench/bare_reader.hpp"
 
-#include "bench/descriptor.hpp"
 #include "bench/directory.hpp"
+#include "tools/descriptor.hpp"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -19,7 +19,7 @@ std::int64_t read_node(int directory, const char* entry)
 {
     std::array<char, sizeof(dirent::d_name) + sizeof "/info"> path{};
     std::strcpy(::stpcpy(path.data(), entry), "/info");
-    const Descriptor node{::openat(directory, path.data(), O_RDONLY | O_CLOEXEC)};
+    const tools::Descriptor node{::openat(directory, path.data(), O_RDONLY | O_CLOEXEC)};
     std::array<char, 4096> buffer;
     std::int64_t bytes = 0;
     ssize_t got = 0;

@@ -109,7 +109,7 @@ int report_failure(const std::exception& exception)
     return 1;
 }
 
-int run(const Options& options, const Descriptor& output)
+int run(const Options& options, const tools::Descriptor& output)
 {
     if (options.help) {
         write_text(output, kUsage);
@@ -132,7 +132,7 @@ int main(int argc, char** argv)
 {
     using namespace nimba::bench;
     try {
-        const Descriptor output = claim_standard_output();
+        const nimba::tools::Descriptor output = claim_standard_output();
         return run(parse_command_line(argc, argv), output);
     } catch (const UsageError& error) {
         fmt::print(stderr, "nimba-bench: {}\n{}", error.what(), kUsage);

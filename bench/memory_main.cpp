@@ -60,7 +60,7 @@ void query_leaks()
     expect(get_memleak_info(&report) == 0 && report.groups[0].sum_count > 0, "get_memleak_info");
 }
 
-void run(const Descriptor& output, std::string_view directory)
+void run(const tools::Descriptor& output, std::string_view directory)
 {
     if (directory.size() >= sizeof sys_kernel_debug_ID_dri_ADAPTER_path) {
         throw std::runtime_error{"the path of the directory is too long"};

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "bench/peak_memory.hpp"
 
-#include "bench/descriptor.hpp"
+#include "tools/descriptor.hpp"
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -27,15 +27,15 @@ struct Pipe {
         if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
             throw std::system_error{errno, std::generic_category(), "pipe"};
         }
-        read_end = Descriptor{ends[0]};
-        write_end = Descriptor{ends[1]};
+        read_end = tools::Descriptor{ends[0]};
+        write_end = tools::Descriptor{ends[1]};
     }
-    Descriptor read_end;
-    Descriptor write_end;
+    tools::Descriptor read_end;
+    tools::Descriptor write_end;
 };
 
 // Starts the program with one argument and with its standard output on `output`.
-pid_t start(std::string program, std::string argument, const Descriptor& output)
+pid_t start(std::string program, std::string argument, const tools::Descriptor& output)
 {
     posix_spawn_file_actions_t actions{};
     ::posix_spawn_file_actions_init(&actions);
@@ -51,7 +51,7 @@ pid_t start(std::string program, std::string argument, const Descriptor& output)
     return child;
 }
 
-std::string read_all(const Descriptor& input)
+std::string read_all(const tools::Descriptor& input)
 {
     std::string text;
     std::array<char, 256> buffer{};

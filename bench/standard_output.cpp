@@ -11,17 +11,17 @@
 
 namespace nimba::bench {
 
-Descriptor claim_standard_output()
+tools::Descriptor claim_standard_output()
 {
     ::__fpurge(stdout);
-    Descriptor output{::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1)};
+    tools::Descriptor output{::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1)};
     if (output.get() < 0 || ::dup2(STDERR_FILENO, STDOUT_FILENO) < 0) {
         throw std::system_error{errno, std::generic_category(), "standard output"};
     }
     return output;
 }
 
-void write_text(const Descriptor& output, std::string_view text)
+void write_text(const tools::Descriptor& output, std::string_view text)
 {
     while (!text.empty()) {
         const ssize_t written = ::write(output.get(), text.data(), text.size());

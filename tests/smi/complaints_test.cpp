@@ -10,7 +10,7 @@ namespace {
 
 TEST(Complaints, EndWithTheLastLine)
 {
-    const Descriptor memory = make_complaint_memory();
+    const tools::Descriptor memory = make_complaint_memory();
     ASSERT_TRUE(memory);
     EXPECT_EQ(last_line_in(memory.get()), "");
     write_all(memory.get(), "first\nsecond");
@@ -21,7 +21,7 @@ TEST(Complaints, EndWithTheLastLine)
 
 TEST(Complaints, AreForgottenAndGoOn)
 {
-    const Descriptor memory = make_complaint_memory();
+    const tools::Descriptor memory = make_complaint_memory();
     write_all(memory.get(), "old\n");
     forget_complaints(memory.get());
     EXPECT_EQ(last_line_in(memory.get()), "");
@@ -31,7 +31,7 @@ TEST(Complaints, AreForgottenAndGoOn)
 
 TEST(Complaints, OfALongLineShowItsEnd)
 {
-    const Descriptor memory = make_complaint_memory();
+    const tools::Descriptor memory = make_complaint_memory();
     write_all(memory.get(), std::string(1000, 'a') + "end\n");
     EXPECT_EQ(last_line_in(memory.get()), std::string(296, 'a') + "end");
 }

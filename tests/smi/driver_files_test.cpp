@@ -3,7 +3,7 @@
 
 #include "ordinary_user.hpp"
 #include "support/temp_directory.hpp"
-#include "tools/smi/descriptor.hpp"
+#include "tools/descriptor.hpp"
 
 #include <fcntl.h>
 
@@ -50,7 +50,8 @@ std::optional<uint32_t> device_id_from(const std::string& text)
 {
     const test::TempDirectory directory;
     directory.write("device", text);
-    const Descriptor fd{::open(directory.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
+    const tools::Descriptor fd{
+        ::open(directory.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
     return pci_id_in(fd.get(), "device");
 }
 
@@ -68,7 +69,8 @@ TEST(PciDirectory, DeviceIdentifierIsReadFromItsFile)
 TEST(PciDirectory, CardIsTheOneInItsListing)
 {
     const test::TempDirectory directory;
-    const Descriptor fd{::open(directory.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
+    const tools::Descriptor fd{
+        ::open(directory.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
     EXPECT_EQ(card_in(fd.get()), std::nullopt);
     fs::create_directories(directory.path() / "drm" / "renderD140");
     fs::create_directories(directory.path() / "drm" / "card12-HDMI-A-1");

@@ -34,7 +34,7 @@ TEST(ProgressMessage, OthersTellNothing)
 
 TEST(Progress, NotedMessagesAreSeenThroughAnotherMapping)
 {
-    const Descriptor memory = make_progress_memory();
+    const tools::Descriptor memory = make_progress_memory();
     ASSERT_TRUE(memory);
     const SharedProgress worker = map_progress(memory.get());
     const SharedProgress parent = map_progress(memory.get());

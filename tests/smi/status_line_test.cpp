@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/leaks/status_line.hpp"
 
-#include "tools/smi/descriptor.hpp"
+#include "tools/descriptor.hpp"
 
 #include <poll.h>
 #include <pty.h>
@@ -27,8 +27,8 @@ class StatusLineOnATerminal : public testing::Test {
         int screen = -1;
         int terminal = -1;
         ASSERT_EQ(::openpty(&screen, &terminal, nullptr, nullptr, &size), 0);
-        screen_ = Descriptor{screen};
-        terminal_ = Descriptor{terminal};
+        screen_ = tools::Descriptor{screen};
+        terminal_ = tools::Descriptor{terminal};
         ::setenv("TERM", "xterm", 1);
     }
 
@@ -54,8 +54,8 @@ class StatusLineOnATerminal : public testing::Test {
     }
 
   private:
-    Descriptor screen_;
-    Descriptor terminal_;
+    tools::Descriptor screen_;
+    tools::Descriptor terminal_;
 };
 
 TEST_F(StatusLineOnATerminal, IsWrittenOverAndGoneInTheEnd)
@@ -106,9 +106,9 @@ TEST(StatusLine, IsNotShownOnAPipe)
 {
     std::array<int, 2> ends{};
     ASSERT_EQ(::pipe(ends.data()), 0);
-    const Descriptor out{ends[0]};
+    const tools::Descriptor out{ends[0]};
     {
-        const Descriptor in{ends[1]};
+        const tools::Descriptor in{ends[1]};
         StatusLine line{in.get()};
         EXPECT_FALSE(line.is_visible());
         line.show("one");

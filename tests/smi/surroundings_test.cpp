@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/worker/surroundings.hpp"
 
-#include "tools/smi/descriptor.hpp"
+#include "tools/descriptor.hpp"
 
 #include <unistd.h>
 
@@ -63,12 +63,12 @@ class EndWithParent : public testing::Test {
     {
         std::array<int, 2> ends{};
         ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
-        worker_end_ = Descriptor{ends[0]};
-        parent_end_ = Descriptor{ends[1]};
+        worker_end_ = tools::Descriptor{ends[0]};
+        parent_end_ = tools::Descriptor{ends[1]};
     }
 
-    Descriptor worker_end_;
-    Descriptor parent_end_;
+    tools::Descriptor worker_end_;
+    tools::Descriptor parent_end_;
 };
 
 TEST_F(EndWithParent, SeesAParentThatIsGone)

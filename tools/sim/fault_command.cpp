@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "fault_command.hpp"
 
-#include "descriptor.hpp"
 #include "driver/fault_control.hpp"
 #include "fault_reader.hpp"
 #include "machine_file_error.hpp"
 #include "test_bed_error.hpp"
+#include "tools/descriptor.hpp"
 
 #include <fcntl.h>
 #include <stdlib.h>
@@ -53,9 +53,9 @@ std::filesystem::path fault_node()
     return std::filesystem::path{root} / "sys/kernel/debug" / kFaultNode;
 }
 
-Descriptor open_node(int flags)
+tools::Descriptor open_node(int flags)
 {
-    Descriptor node{open(fault_node().c_str(), flags | O_CLOEXEC)};
+    tools::Descriptor node{open(fault_node().c_str(), flags | O_CLOEXEC)};
     if (!node) {
         throw TestBedError{
             fmt::format("the simulated machine has no live drivers: {}", std::strerror(errno))};
@@ -65,7 +65,7 @@ Descriptor open_node(int flags)
 
 void command(std::string_view text)
 {
-    const Descriptor node = open_node(O_WRONLY);
+    const tools::Descriptor node = open_node(O_WRONLY);
     if (write(node.get(), text.data(), text.size()) >= 0) {
         return;
     }
@@ -76,7 +76,7 @@ void command(std::string_view text)
 
 std::string list_faults()
 {
-    const Descriptor node = open_node(O_RDONLY);
+    const tools::Descriptor node = open_node(O_RDONLY);
     std::string text;
     std::array<char, 4096> part{};
     ssize_t length = 0;

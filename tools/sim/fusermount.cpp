@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "fusermount.hpp"
 
-#include "descriptor.hpp"
 #include "environment.hpp"
+#include "tools/descriptor.hpp"
 
 #include <fcntl.h>
 #include <signal.h>
@@ -93,8 +93,8 @@ FusermountResult run_fusermount(const std::vector<std::string>& arguments, int c
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
         return {false, std::string{"cannot make a pipe: "} + std::strerror(errno)};
     }
-    const Descriptor output{ends[0]};
-    Descriptor input{ends[1]};
+    const tools::Descriptor output{ends[0]};
+    tools::Descriptor input{ends[1]};
     std::vector<std::string> words{kProgram};
     words.insert(words.end(), arguments.begin(), arguments.end());
     pid_t child = 0;

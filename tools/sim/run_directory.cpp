@@ -49,12 +49,12 @@ std::vector<fs::path> base_directories()
 
 // Opens the lock file of a run's directory and locks it. Returns no descriptor if that cannot be
 // done, as while a process of the run lives; errno tells why.
-Descriptor lock_directory(const fs::path& directory, int flags)
+tools::Descriptor lock_directory(const fs::path& directory, int flags)
 {
-    Descriptor lock{
+    tools::Descriptor lock{
         open((directory / kLock).c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | flags, 0600)};
     if (lock && flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
-        return Descriptor{};
+        return tools::Descriptor{};
     }
     return lock;
 }
@@ -101,8 +101,8 @@ void remove_left_directories(const fs::path& base)
         }
     }
     for (const fs::path& directory : found) {
-        const Descriptor lock =
-            is_own_directory(directory) ? lock_directory(directory, 0) : Descriptor{};
+        const tools::Descriptor lock =
+            is_own_directory(directory) ? lock_directory(directory, 0) : tools::Descriptor{};
         if (lock) {
             remove_run(directory, ignored);
         }

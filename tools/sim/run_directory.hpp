@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "descriptor.hpp"
+#include "tools/descriptor.hpp"
 
 #include <filesystem>
 #include <string>
@@ -31,7 +31,7 @@ class RunDirectory {
 
     std::filesystem::path path_;
     // Held by each process that was forked with it, so that the directory counts as in use.
-    Descriptor lock_;
+    tools::Descriptor lock_;
 };
 
 // Gives back to `directory` and those below it the permissions without which their entries cannot

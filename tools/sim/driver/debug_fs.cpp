@@ -57,12 +57,12 @@ DebugFs::DebugFs(NodeSource& source, FaultPlan& faults, const std::filesystem::p
       server_{std::make_unique<NodeServer>(source, faults)},
       session_{make_session(*server_)}
 {
-    Descriptor connection = mount_.take_connection();
+    tools::Descriptor connection = mount_.take_connection();
     // libfuse takes a connection that was made elsewhere under this name.
     const std::string place = "/dev/fd/" + std::to_string(connection.get());
     // Waits for nobody, even behind a preload library that looks at what open(2) is asked for: no
     // thread answers yet.
-    root_ = Descriptor{open_tree(AT_FDCWD, directory.c_str(), OPEN_TREE_CLOEXEC)};
+    root_ = tools::Descriptor{open_tree(AT_FDCWD, directory.c_str(), OPEN_TREE_CLOEXEC)};
     if (!session_ || !root_ || fuse_session_mount(session_.get(), place.c_str()) != 0) {
         throw MountError{"cannot make a session"};
     }

@@ -46,7 +46,7 @@ class DebugFs {
     FuseMount mount_;
     std::unique_ptr<NodeServer> server_;
     std::unique_ptr<fuse_session, SessionEnd> session_;
-    Descriptor root_;  // the mounted directory
+    tools::Descriptor root_;  // the mounted directory
     std::atomic<bool> stopping_{false};
     std::atomic<int> idle_{0};     // threads that wait for a request
     std::atomic<int> working_{0};  // threads that have not yet seen that they are to end

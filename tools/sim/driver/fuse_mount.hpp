@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "descriptor.hpp"
+#include "tools/descriptor.hpp"
 
 #include <filesystem>
 #include <stdexcept>
@@ -30,11 +30,11 @@ class FuseMount {
     FuseMount& operator=(const FuseMount&) = delete;
 
     // Gives the connection away.
-    Descriptor take_connection() { return std::move(connection_); }
+    tools::Descriptor take_connection() { return std::move(connection_); }
 
   private:
     std::filesystem::path directory_;
-    Descriptor connection_;
+    tools::Descriptor connection_;
 };
 
 }  // namespace nimba::sim

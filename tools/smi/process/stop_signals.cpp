@@ -34,7 +34,7 @@ StopSignals::StopSignals(SignalEffect effect) : effect_{effect}
         }
     }
     ::sigprocmask(SIG_BLOCK, &watched, &before_);
-    signals_ = Descriptor{::signalfd(-1, &watched, SFD_CLOEXEC | SFD_NONBLOCK)};
+    signals_ = tools::Descriptor{::signalfd(-1, &watched, SFD_CLOEXEC | SFD_NONBLOCK)};
     if (!signals_) {
         const int error = errno;
         ::sigprocmask(SIG_SETMASK, &before_, nullptr);

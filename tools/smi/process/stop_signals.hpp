@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "tools/smi/descriptor.hpp"
+#include "tools/descriptor.hpp"
 
 #include <chrono>
 #include <csignal>
@@ -33,7 +33,7 @@ class StopSignals final {
   private:
     SignalEffect effect_;
     sigset_t before_{};
-    Descriptor signals_;
+    tools::Descriptor signals_;
 };
 
 }  // namespace nimba::smi

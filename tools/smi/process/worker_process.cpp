@@ -110,10 +110,10 @@ WorkerProcess::WorkerProcess(const WorkerOptions& options)
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
         fail(errno, "cannot make a channel to a worker process");
     }
-    channel_ = Descriptor{ends[0]};
-    const Descriptor worker_end{ends[1]};
+    channel_ = tools::Descriptor{ends[0]};
+    const tools::Descriptor worker_end{ends[1]};
     // Made behind the channel's two ends, its number is none that a worker's descriptors take.
-    const Descriptor memory = make_progress_memory();
+    const tools::Descriptor memory = make_progress_memory();
     progress_ = map_progress(memory.get());
     if (!progress_) {
         fail(errno, "cannot make memory to share with a worker process");
@@ -123,7 +123,7 @@ WorkerProcess::WorkerProcess(const WorkerOptions& options)
         fail(errno, "cannot make memory for what a worker process prints");
     }
     pid_ = spawn(options, worker_end.get(), memory.get(), complaints_.get());
-    process_ = Descriptor{static_cast<int>(::syscall(SYS_pidfd_open, pid_, 0))};
+    process_ = tools::Descriptor{static_cast<int>(::syscall(SYS_pidfd_open, pid_, 0))};
     if (!process_) {
         const int error = errno;
         ::kill(-pid_, SIGKILL);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "tools/smi/descriptor.hpp"
+#include "tools/descriptor.hpp"
 #include "tools/smi/worker/message.hpp"
 #include "tools/smi/worker/progress.hpp"
 #include "tools/smi/worker/session.hpp"
@@ -55,10 +55,10 @@ class WorkerProcess final {
     void kill();
 
   private:
-    Descriptor channel_;
+    tools::Descriptor channel_;
     SharedProgress progress_;
-    Descriptor complaints_;
-    Descriptor process_;  // refers to the child; empty once it was waited for
+    tools::Descriptor complaints_;
+    tools::Descriptor process_;  // refers to the child; empty once it was waited for
     pid_t pid_ = -1;
     LineBuffer lines_;
 };

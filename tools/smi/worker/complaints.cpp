@@ -13,9 +13,9 @@
 
 namespace nimba::smi {
 
-Descriptor make_complaint_memory()
+tools::Descriptor make_complaint_memory()
 {
-    Descriptor memory{::memfd_create("nimba-smi complaints", MFD_CLOEXEC)};
+    tools::Descriptor memory{::memfd_create("nimba-smi complaints", MFD_CLOEXEC)};
     if (memory && ::fcntl(memory.get(), F_SETFL, O_APPEND) != 0) {
         return {};
     }

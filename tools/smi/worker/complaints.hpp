@@ -3,7 +3,7 @@
 // ends the process says there why.
 #pragma once
 
-#include "tools/smi/descriptor.hpp"
+#include "tools/descriptor.hpp"
 
 #include <string>
 
@@ -11,7 +11,7 @@ namespace nimba::smi {
 
 // New memory for complaints, written like a file that is appended to. No descriptor when there is
 // none; errno tells why.
-Descriptor make_complaint_memory();
+tools::Descriptor make_complaint_memory();
 
 // Forgets what was written into the memory so far, so that what is there belongs to one call.
 void forget_complaints(int memory);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/worker/driver_directory.hpp"
 
-#include "tools/smi/descriptor.hpp"
+#include "tools/descriptor.hpp"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -39,7 +39,7 @@ const char* next_entry(const Listing& listing)
 // The error number of opening a file and reading all of it; 0 when that works.
 int reading_error(const std::string& path)
 {
-    const Descriptor file{::open(path.c_str(), O_RDONLY | O_CLOEXEC)};
+    const tools::Descriptor file{::open(path.c_str(), O_RDONLY | O_CLOEXEC)};
     std::array<char, 4096> piece{};
     ssize_t length = file ? 1 : -1;
     while (length > 0) {

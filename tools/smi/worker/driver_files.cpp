@@ -2,7 +2,7 @@
 #include "tools/smi/worker/driver_files.hpp"
 
 #include "nimba_mgmt_interface.h"
-#include "tools/smi/descriptor.hpp"
+#include "tools/descriptor.hpp"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -55,7 +55,7 @@ bool exists(const std::string& path)
 
 Access read_access(const std::string& path)
 {
-    const Descriptor file{::open(path.c_str(), O_RDONLY | O_CLOEXEC)};
+    const tools::Descriptor file{::open(path.c_str(), O_RDONLY | O_CLOEXEC)};
     if (file) {
         return Access::kOpen;
     }
@@ -69,7 +69,7 @@ DriverKind driver_kind_without_va(Access info_node)
 
 std::optional<uint32_t> pci_id_in(int pci_directory, const char* name)
 {
-    const Descriptor file{::openat(pci_directory, name, O_RDONLY | O_CLOEXEC)};
+    const tools::Descriptor file{::openat(pci_directory, name, O_RDONLY | O_CLOEXEC)};
     std::array<char, 16> text{};
     const ssize_t length = file ? ::read(file.get(), text.data(), text.size()) : -1;
     constexpr std::string_view kPrefix = "0x";

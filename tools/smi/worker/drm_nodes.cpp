@@ -2,7 +2,7 @@
 #include "tools/smi/worker/drm_nodes.hpp"
 
 #include "nimba_mgmt_interface.h"
-#include "tools/smi/descriptor.hpp"
+#include "tools/descriptor.hpp"
 #include "tools/smi/worker/driver_files.hpp"
 
 #include <fcntl.h>
@@ -57,7 +57,8 @@ std::optional<DeniedFile> denied_file(const std::string& path, int mode)
 // A device without a vendor is none of PCI, and so none of the product's.
 Maker maker_of(const std::string& device_link)
 {
-    const Descriptor directory{::open(device_link.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
+    const tools::Descriptor directory{
+        ::open(device_link.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
     if (!directory) {
         return Maker::kUnknown;
     }

@@ -24,9 +24,9 @@ void ProgressUnmapper::operator()(DiscoveryProgress* progress) const
     ::munmap(progress, sizeof *progress);
 }
 
-Descriptor make_progress_memory()
+tools::Descriptor make_progress_memory()
 {
-    Descriptor memory{::memfd_create("nimba-smi progress", MFD_CLOEXEC)};
+    tools::Descriptor memory{::memfd_create("nimba-smi progress", MFD_CLOEXEC)};
     if (memory && ::ftruncate(memory.get(), sizeof(DiscoveryProgress)) != 0) {
         return {};
     }

@@ -4,8 +4,8 @@
 #pragma once
 
 #include "nimba_mgmt_interface.h"
+#include "tools/descriptor.hpp"
 #include "tools/smi/adapter.hpp"
-#include "tools/smi/descriptor.hpp"
 
 #include <memory>
 #include <optional>
@@ -28,7 +28,7 @@ struct ProgressUnmapper {
 using SharedProgress = std::unique_ptr<DiscoveryProgress, ProgressUnmapper>;
 
 // New memory for a progress. No descriptor when there is none; errno tells why.
-Descriptor make_progress_memory();
+tools::Descriptor make_progress_memory();
 
 // The progress in that memory; null when it cannot be mapped, and errno tells why.
 SharedProgress map_progress(int memory);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/worker/surroundings.hpp"
 
-#include "tools/smi/descriptor.hpp"
+#include "tools/descriptor.hpp"
 #include "tools/smi/text/output.hpp"
 #include "tools/smi/text/printable.hpp"
 #include "tools/smi/worker/progress.hpp"
@@ -62,7 +62,7 @@ bool end_with_parent(int channel)
 
 int arrange_surroundings(bool verbose, int complaints)
 {
-    const Descriptor nothing{::open("/dev/null", O_RDWR | O_CLOEXEC)};
+    const tools::Descriptor nothing{::open("/dev/null", O_RDWR | O_CLOEXEC)};
     if (!nothing || ::dup2(nothing.get(), STDIN_FILENO) < 0 ||
         ::dup2(verbose ? STDERR_FILENO : nothing.get(), STDOUT_FILENO) < 0) {
         return errno;

@@ -5,14 +5,14 @@
 
 #include <utility>
 
-namespace nimba::smi {
+namespace nimba::tools {
 
 // Owns a file descriptor; a negative one is none.
 class Descriptor final {
   public:
     Descriptor() = default;
     explicit Descriptor(int fd) : fd_{fd} {}
-    Descriptor(Descriptor&& other) noexcept : fd_{std::exchange(other.fd_, -1)} {}
+    Descriptor(Descriptor&& other) noexcept : fd_{other.release()} {}
     Descriptor& operator=(Descriptor&& other) noexcept
     {
         std::swap(fd_, other.fd_);
@@ -22,10 +22,11 @@ class Descriptor final {
 
     explicit operator bool() const { return fd_ >= 0; }
     [[nodiscard]] int get() const { return fd_; }
+    [[nodiscard]] int release() { return std::exchange(fd_, -1); }
     void reset()
     {
         if (fd_ >= 0) {
-            ::close(std::exchange(fd_, -1));
+            ::close(release());
         }
     }
 
@@ -33,4 +34,4 @@ class Descriptor final {
     int fd_ = -1;
 };
 
-}  // namespace nimba::smi
+}  // namespace nimba::tools
