@@ -4,9 +4,8 @@
 #include "alloc/debug_directory.hpp"
 #include "core/entries.hpp"
 #include "core/node_pieces.hpp"
+#include "core/retry.hpp"
 #include "nimba_mgmt_interface.h"
-
-#include <unistd.h>
 
 #include <cstdio>
 #include <string>
@@ -16,7 +15,6 @@
 namespace nimba {
 namespace {
 
-constexpr int kAttempts = 10;
 constexpr useconds_t kPause = 5'000;  // microseconds
 
 }  // namespace
@@ -53,12 +51,6 @@ int32_t get_current_allocation_data_try(std::vector<_GFX_ALLOCATION_INFO>& list,
 int32_t get_current_allocation_data(std::vector<_GFX_ALLOCATION_INFO>& list, uint32_t chip_id,
                                     int32_t va_driver)
 {
-    int32_t result = -1;
-    for (int attempt = 0; attempt < nimba::kAttempts && result < 0; ++attempt) {
-        result = get_current_allocation_data_try(list, chip_id, va_driver);
-        if (result < 0) {
-            ::usleep(nimba::kPause);
-        }
-    }
-    return result;
+    return nimba::try_passes(
+        nimba::kPause, [&] { return get_current_allocation_data_try(list, chip_id, va_driver); });
 }

@@ -2,7 +2,7 @@
 #include "alloc/allocation_text.hpp"
 
 #include "alloc/key_value.hpp"
-#include "alloc/plain_number.hpp"
+#include "core/plain_number.hpp"
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "alloc/plain_number.hpp"
+#include "core/plain_number.hpp"
 
 #include <gtest/gtest.h>
 
