@@ -34,7 +34,20 @@ add_library(nimba_objects OBJECT
     core/node_access.cpp
     core/node_pieces.cpp
     core/node_text.cpp
-    core/shared_library.cpp)
+    core/shared_library.cpp
+    core/whole_node.cpp
+    pagetable/collector.cpp
+    pagetable/device_arrays.cpp
+    pagetable/device_nodes.cpp
+    pagetable/dump_line.cpp
+    pagetable/export.cpp
+    pagetable/lookup.cpp
+    pagetable/model.cpp
+    pagetable/printers.cpp
+    pagetable/process_command.cpp
+    pagetable/tree_builder.cpp
+    pagetable/vm_allocations.cpp
+    pagetable/vm_node_text.cpp)
 target_include_directories(nimba_objects
     PUBLIC ${NIMBA_HEADER_DIR} ${CMAKE_SOURCE_DIR}
     PRIVATE ${LIBDRM_INCLUDE_DIRS})

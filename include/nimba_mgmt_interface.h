@@ -611,6 +611,115 @@ NIMBA_MGMT_API void get_memleak_information(_GFX_MEMLEAK_INFO* buffer, uint32_t 
                                             int32_t va_driver);
 
 /* ---------------------------------------------------------------------------------------------
+ * GPU page tables. The driver shows each GPU virtual-memory device, that is the address space of a
+ * process, as a directory devices/<entry> with the text nodes "info", which names the process, and
+ * "vm_info", the dump of its page tables; and the virtual-memory nodes of each allocation as a text
+ * node allocations/<handle>/vm_info. All of it is read below /sys/kernel/debug/dri/0/qv, whatever
+ * adapter is current: page tables are those of DRM minor 0, and need no initialisation.
+ *
+ * Order of use: get_pagetable_data with a null buffer reads the driver and tells the number of
+ * records; then, without another read, get_pagetable_data with a buffer copies them out, and
+ * get_allocation_data tells and copies the allocations.
+ *
+ *   - A pass over the devices fails when the directory cannot be opened or listed, when a node of a
+ *     device cannot be opened or read, as when the device vanished ("Fail to read pid info.
+ * skip..." for "info"), or when "ps" cannot be started; a pass over the allocations when the
+ * directory or a node cannot be ("Fail to read allocation info.. skip and try it again..."). A
+ * failed pass is tried again after 1 ms, ten passes in all. What failed passes read stays: a result
+ * holds a device once more for each failed pass that came as far as it.
+ *   - The devices "00000000" and "02000000", which belong to no process, and those whose process id
+ *     is 0 are left out.
+ *   - A number without digits or outside the signed 32-bit range raises std::invalid_argument or
+ *     std::out_of_range, which leaves the library through the function that was called. A C host is
+ *     terminated by it.
+ *   - Every device runs the command "ps -p <pid> -o comm=" through the shell. A process id that is
+ *     not decimal digits alone reaches it quoted, as one word.
+ * Messages of this section go to standard output, not to pServerPrintCallback.
+ * ------------------------------------------------------------------------------------------- */
+
+/* Values of _PAGETABLE_DATA.kind. */
+#define PAGETABLE_KIND_PAGE_TABLE 1
+#define PAGETABLE_KIND_SUB_TABLE (-1)
+
+/* One entry of a page table or of a sub-table, 48 bytes. An entry is known by its level and index
+ * in the address space, and a sub-table entry's owner by these, too. */
+typedef struct _PAGETABLE_DATA {
+    int64_t pid;          /*  0: process id, from "pid = " of the node "info", base 10 */
+    int64_t addr;         /*  8: "addr:" or "Addr:", base 16: at most 0x7FFFFFFF */
+    uint16_t Snoop;       /* 16: "Snoop:", the low 16 bits; 0 for a page-table entry */
+    uint16_t Segment;     /* 18: "Segment:", memory segment, the low 16 bits; 0 likewise */
+    uint16_t LargePage;   /* 20: "LargePage:", the low 16 bits; 0 likewise */
+    uint16_t reserved0;   /* 22: zero */
+    int32_t level;        /* 24: 0 to 2; 0 is the root's */
+    int32_t index;        /* 28: number of the entry */
+    int32_t parent_level; /* 32: level of the owning page-table entry; 0 for a page-table entry */
+    int32_t parent_index; /* 36: its index; 0 likewise */
+    int32_t kind;         /* 40: PAGETABLE_KIND_PAGE_TABLE or PAGETABLE_KIND_SUB_TABLE */
+    uint32_t reserved1;   /* 44: zero */
+} _PAGETABLE_DATA;
+
+NIMBA_MGMT_ASSERT(sizeof(_PAGETABLE_DATA) == 48);
+NIMBA_MGMT_ASSERT_OFFSET(_PAGETABLE_DATA, pid, 0);
+NIMBA_MGMT_ASSERT_OFFSET(_PAGETABLE_DATA, addr, 8);
+NIMBA_MGMT_ASSERT_OFFSET(_PAGETABLE_DATA, Snoop, 16);
+NIMBA_MGMT_ASSERT_OFFSET(_PAGETABLE_DATA, Segment, 18);
+NIMBA_MGMT_ASSERT_OFFSET(_PAGETABLE_DATA, LargePage, 20);
+NIMBA_MGMT_ASSERT_OFFSET(_PAGETABLE_DATA, reserved0, 22);
+NIMBA_MGMT_ASSERT_OFFSET(_PAGETABLE_DATA, level, 24);
+NIMBA_MGMT_ASSERT_OFFSET(_PAGETABLE_DATA, index, 28);
+NIMBA_MGMT_ASSERT_OFFSET(_PAGETABLE_DATA, parent_level, 32);
+NIMBA_MGMT_ASSERT_OFFSET(_PAGETABLE_DATA, parent_index, 36);
+NIMBA_MGMT_ASSERT_OFFSET(_PAGETABLE_DATA, kind, 40);
+NIMBA_MGMT_ASSERT_OFFSET(_PAGETABLE_DATA, reserved1, 44);
+
+/* One allocation in the address space of a device, 56 bytes. */
+typedef struct _ALLOCATION_DATA {
+    int32_t device_pid;        /*  0: "device_pid", base 10 */
+    uint32_t reserved0;        /*  4: zero */
+    int64_t allocation_handle; /*  8: the name of the allocation's directory, base 16 */
+    int64_t size;              /* 16: "size", base 16, bytes */
+    int64_t gpu_va;            /* 24: "gpu_va", base 16: GPU virtual address */
+    uint8_t reserved1[24];     /* 32: zero */
+} _ALLOCATION_DATA;
+
+NIMBA_MGMT_ASSERT(sizeof(_ALLOCATION_DATA) == 56);
+NIMBA_MGMT_ASSERT_OFFSET(_ALLOCATION_DATA, device_pid, 0);
+NIMBA_MGMT_ASSERT_OFFSET(_ALLOCATION_DATA, reserved0, 4);
+NIMBA_MGMT_ASSERT_OFFSET(_ALLOCATION_DATA, allocation_handle, 8);
+NIMBA_MGMT_ASSERT_OFFSET(_ALLOCATION_DATA, size, 16);
+NIMBA_MGMT_ASSERT_OFFSET(_ALLOCATION_DATA, gpu_va, 24);
+NIMBA_MGMT_ASSERT_OFFSET(_ALLOCATION_DATA, reserved1, 32);
+
+/* How the last get_pagetable_data with a null buffer ended: 0, or -1 when the driver could not be
+ * read, and also when an error left it. 0 at load. */
+extern NIMBA_MGMT_API int32_t Get_Local_Data_Status;
+
+/* Reads the page tables and the allocations of all devices, or copies the page tables out.
+ * buffer: null: the driver is read, and what an earlier call kept is replaced. Else it receives all
+ * records that the last reading kept, each of them whole: device by device, of each the page-table
+ * entries of level 0, 1 and 2, then the sub-table entries of level 0, 1 and 2, each level in the
+ * order of the dump.
+ * count: with a null buffer the number of records is written; else it is not read and may be null.
+ * When the driver could not be read the count stays as it was, and "\nThe function is being tested
+ * on this Chip......" is written to standard output; so it is by every further call of this
+ * function with a buffer and of get_allocation_data, which then write nothing, until a reading
+ * succeeds. To tell, read Get_Local_Data_Status. Errors: with a null buffer those of the numbers of
+ * a dump but its addresses; with a buffer those of the process ids and addresses: the records
+ * before it are written. Return: 0 always. Source: devices/<entry>/info and vm_info,
+ * allocations/<handle>/vm_info, and the command ps. */
+NIMBA_MGMT_API int32_t get_pagetable_data(_PAGETABLE_DATA* buffer, uint32_t* count);
+
+/* Copies out the allocations that the last get_pagetable_data with a null buffer kept; it never
+ * reads the driver.
+ * buffer: null asks for the number of records. Else it receives all of them, in the order in which
+ * the system listed them; an allocation has one for each address space that maps it.
+ * count: with a null buffer the number of records is written, 0 before the first reading; else it
+ * is not read and may be null. It stays as it was when the last reading failed; see
+ * get_pagetable_data. Errors: those of the four numbers of a record; the records before it are
+ * written. Return: 0 always. */
+NIMBA_MGMT_API int32_t get_allocation_data(_ALLOCATION_DATA* buffer, uint32_t* count);
+
+/* ---------------------------------------------------------------------------------------------
  * GPU preferences: which GPU an application should use, kept in the user's file
  * $HOME/.local/share/wmt_gfx_util.ini (the directory is not created).
  * ------------------------------------------------------------------------------------------- */
@@ -722,6 +831,198 @@ NIMBA_MGMT_API bool compare_allo_sum(const _GFX_ALLOCATION_INFO& a, const _GFX_A
  * thread, or cannot be read; the destination then stays as it was: in a process map, empty. Source:
  * the first 511 characters of the first line of /proc/<pid>/cmdline. */
 NIMBA_MGMT_API int32_t getPackageNameFromPid(int32_t pid, char* destination, int32_t size);
+
+/* The texts of one virtual-memory node, as the driver printed them. */
+struct allcation_Info {
+    std::string device_pid;        /* "device_pid": process id, decimal */
+    std::string device_pname;      /* "device_pname": name of the process */
+    std::string allocation_handle; /* name of the allocation's directory, hexadecimal */
+    std::string gpu_va;            /* "gpu_va": GPU virtual address, hexadecimal */
+    std::string size;              /* "size": bytes, hexadecimal */
+};
+
+struct vidmm_vm_pte_elt3k;
+
+/* One page-table entry, 144 bytes. Texts are NUL-terminated and cut to 47 bytes. */
+struct vidmm_vm_pt {
+    char Buffer[48];                    /*   0: "buffer:" */
+    char Addr[48];                      /*  48: "addr:", hexadecimal digits */
+    vidmm_vm_pt* entries;               /*  96: first child in the next level, or null */
+    vidmm_vm_pt* parent;                /* 104: owner in the level above, or null: only the first of
+                                                a run of siblings has it */
+    int32_t PT_Level;                   /* 112: 0, 1 or 2 */
+    int32_t PT_index;                   /* 116: index */
+    vidmm_vm_pte_elt3k* PT_sub_entries; /* 120: first entry of its sub-table, or null */
+    vidmm_vm_pt* next;                  /* 128: next sibling, or null */
+    vidmm_vm_pt* pre;                   /* 136: previous sibling, or null */
+};
+
+/* One sub-table entry, 104 bytes. */
+struct vidmm_vm_pte_elt3k {
+    uint16_t Snoop;           /*  0: "Snoop:", the low 16 bits */
+    uint16_t Segment;         /*  2: "Segment:", the low 16 bits */
+    char Addr[48];            /*  4: "Addr:", hexadecimal digits */
+    int32_t LargePage;        /* 52: "LargePage:"; without it that of the sub-table line before */
+    int32_t ST_Level;         /* 56: 0, 1 or 2 */
+    int32_t Index;            /* 60: index */
+    vidmm_vm_pte_elt3k* next; /* 64: next entry of the run, or null */
+    vidmm_vm_pte_elt3k* pre;  /* 72: previous entry of the run, or null */
+    vidmm_vm_pt* parent;      /* 80: owner, or null: only the first of a run has it */
+    int32_t found;            /* 88: 1 in what Find_SubTable_2_node found, else 0 */
+    int32_t parent_level;     /* 92: level of the owner; see generate_DigitalIndex */
+    int32_t parent_index;     /* 96: index of the owner */
+};
+
+NIMBA_MGMT_ASSERT(sizeof(vidmm_vm_pt) == 144);
+NIMBA_MGMT_ASSERT_OFFSET(vidmm_vm_pt, Addr, 48);
+NIMBA_MGMT_ASSERT_OFFSET(vidmm_vm_pt, entries, 96);
+NIMBA_MGMT_ASSERT_OFFSET(vidmm_vm_pt, parent, 104);
+NIMBA_MGMT_ASSERT_OFFSET(vidmm_vm_pt, PT_Level, 112);
+NIMBA_MGMT_ASSERT_OFFSET(vidmm_vm_pt, PT_index, 116);
+NIMBA_MGMT_ASSERT_OFFSET(vidmm_vm_pt, PT_sub_entries, 120);
+NIMBA_MGMT_ASSERT_OFFSET(vidmm_vm_pt, next, 128);
+NIMBA_MGMT_ASSERT_OFFSET(vidmm_vm_pt, pre, 136);
+NIMBA_MGMT_ASSERT(sizeof(vidmm_vm_pte_elt3k) == 104);
+NIMBA_MGMT_ASSERT_OFFSET(vidmm_vm_pte_elt3k, Addr, 4);
+NIMBA_MGMT_ASSERT_OFFSET(vidmm_vm_pte_elt3k, LargePage, 52);
+NIMBA_MGMT_ASSERT_OFFSET(vidmm_vm_pte_elt3k, ST_Level, 56);
+NIMBA_MGMT_ASSERT_OFFSET(vidmm_vm_pte_elt3k, Index, 60);
+NIMBA_MGMT_ASSERT_OFFSET(vidmm_vm_pte_elt3k, next, 64);
+NIMBA_MGMT_ASSERT_OFFSET(vidmm_vm_pte_elt3k, pre, 72);
+NIMBA_MGMT_ASSERT_OFFSET(vidmm_vm_pte_elt3k, parent, 80);
+NIMBA_MGMT_ASSERT_OFFSET(vidmm_vm_pte_elt3k, found, 88);
+NIMBA_MGMT_ASSERT_OFFSET(vidmm_vm_pte_elt3k, parent_level, 92);
+NIMBA_MGMT_ASSERT_OFFSET(vidmm_vm_pte_elt3k, parent_index, 96);
+
+/* The page tables of one device. The links of its entries lead to other entries of the same record:
+ * they hold as long as the record is filled by get_pagetable_info alone and is not copied.
+ * create_vector reserves what a driver usually shows, so that nothing moves; a device with more
+ * entries gets larger arrays, and the links of what moves are moved along. */
+struct data_vectors {
+    char pid[48];      /* process id as the node "info" has it, cut to 47 bytes */
+    char app_name[48]; /* name of the process, cut to 47 bytes; "0" for process id 0 */
+    std::string note;  /* empty */
+    /* Page-table entries by level, in the order of the dump; reserved: 100, 1000, 20000. */
+    std::vector<vidmm_vm_pt> pt_level0;
+    std::vector<vidmm_vm_pt> pt_level1;
+    std::vector<vidmm_vm_pt> pt_level2;
+    /* Sub-table entries likewise; reserved: 100, 20000, 300000. */
+    std::vector<vidmm_vm_pte_elt3k> st_level0;
+    std::vector<vidmm_vm_pte_elt3k> st_level1;
+    std::vector<vidmm_vm_pte_elt3k> st_level2;
+};
+
+/* What the last get_pagetable_data with a null buffer read, also when it failed. The entries'
+ * links lead nowhere: use their numbers and texts. Empty at load. */
+extern NIMBA_MGMT_API std::vector<data_vectors> Pagetable_List;
+extern NIMBA_MGMT_API std::vector<allcation_Info> Allocation_List;
+
+/* Splits the text of an allocation's node "vm_info". Return: the blocks, each from one line
+ * "=====vm node info=====" to the next or to the end; none when there is no such line. */
+NIMBA_MGMT_API std::vector<std::string> split_VmNode_Info(const std::string& text);
+
+/* Tells the value of a line "key = value". Return: what begins two bytes behind the first "=" at or
+ * behind the first occurrence of `key`, be it within a longer key, and ends at the first newline
+ * there or at the end of the text. Empty without the key, and when the newline or the end comes
+ * first. With the key but no "=" behind it, it begins at the second byte of the text. */
+NIMBA_MGMT_API std::string extractValue(const std::string& text, const std::string& key);
+
+/* Appends a record for each virtual-memory node of each allocation to `list` in listing order,
+ * without clearing it: one pass. A key that is missing leaves its text empty.
+ * Return: 0, or -1 when the pass failed; the records before the failure are in the list. */
+NIMBA_MGMT_API int32_t get_alloction_data_try(std::vector<allcation_Info>& list);
+
+/* The same with up to ten passes, 1 ms after each that failed. Records of failed passes stay in
+ * front. Return: 0, or -1 after ten. */
+NIMBA_MGMT_API int32_t get_alloction_data(std::vector<allcation_Info>& list);
+
+/* Fills device->pid from the first line of the node with "pid" in it. Without one it stays.
+ * Return: 0, or -1 when the node cannot be opened or read ("Fail to read pid info. skip..."). */
+NIMBA_MGMT_API int32_t get_Pid_info(data_vectors* device, const char* path);
+
+/* Fills device->app_name with what "ps -p <device->pid> -o comm=" writes, less a newline at its
+ * end: empty when there is no such process, or no ps. Process id "0" has the name "0" and runs
+ * nothing. Return: 0, or -1 when no command can be started. */
+NIMBA_MGMT_API int32_t get_AppName_info(data_vectors* device);
+
+/* Appends the entries of a dump to the arrays of the device and links them. Lines are cut at 511
+ * bytes, what follows is a line of its own, and end at a NUL. A line with "entry" is a page-table
+ * entry, "level:index: entry addr:address, buffer:buffer"; another with "Snoop" is a sub-table
+ * entry, "level:index Snoop:n Segment:n LargePage:n Addr:address"; all other lines are skipped.
+ * Entries of levels other than 0, 1 and 2 are, too; so is a page-table entry of level 1 before any
+ * other, and one of level 2 before any other or behind one of level 0.
+ * Return: 0, or -1 when the node cannot be opened or not be read to its end. */
+NIMBA_MGMT_API int32_t get_pagetable_info(data_vectors* device, const char* path);
+
+/* The parts of a line. Numbers are base 10, as std::stoi reads them, with its errors. */
+
+/* Return: what is behind "pid = ", without blanks, tabs and line ends at its end; or empty. */
+NIMBA_MGMT_API std::string find_Pid_number(const std::string& line);
+
+/* Return: the number before the first ":"; -1 without a ":". */
+NIMBA_MGMT_API int32_t find_Level_in_Table(const std::string& line);
+
+/* Return: the number behind the first ":", up to the next ":" in a line with "entry", else up to
+ * the next blank; 0 without a ":". */
+NIMBA_MGMT_API int32_t find_Index_in_Table(const std::string& line);
+
+/* Return: the number between `key` and the next blank; 0 without the key. */
+NIMBA_MGMT_API int32_t find_value_in_subTable(const std::string& line, const std::string& key);
+
+/* Return: for "addr:" what is behind the key up to the next ",", or all of it; for any other key
+ * all of it without blanks, tabs and line ends at its end; empty without the key. */
+NIMBA_MGMT_API std::string find_Addr_in_Table(const std::string& line, const std::string& key);
+
+/* Return: what is behind the key, without blanks, tabs and line ends at its end; or empty. */
+NIMBA_MGMT_API std::string find_Buffer_in_Table(const std::string& line, const std::string& key);
+
+/* Makes the flag of `level` true and the others false; all of them for another level.
+ * Return: 1 for level 2, else 0. */
+NIMBA_MGMT_API int32_t update_PageTable_Flags(bool& level0, bool& level1, bool& level2,
+                                              int32_t level);
+
+/* Write one line about an entry to standard output. */
+NIMBA_MGMT_API void Print_PageTable(const vidmm_vm_pt* entry);
+NIMBA_MGMT_API void Print_SubTable(const vidmm_vm_pte_elt3k* entry);
+
+/* Empties the note and reserves the arrays' usual capacities; larger ones stay. */
+NIMBA_MGMT_API void create_vector(data_vectors& device);
+
+/* Empties the arrays. Their capacities stay. */
+NIMBA_MGMT_API void clean_vector(data_vectors* device);
+
+/* Writes level and index of the owner into all entries of a run of sub-table entries, given its
+ * first; does nothing for another entry, and for a run without an owner. */
+NIMBA_MGMT_API void append_DigitalIndex(vidmm_vm_pte_elt3k& entry);
+
+/* Does so for all sub-table entries of the device. */
+NIMBA_MGMT_API void generate_DigitalIndex(data_vectors& device);
+
+/* Looks for a sub-table entry by the page number of its table.
+ * address: hexadecimal with a prefix of two characters; three zeros behind it make it the address
+ * of the page-table entry of level 2, 1 or 0 that owns the sub-table. The first such entry counts,
+ * and of its sub-table the first entry with that index.
+ * Find_SubTable_2_node returns a copy of the entry with `found` 1, or an entry that is all 0;
+ * the others return the entry's "Addr", or an empty text. */
+NIMBA_MGMT_API vidmm_vm_pte_elt3k Find_SubTable_2_node(int32_t index, const data_vectors* device,
+                                                       const std::string& address);
+NIMBA_MGMT_API std::string Find_SubTable_1_addr(int32_t index, const data_vectors* device,
+                                                const std::string& address);
+NIMBA_MGMT_API std::string Find_SubTable_0_addr(int32_t index, const data_vectors* device,
+                                                const std::string& address);
+
+/* Appends the page tables of each device to `list` in listing order, without clearing it: one pass.
+ * Return: 0, or -1 when the pass failed; the devices before the failure are in the list. */
+NIMBA_MGMT_API int32_t get_PageTable_data(std::vector<data_vectors>& list);
+
+/* The same with up to ten passes, 1 ms after each that failed. Devices of failed passes stay in
+ * front. Return: 0, or -1 after ten. */
+NIMBA_MGMT_API int32_t get_PageTable_data_try(std::vector<data_vectors>& list);
+
+/* get_alloction_data, then get_PageTable_data_try, also when the first failed.
+ * Return: 0 when both succeeded, else -1. */
+NIMBA_MGMT_API int32_t get_current_PageTable_data(std::vector<data_vectors>& pagetables,
+                                                  std::vector<allcation_Info>& allocations);
 
 /* The preferences in file order; empty at load. Filled by the first set or get, emptied by
  * gfx_global_init and gfx_global_exit. */

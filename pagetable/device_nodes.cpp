@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: MIT
+// The two nodes of a device, and the name of its process.
+#include "core/handles.hpp"
+#include "nimba_mgmt_interface.h"
+#include "pagetable/dump_line.hpp"
+#include "pagetable/line_pieces.hpp"
+#include "pagetable/process_command.hpp"
+#include "pagetable/tree_builder.hpp"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace nimba {
+namespace {
+
+static_assert(LinePieces::kLookAhead >= kPlainLineLookAhead);
+
+// Fills the whole field: the text as far as it fits, then zeros.
+template <std::size_t size>
+void set_text(std::string_view text, char (&field)[size])
+{
+    const std::size_t length = std::min(text.size(), size - 1);
+    std::memcpy(field, text.data(), length);
+    std::memset(field + length, 0, size - length);
+}
+
+// A line buffer's text ends at a NUL.
+std::string_view text_of(std::string_view line)
+{
+    return line.substr(0, line.find('\0'));
+}
+
+void add_line(std::string_view line, TreeBuilder& tree)
+{
+    switch (kind_of(line)) {
+        case LineKind::kPageTable:
+            tree.add(parse_page_table_line(line));
+            break;
+        case LineKind::kSubTable:
+            tree.add(parse_sub_table_line(line));
+            break;
+        case LineKind::kOther:
+            break;
+    }
+}
+
+void add_lines(std::string_view lines, TreeBuilder& tree)
+{
+    SubTableLine plain;
+    while (!lines.empty()) {
+        std::size_t length = parse_plain_sub_table_line(lines.data(), plain);
+        if (length > 0 && length <= lines.size()) {
+            tree.add(plain);
+        } else {
+            const std::string_view line = first_line(lines);
+            add_line(text_of(line), tree);
+            length = line.size();
+        }
+        lines.remove_prefix(length);
+    }
+}
+
+// What the command writes, as a line buffer of 128 bytes takes it. Nothing when it cannot be
+// started.
+std::optional<std::string> output_of(const std::string& command)
+{
+    struct PipeCloser {
+        void operator()(std::FILE* pipe) const { ::pclose(pipe); }
+    };
+    // NOLINTNEXTLINE(cert-env33-c): the one word of it that varies is quoted
+    const std::unique_ptr<std::FILE, PipeCloser> pipe{::popen(command.c_str(), "re")};
+    if (!pipe) {
+        return std::nullopt;
+    }
+    std::string output;
+    char piece[128];
+    while (std::fgets(piece, sizeof piece, pipe.get()) != nullptr) {
+        output += piece;
+    }
+    return output;
+}
+
+}  // namespace
+}  // namespace nimba
+
+int32_t get_Pid_info(data_vectors* device, const char* path)
+{
+    bool is_found = false;
+    const bool is_read = nimba::LinePieces{}.read(path, [&](std::string_view lines) {
+        while (!is_found && !lines.empty()) {
+            const std::string_view line = nimba::first_line(lines);
+            const std::string_view text = nimba::text_of(line);
+            is_found = text.find("pid") != std::string_view::npos;
+            if (is_found) {
+                nimba::set_text(nimba::process_id_in(text), device->pid);
+            }
+            lines.remove_prefix(line.size());
+        }
+        return !is_found;
+    });
+    if (!is_read) {
+        std::puts("Fail to read pid info. skip...");
+        return -1;
+    }
+    return 0;
+}
+
+int32_t get_AppName_info(data_vectors* device)
+{
+    const std::string_view pid{device->pid};
+    if (pid == "0") {
+        nimba::set_text("0", device->app_name);
+        return 0;
+    }
+    const auto output = nimba::output_of(nimba::process_command(pid));
+    if (!output) {
+        return -1;
+    }
+    std::string_view name{*output};
+    if (name.ends_with('\n')) {
+        name.remove_suffix(1);
+    }
+    nimba::set_text(name, device->app_name);
+    return 0;
+}
+
+int32_t get_pagetable_info(data_vectors* device, const char* path)
+{
+    nimba::TreeBuilder tree{*device};
+    const bool is_read = nimba::LinePieces{}.read(path, [&](std::string_view lines) {
+        nimba::add_lines(lines, tree);
+        return true;
+    });
+    return is_read ? 0 : -1;
+}

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: MIT
+// The lines of a node as a line buffer of 512 bytes takes them.
+#pragma once
+
+#include "core/handles.hpp"
+
+#include <fcntl.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <string_view>
+
+namespace nimba {
+
+// What fits a line buffer, the newline included. What a longer line has beyond is a line of its
+// own.
+inline constexpr std::size_t kLongestLine = 511;
+
+// The first line of a text that is not empty, with its newline.
+inline std::string_view first_line(std::string_view text)
+{
+    const std::string_view most = text.substr(0, kLongestLine);
+    const std::size_t newline = most.find('\n');
+    return most.substr(0, newline == std::string_view::npos ? newline : newline + 1);
+}
+
+// Reads a node in memory of one size, however large the node is.
+class LinePieces final {
+  public:
+    // Behind every text that is handed out there are so many more bytes that may be read. They mean
+    // nothing.
+    static constexpr std::size_t kLookAhead = 96;
+
+    // Calls `take` with the text of the node, in order, in pieces of whole lines (see first_line);
+    // only the last line of the node may lack its newline. Goes on as long as `take` returns true.
+    // Returns false when the node cannot be opened or not be read so far; what was taken until then
+    // was read all the same.
+    template <typename Take>
+    bool read(const char* path, Take&& take)
+    {
+        const Descriptor node{::open(path, O_RDONLY | O_CLOEXEC)};
+        if (!node) {
+            return false;
+        }
+        std::size_t held = 0;
+        while (true) {
+            const ssize_t count = read_behind(node.get(), held);
+            if (count < 0) {
+                return false;
+            }
+            if (count == 0) {
+                break;
+            }
+            held += static_cast<std::size_t>(count);
+            const std::size_t whole = whole_lines({buffer_.get(), held});
+            if (whole > 0) {
+                if (!take(std::string_view{buffer_.get(), whole})) {
+                    return true;
+                }
+                held -= whole;
+                std::memmove(buffer_.get(), buffer_.get() + whole, held);
+            }
+        }
+        if (held > 0) {
+            take(std::string_view{buffer_.get(), held});
+        }
+        return true;
+    }
+
+  private:
+    static constexpr std::size_t kSize = std::size_t{64} * 1024;
+
+    // As read(2), but never interrupted.
+    ssize_t read_behind(int node, std::size_t held)
+    {
+        ssize_t count = -1;
+        do {
+            count = ::read(node, buffer_.get() + held, kSize - held);
+        } while (count < 0 && errno == EINTR);
+        return count;
+    }
+
+    // The length of the whole lines of a text that begins with a line. Of a line without an end it
+    // is that of the pieces into which it falls.
+    static std::size_t whole_lines(std::string_view text)
+    {
+        const std::size_t end = text.rfind('\n') + 1;
+        return end + (text.size() - end) / kLongestLine * kLongestLine;
+    }
+
+    std::unique_ptr<char[]> buffer_ = std::make_unique<char[]>(kSize + kLookAhead);
+};
+
+}  // namespace nimba
