@@ -32,7 +32,6 @@ void start_device(data_vectors& device)
     create_vector(device);
     clean_vector(&device);
     std::ranges::fill(device.pid, '\0');
-    std::ranges::fill(device.app_name, '\0');
 }
 
 bool read_device(const char* entry, data_vectors& device)

@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "pagetable/device_arrays.hpp"
 
+#include <sys/mman.h>
+
+#include <cstddef>
 #include <cstdint>
+#include <memory>
 
 namespace nimba {
 namespace {
@@ -63,6 +67,17 @@ void follow(data_vectors& device, const Move<vidmm_vm_pte_elt3k>& move)
     }
 }
 
+// Entries are written once, one behind the other: page by page, the kernel's work for new memory
+// would cost as much as reading the dump. Where there are no huge pages nothing changes.
+void advise_huge_pages(void* memory, std::size_t size)
+{
+    constexpr std::size_t kHugePage = std::size_t{2} * 1024 * 1024;
+    std::size_t room = size;
+    if (void* const first = std::align(kHugePage, kHugePage, memory, room); first != nullptr) {
+        ::madvise(first, room / kHugePage * kHugePage, MADV_HUGEPAGE);
+    }
+}
+
 template <typename Entry>
 void reserve_and_follow(data_vectors& device, std::vector<Entry>& entries, std::size_t capacity)
 {
@@ -71,6 +86,7 @@ void reserve_and_follow(data_vectors& device, std::vector<Entry>& entries, std::
     }
     std::vector<Entry> larger;
     larger.reserve(capacity);
+    advise_huge_pages(larger.data(), capacity * sizeof(Entry));
     larger.assign(entries.begin(), entries.end());
     entries.swap(larger);
     follow(device, Move<Entry>{larger, entries});

@@ -74,21 +74,17 @@ class PlainLine final {
   public:
     explicit PlainLine(const char* text) : begin_{text}, at_{text} {}
 
-    // A number of up to 9 digits, which fits whatever the digits are.
+    // A number of up to 7 digits.
     bool take(int32_t& number)
     {
-        const char* const first = at_;
-        uint32_t value = 0;
-        while (at_ < first + 9) {
-            const unsigned digit = static_cast<unsigned char>(*at_) - unsigned{'0'};
-            if (digit > 9) {
-                break;
-            }
-            value = value * 10 + digit;
-            ++at_;
+        const uint64_t characters = load_eight(at_);
+        const std::size_t count = leading_digits(characters);
+        if (count == 0 || count == 8) {
+            return false;
         }
-        number = static_cast<int32_t>(value);
-        return at_ != first;
+        number = static_cast<int32_t>(value_of_digits(characters, count));
+        at_ += count;
+        return true;
     }
 
     template <std::size_t size>
