@@ -183,7 +183,7 @@ open, of which the library tells 50: the processes of the others are not known"
     same "$output" "\
 SLOT  HANDLE  DEVICE  PID  SIZE  SEG  SHAPE  FORMAT  TYPE  PROCESS
 0 allocations, 0 B"
-    run --separate-stderr on default nimba-smi ps
+    run --separate-stderr on three-adapters nimba-smi ps
     [ "$status" = 0 ]
     same "$output" "\
 SLOT  DEVICE  PID  ALLOCS  MEMORY  PROCESS
@@ -235,7 +235,7 @@ all                     0     0 B"
 
 @test "a driver that shows no allocations is named, and one without contexts has nameless rows" {
     NIMBA_SIM_DRIVERS=plain run --separate-stderr on default sh -c \
-        'rmdir "$UMOCKDEV_DIR/sys/kernel/debug/dri/0/jw/allocations"; nimba-smi ps'
+        'rm -r "$UMOCKDEV_DIR/sys/kernel/debug/dri/0/jw/allocations"; nimba-smi ps'
     [ "$status" = 3 ]
     same "$output" ""
     same "$stderr" "nimba-smi: adapter 0000:01:00.0 (Gpu0:Nimba-K1): there is no directory \

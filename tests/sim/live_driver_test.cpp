@@ -227,6 +227,16 @@ TEST(Snapshot, HasEveryNodeInListingOrderEachDirectoryBeforeItsNodes)
                   {"dri/2/jw/devices/12", directory, ""},
                   {"dri/2/jw/devices/12/info", state,
                    "pid = 4100002\nhandle = 20\nflags = 0x3\nprocess = a b\n"},
+                  {"dri/2/qv", directory, ""},
+                  {"dri/2/qv/allocations", directory, ""},
+                  {"dri/2/qv/devices", directory, ""},
+                  {"dri/2/qv/devices/0000001f", directory, ""},
+                  {"dri/2/qv/devices/0000001f/info", state, "pid = 4100001\nhandle = 1f\n"},
+                  {"dri/2/qv/devices/0000001f/vm_info", state, ""},
+                  {"dri/2/qv/devices/00000020", directory, ""},
+                  {"dri/2/qv/devices/00000020/info", state,
+                   "pid = 4100002\nhandle = 20\nflags = 0x3\nprocess = a b\n"},
+                  {"dri/2/qv/devices/00000020/vm_info", state, ""},
               }));
 }
 

@@ -110,9 +110,13 @@ entry = 3
 
 TEST(NodeDirectories, DriverWithoutMemoryInUseHasEmptyDirectories)
 {
-    expect_output("default", "ls -U /sys/kernel/debug/dri/0/jw", "info\nallocations\ndevices\n");
-    expect_output("default", "ls -U /sys/kernel/debug/dri/0/jw/allocations", "");
-    expect_output("default", "ls -U /sys/kernel/debug/dri/0/jw/devices", "");
+    expect_output("closed-nodes", "ls -U /sys/kernel/debug/dri/0/jw",
+                  "info\nallocations\ndevices\n");
+    expect_output("closed-nodes", "ls -U /sys/kernel/debug/dri/0/jw/allocations", "");
+    expect_output("closed-nodes", "ls -U /sys/kernel/debug/dri/0/jw/devices", "");
+    expect_output("closed-nodes", "ls -U /sys/kernel/debug/dri/0/qv", "allocations\ndevices\n");
+    expect_output("closed-nodes", "ls -U /sys/kernel/debug/dri/0/qv/allocations", "");
+    expect_output("closed-nodes", "ls -U /sys/kernel/debug/dri/0/qv/devices", "");
 }
 
 }  // namespace

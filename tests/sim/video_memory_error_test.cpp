@@ -33,7 +33,7 @@ TEST_P(VideoMemoryError, IsOneLineWithPlaceKeyAndExpectation)
 const std::vector<BadFile> kContexts{
     {"UnknownContextKey", CONTEXT("tid = 7\n"),
      ":7: key 'adapter[0].context[0].tid': unknown key, expected one of \"entry\", \"pid\", "
-     "\"handle\", \"further\""},
+     "\"handle\", \"further\", \"vm_info\", \"page_tables\""},
     {"ContextWithoutPid", CONTEXT("handle = 1\n"),
      ":6: key 'adapter[0].context[0].pid': expected a whole number from 1 to 4194304, or a text, "
      "got nothing"},
@@ -76,7 +76,7 @@ const std::vector<BadFile> kAllocations{
      "\"handle\", \"device\", \"width\", \"height\", \"pitch\", \"bit_cnt\", \"secured\", "
      "\"size\", \"tile\", \"cpu_visible\", \"cache_type\", \"pool_type\", \"at_type\", "
      "\"segmentid\", \"hw_format\", \"compress_format\", \"bl_slot_index\", \"gpu_virt_addr\", "
-     "\"imported\", \"fb_offset\", \"share\""},
+     "\"imported\", \"fb_offset\", \"share\", \"vm_info\""},
     {"AllocationEntryTwice", ALLOCATION("entry = 5\n[[adapter.allocation]]\nentry = 5\n"),
      ":12: key 'adapter[0].allocation[1].entry': expected a free allocation entry (5 is that of "
      "adapter[0].allocation[0]), got 5"},

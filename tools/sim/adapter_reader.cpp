@@ -164,7 +164,9 @@ Adapter read_adapter(const TableReader& reader, Claims& claims,
         reader.has("driver") ? reader.choice("driver", kDriverKinds) : "va";
     adapter.va_driver = driver_kind == "va";
     adapter.directories = read_directories(reader, driver_kind, adapter.driver_dir);
-    adapter.video_memory = read_video_memory(reader, processes, driver_kind != "none");
+    adapter.video_memory = read_video_memory(
+        reader, processes, driver_kind != "none",
+        has_virtual_memory_beside(adapter) ? AllocationNames::kEntries : AllocationNames::kHandles);
     adapter.unreadable = read_unreadable(reader, adapter.directories);
     return adapter;
 }

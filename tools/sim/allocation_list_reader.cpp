@@ -4,6 +4,7 @@
 #include "allocation_values_reader.hpp"
 #include "claims.hpp"
 #include "entry_numbers.hpp"
+#include "handle_name.hpp"
 
 #include <fmt/format.h>
 
@@ -38,6 +39,22 @@ void fill(NodeValue& value, int64_t number)
     }
 }
 
+// A driver that names directories by handles can have no two of a name, and none without one.
+void check_name(const TableReader& table, const NodeValue& handle, Claims& claims)
+{
+    if (table.has("entry")) {
+        table.reject("entry", "no such key on a QV chip, which names allocations by their handles");
+    }
+    if (!table.has("handle")) {
+        return;
+    }
+    const auto name = handle_name(handle, 1);
+    if (!name) {
+        table.reject("handle", "a number, or a text that can be the name of a directory");
+    }
+    claims.take("allocation directory", *name, table, "handle");
+}
+
 // Gives each allocation the lowest handle that no other one has, unless the file gave it one.
 void complete_handles(std::vector<Allocation>& allocations, const std::set<int64_t>& taken)
 {
@@ -55,7 +72,8 @@ void complete_handles(std::vector<Allocation>& allocations, const std::set<int64
 
 }  // namespace
 
-std::vector<Allocation> read_allocations(const TableReader& adapter, const AllocationParts& parts)
+std::vector<Allocation> read_allocations(const TableReader& adapter, const AllocationParts& parts,
+                                         AllocationNames names)
 {
     std::vector<Allocation> allocations;
     EntryNumbers entries{"allocation entry"};
@@ -65,16 +83,22 @@ std::vector<Allocation> read_allocations(const TableReader& adapter, const Alloc
     for (const TableReader& table : adapter.tables("allocation", kAllocationKeys)) {
         const int64_t entry = entries.read(table);
         AllocationValues values = read_allocation_values(table);
-        if (const auto* handle = std::get_if<int64_t>(&values[AllocationKey::kHandle])) {
-            claims.take("allocation handle", std::to_string(*handle), table, "handle");
-            handles.insert(*handle);
+        const NodeValue& handle = values[AllocationKey::kHandle];
+        if (const auto* number = std::get_if<int64_t>(&handle)) {
+            claims.take("allocation handle", std::to_string(*number), table, "handle");
+        }
+        if (const auto number = shown_handle(handle)) {
+            handles.insert(*number);
+        }
+        if (names == AllocationNames::kHandles) {
+            check_name(table, handle, claims);
         }
         NodeValue& device = values[AllocationKey::kDevice];
         device = read_device(table, parts, device);
         fill(values[AllocationKey::kSegmentid], 0);
         fill(values[AllocationKey::kGpuVirtAddr], address);
         address += std::max(values.number(AllocationKey::kSize), kPage);
-        allocations.push_back({entry, std::move(values)});
+        allocations.push_back({entry, std::move(values), table.any_text("vm_info")});
     }
     complete_handles(allocations, handles);
     return allocations;

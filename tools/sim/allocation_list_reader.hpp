@@ -9,7 +9,8 @@
 
 namespace nimba::sim {
 
-// Reads the [[adapter.allocation]] tables of an adapter.
-std::vector<Allocation> read_allocations(const TableReader& adapter, const AllocationParts& parts);
+// Reads the [[adapter.allocation]] tables of an adapter whose driver has these names for them.
+std::vector<Allocation> read_allocations(const TableReader& adapter, const AllocationParts& parts,
+                                         AllocationNames names);
 
 }  // namespace nimba::sim

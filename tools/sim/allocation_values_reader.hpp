@@ -13,8 +13,9 @@ namespace nimba::sim {
 
 // The keys of an allocation's table.
 inline constexpr auto kAllocationKeys = [] {
-    std::array<std::string_view, kAllocationKeyCount + 1> keys{"entry"};
+    std::array<std::string_view, kAllocationKeyCount + 2> keys{"entry"};
     std::copy(kAllocationKeyNames.begin(), kAllocationKeyNames.end(), keys.begin() + 1);
+    keys.back() = "vm_info";
     return keys;
 }();
 

@@ -5,6 +5,7 @@
 #include "claims.hpp"
 #include "entry_numbers.hpp"
 #include "message.hpp"
+#include "page_tables_reader.hpp"
 
 #include <algorithm>
 #include <array>
@@ -17,7 +18,8 @@
 namespace nimba::sim {
 namespace {
 
-constexpr std::array<std::string_view, 4> kContextKeys{"entry", "pid", "handle", "further"};
+constexpr std::array<std::string_view, 6> kContextKeys{"entry",   "pid",     "handle",
+                                                       "further", "vm_info", "page_tables"};
 
 constexpr int64_t kMostContexts = 10000;
 constexpr int64_t kFirstGeneratedHandle = 0x1001;
@@ -74,6 +76,11 @@ std::vector<DeviceContext> read_device_contexts(const TableReader& adapter,
             handles.insert(*handle);
         }
         context.further = read_further(table);
+        context.vm_info = table.any_text("vm_info");
+        context.page_tables = read_page_tables(table);
+        if (context.vm_info && context.page_tables) {
+            table.reject("vm_info", "no such key beside 'page_tables'");
+        }
         contexts.push_back(std::move(context));
     }
     const int64_t count = generated ? generated->integer_or("contexts", 0, kMostContexts, 0) : 0;
@@ -83,7 +90,7 @@ std::vector<DeviceContext> read_device_contexts(const TableReader& adapter,
         while (handles.contains(handle)) {
             ++handle;
         }
-        contexts.push_back({entries.next(), pids[index % pids.size()], handle, {}});
+        contexts.push_back({entries.next(), pids[index % pids.size()], handle, {}, {}, {}});
     }
     return contexts;
 }

@@ -6,6 +6,11 @@
 #include <regex>
 
 namespace nimba::sim {
+namespace {
+
+constexpr const char* kVirtualMemoryDirectory = "qv";
+
+}  // namespace
 
 std::string to_text(const PciAddress& address)
 {
@@ -55,6 +60,16 @@ int node_minor(const DrmDevice& device, DrmNode node)
 std::string debug_directory(const Adapter& adapter)
 {
     return fmt::format("dri/{}/{}", adapter.drm.card, adapter.driver_dir);
+}
+
+std::string virtual_memory_directory(const Adapter& adapter)
+{
+    return fmt::format("dri/{}/{}", adapter.drm.card, kVirtualMemoryDirectory);
+}
+
+bool has_virtual_memory_beside(const Adapter& adapter)
+{
+    return adapter.driver_dir != kVirtualMemoryDirectory;
 }
 
 }  // namespace nimba::sim

@@ -80,6 +80,13 @@ struct Adapter {
 // Returns the adapter's directory in /sys/kernel/debug, such as "dri/0/jw".
 std::string debug_directory(const Adapter& adapter);
 
+// Returns the adapter's directory there that shows its virtual memory, such as "dri/0/qv": the same
+// one, or one beside it.
+std::string virtual_memory_directory(const Adapter& adapter);
+
+// Whether it is one beside the other.
+bool has_virtual_memory_beside(const Adapter& adapter);
+
 struct ForeignGpu {
     PciDevice pci;
     DrmDevice drm;

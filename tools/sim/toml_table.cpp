@@ -157,6 +157,18 @@ std::string TableReader::text(std::string_view key) const
     return text->get();
 }
 
+std::optional<std::string> TableReader::any_text(std::string_view key) const
+{
+    if (!has(key)) {
+        return std::nullopt;
+    }
+    const auto* text = find<std::string>(key);
+    if (text == nullptr) {
+        reject(key, "a text");
+    }
+    return text->get();
+}
+
 int64_t TableReader::integer(std::string_view key, int64_t least, int64_t greatest) const
 {
     const auto* number = find<int64_t>(key);

@@ -34,6 +34,8 @@ class TableReader {
     int64_t integer(std::string_view key, int64_t least, int64_t greatest) const;
     int64_t integer_or(std::string_view key, int64_t least, int64_t greatest,
                        int64_t fallback) const;
+    // The text, which may be empty; nothing if it is missing.
+    std::optional<std::string> any_text(std::string_view key) const;
     // A number in that range, or a text, which may be empty.
     std::variant<int64_t, std::string> integer_or_text(std::string_view key, int64_t least,
                                                        int64_t greatest) const;

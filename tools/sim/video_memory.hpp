@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -70,19 +71,36 @@ class AllocationValues {
     std::array<NodeValue, kAllocationKeyCount> values_;
 };
 
+// Page tables that no allocation needs, in an area of the address space that is theirs alone.
+struct SyntheticTables {
+    uint64_t level0 = 0;  // page-table entries of the level, spread evenly over those above
+    uint64_t level1 = 0;
+    uint64_t level2 = 0;
+    uint64_t entries = 0;           // in the sub-tables of level 2
+    uint64_t large_pages = 0;       // percent of these sub-tables
+    uint64_t snooping = 0;          // percent of the entries
+    std::vector<int64_t> segments;  // of the sub-tables in turn; never empty
+};
+
 // An open device of a process.
 struct DeviceContext {
     int64_t entry = 0;
     NodeValue pid;
     NodeValue handle;
     std::map<std::string, std::string> further;  // lines behind these two
+    std::optional<std::string> vm_info;          // instead of the dump of its page tables
+    std::optional<SyntheticTables> page_tables;
 };
 
 // An allocation that stays as it is.
 struct Allocation {
     int64_t entry = 0;
     AllocationValues values;
+    std::optional<std::string> vm_info;  // instead of the text of its VM node
 };
+
+// What the directories of allocations are called by.
+enum class AllocationNames { kEntries, kHandles };
 
 // What allocations that the simulation makes have in common.
 struct AllocationShape {
@@ -122,6 +140,7 @@ struct AllocationLeak {
 
 struct VideoMemory {
     bool shown = false;  // whether the driver has nodes for it at all
+    AllocationNames names = AllocationNames::kEntries;
     std::vector<DeviceContext> contexts;
     std::vector<Allocation> allocations;
     std::vector<AllocationShape> shapes;

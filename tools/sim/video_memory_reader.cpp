@@ -76,14 +76,17 @@ AllocationChange read_change(const TableReader& table, const AllocationParts& pa
             read_allocation_source(table, parts)};
 }
 
-VideoMemory read_tables(const TableReader& adapter, const std::vector<Process>& processes)
+VideoMemory read_tables(const TableReader& adapter, const std::vector<Process>& processes,
+                        AllocationNames names)
 {
     VideoMemory memory;
+    memory.shown = true;
+    memory.names = names;
     const auto generated = adapter.table("generated", kGeneratedKeys);
     memory.contexts = read_device_contexts(adapter, generated, processes);
     memory.shapes = read_shapes(adapter);
     const AllocationParts parts{memory.shapes, device_handles(memory.contexts)};
-    memory.allocations = read_allocations(adapter, parts);
+    memory.allocations = read_allocations(adapter, parts, names);
     if (generated) {
         memory.generated = read_generated(*generated, parts);
     }
@@ -119,19 +122,18 @@ void check_debug_nodes(const TableReader& adapter, std::string_view table)
 }  // namespace
 
 VideoMemory read_video_memory(const TableReader& adapter, const std::vector<Process>& processes,
-                              bool has_driver)
+                              bool has_driver, AllocationNames names)
 {
     const auto key = std::ranges::find_if(kVideoMemoryKeys,
                                           [&](std::string_view name) { return adapter.has(name); });
     if (key == kVideoMemoryKeys.end()) {
         VideoMemory memory;
+        memory.names = names;
         memory.shown = has_driver && adapter.texts_by_name_or("debug", {}).has_value();
         return memory;
     }
     check_debug_nodes(adapter, *key);
-    VideoMemory memory = read_tables(adapter, processes);
-    memory.shown = true;
-    return memory;
+    return read_tables(adapter, processes, names);
 }
 
 }  // namespace nimba::sim

@@ -17,8 +17,8 @@ inline constexpr std::array<std::string_view, 6> kVideoMemoryKeys{
 
 // Reads them. Generated device contexts belong to `processes` where the file does not say
 // otherwise. Without any of these keys there is a kernel driver's empty memory, or none without a
-// driver.
+// driver. `names` says what the driver calls the directories of allocations by.
 VideoMemory read_video_memory(const TableReader& adapter, const std::vector<Process>& processes,
-                              bool has_driver);
+                              bool has_driver, AllocationNames names);
 
 }  // namespace nimba::sim

@@ -21,8 +21,13 @@ void append(std::string& text, const NodeValue& value, bool hexadecimal)
     }
 }
 
-NodeValue own_value(AllocationKey key, const OwnValues& own)
+}  // namespace
+
+NodeValue value_of(const AllocationValues& values, AllocationKey key, const OwnValues& own)
 {
+    if (!std::holds_alternative<std::monostate>(values[key])) {
+        return values[key];
+    }
     switch (key) {
         case AllocationKey::kHandle:
             return own.handle;
@@ -37,17 +42,14 @@ NodeValue own_value(AllocationKey key, const OwnValues& own)
     }
 }
 
-}  // namespace
-
 std::string allocation_text(const AllocationValues& values, const OwnValues& own, bool va_driver)
 {
     std::string text;
     for (std::size_t index = 0; index < kAllocationKeyCount; ++index) {
         const auto key = static_cast<AllocationKey>(index);
-        const bool is_open = std::holds_alternative<std::monostate>(values[key]);
         text += kAllocationKeyNames[index];
         text += '=';
-        append(text, is_open ? own_value(key, own) : values[key],
+        append(text, value_of(values, key, own),
                key == AllocationKey::kHandle || (key == AllocationKey::kDevice && !va_driver));
         text += '\n';
     }
@@ -64,6 +66,19 @@ std::string context_text(const DeviceContext& context)
     for (const auto& [key, value] : context.further) {
         text += fmt::format("{} = {}\n", key, value);
     }
+    return text;
+}
+
+std::string vm_node_text(const AllocationValues& values, const OwnValues& own,
+                         const DeviceContext& context, const std::string& process)
+{
+    std::string text = "=====vm node info=====\ndevice_pid = ";
+    append(text, context.pid, false);
+    text += fmt::format("\ndevice_pname = {}\ngpu_va = ", process);
+    append(text, value_of(values, AllocationKey::kGpuVirtAddr, own), true);
+    text += "\nsize = ";
+    append(text, value_of(values, AllocationKey::kSize, own), true);
+    text += '\n';
     return text;
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "driver/allocations.hpp"
 
-#include "driver/allocation_text.hpp"
+#include "handle_name.hpp"
 
 #include <fmt/format.h>
 
@@ -14,12 +14,12 @@ namespace {
 
 constexpr int64_t kPage = 4096;
 
-// Handles that allocations of the machine file have.
+// Handles that allocations of the machine file have, or show.
 std::set<int64_t> fixed_handles(const VideoMemory& description)
 {
     std::set<int64_t> handles;
     for (const Allocation& allocation : description.allocations) {
-        handles.insert(allocation.values.number(AllocationKey::kHandle));
+        handles.insert(shown_handle(allocation.values[AllocationKey::kHandle]).value_or(0));
     }
     return handles;
 }
@@ -86,6 +86,7 @@ uint64_t Allocations::add(Draw& draw)
     const int64_t size = allocation.shape->values.number(AllocationKey::kSize);
     next_address_ += (size / kPage + 1) * kPage;
     live_.emplace_hint(live_.end(), next_entry_, allocation);
+    by_handle_.emplace(allocation.handle, next_entry_);
     return next_entry_++;
 }
 
@@ -94,6 +95,7 @@ void Allocations::remove_any()
     uint64_t& chosen = mortal_[choice_() % mortal_.size()];
     const auto allocation = live_.find(chosen);
     handles_.give_back(allocation->second.handle);
+    by_handle_.erase(allocation->second.handle);
     live_.erase(allocation);
     chosen = mortal_.back();
     mortal_.pop_back();
@@ -124,35 +126,49 @@ void Allocations::advance_to(uint64_t ticks)
     }
 }
 
-std::vector<std::string> Allocations::list() const
+std::vector<std::string> Allocations::list(AllocationNames names) const
 {
-    std::vector<std::string> entries;
-    entries.reserve(live_.size());
+    std::vector<std::string> list;
+    list.reserve(live_.size());
     for (const auto& [entry, allocation] : live_) {
-        entries.push_back(fmt::format_int{entry}.str());
+        list.push_back(names == AllocationNames::kEntries ? fmt::format_int{entry}.str()
+                                                          : fmt::format("{:x}", allocation.handle));
     }
-    return entries;
+    return list;
 }
 
-const Allocations::Live* Allocations::find(const std::string& entry) const
+AllocationView Allocations::view(const Live& live)
 {
+    return {&live.shape->values, {live.handle, live.device, live.segment, live.address}};
+}
+
+std::optional<AllocationView> Allocations::find(const std::string& name,
+                                                AllocationNames names) const
+{
+    const bool by_entry = names == AllocationNames::kEntries;
     uint64_t number = 0;
-    const auto [end, error] = std::from_chars(entry.data(), entry.data() + entry.size(), number);
-    if (error != std::errc{} || end != entry.data() + entry.size() || entry.front() == '0') {
-        return nullptr;
-    }
-    const auto allocation = live_.find(number);
-    return allocation == live_.end() ? nullptr : &allocation->second;
-}
-
-std::optional<std::string> Allocations::info(const std::string& entry) const
-{
-    const Live* live = find(entry);
-    if (live == nullptr) {
+    const char* const name_end = name.data() + name.size();
+    const auto [end, error] = std::from_chars(name.data(), name_end, number, by_entry ? 10 : 16);
+    if (error != std::errc{} || end != name_end || name.front() == '0' ||
+        std::ranges::any_of(name, [](char letter) { return letter >= 'A' && letter <= 'F'; })) {
         return std::nullopt;
     }
-    return allocation_text(live->shape->values,
-                           {live->handle, live->device, live->segment, live->address}, va_driver_);
+    if (!by_entry) {
+        const auto entry = by_handle_.find(static_cast<int64_t>(number));
+        if (entry == by_handle_.end()) {
+            return std::nullopt;
+        }
+        number = entry->second;
+    }
+    const auto allocation = live_.find(number);
+    return allocation == live_.end() ? std::nullopt : std::optional{view(allocation->second)};
+}
+
+std::optional<std::string> Allocations::info(const std::string& name, AllocationNames names) const
+{
+    const auto found = find(name, names);
+    return found ? std::optional{allocation_text(*found->values, found->own, va_driver_)}
+                 : std::nullopt;
 }
 
 }  // namespace nimba::sim

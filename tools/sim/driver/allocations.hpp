@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "driver/allocation_text.hpp"
 #include "driver/handles.hpp"
 #include "video_memory.hpp"
 
@@ -10,9 +11,16 @@
 #include <optional>
 #include <random>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace nimba::sim {
+
+// What an allocation is, for as long as it is there.
+struct AllocationView {
+    const AllocationValues* values;
+    OwnValues own;
+};
 
 // The allocations of one adapter that the simulation makes, over time. What there is depends on the
 // description, its seeds and the number of ticks gone by alone. An allocation's entry is a number
@@ -28,13 +36,27 @@ class Allocations {
     // nothing.
     void advance_to(uint64_t ticks);
 
-    // The entries, in listing order: in the order in which they came.
-    std::vector<std::string> list() const;
+    // The names, in listing order: in the order in which the allocations came.
+    std::vector<std::string> list(AllocationNames names = AllocationNames::kEntries) const;
 
-    bool contains(const std::string& entry) const { return find(entry) != nullptr; }
+    // The allocation of that name.
+    std::optional<AllocationView> find(const std::string& name,
+                                       AllocationNames names = AllocationNames::kEntries) const;
+
+    bool contains(const std::string& entry) const { return find(entry).has_value(); }
 
     // The text of an allocation's info node.
-    std::optional<std::string> info(const std::string& entry) const;
+    std::optional<std::string> info(const std::string& name,
+                                    AllocationNames names = AllocationNames::kEntries) const;
+
+    // All of them, in listing order.
+    template <typename Function>
+    void for_each(Function function) const
+    {
+        for (const auto& [entry, allocation] : live_) {
+            function(view(allocation));
+        }
+    }
 
   private:
     struct Live {
@@ -58,7 +80,7 @@ class Allocations {
         std::mt19937_64 random_;
     };
 
-    const Live* find(const std::string& entry) const;
+    static AllocationView view(const Live& live);
     uint64_t add(Draw& draw);  // returns the entry
     void remove_any();
     void tick();
@@ -68,9 +90,10 @@ class Allocations {
     Handles handles_;
     Draw changes_;
     std::vector<Draw> leaks_;
-    std::mt19937_64 choice_;  // of those that go
-    std::map<uint64_t, Live> live_;
-    std::vector<uint64_t> mortal_;  // entries of those that can go
+    std::mt19937_64 choice_;                           // of those that go
+    std::map<uint64_t, Live> live_;                    // by entry
+    std::unordered_map<int64_t, uint64_t> by_handle_;  // the entries
+    std::vector<uint64_t> mortal_;                     // entries of those that can go
     uint64_t next_entry_ = 0;
     int64_t next_address_ = int64_t{1} << 40U;
     uint64_t ticks_ = 0;

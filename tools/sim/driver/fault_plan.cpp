@@ -23,35 +23,6 @@ Components split(std::string_view path)
     return components;
 }
 
-// A path as one of an adapter: "dri/CARD/DRIVER/..." and the directory "dri/CARD" above.
-struct AdapterPath {
-    int card = -1;            // negative: of no adapter
-    bool in_driver = false;   // in the driver's directory, or that directory
-    Components components{};  // in the driver's directory
-};
-
-AdapterPath parse(const std::string& path)
-{
-    const Components all = split(path);
-    AdapterPath result;
-    if (all.size() < 2 || all[0] != "dri") {
-        return result;
-    }
-    const char* const end = all[1].data() + all[1].size();
-    if (std::from_chars(all[1].data(), end, result.card).ptr != end) {
-        result.card = -1;
-    } else if (all.size() > 2) {
-        result.in_driver = true;
-        result.components.assign(all.begin() + 3, all.end());
-    }
-    return result;
-}
-
-bool fits(const std::optional<int>& card, const AdapterPath& path)
-{
-    return path.card >= 0 && (!card || *card == path.card);
-}
-
 // Whether the path, or a directory above it, is what the pattern means.
 bool starts_with(const Components& path, const Components& pattern)
 {
@@ -152,7 +123,33 @@ void apply(const Fault& fault, const std::string& path, OpeningFaults& faults)
 
 }  // namespace
 
-FaultPlan::FaultPlan(Clock clock) : clock_{std::move(clock)} {}
+FaultPlan::FaultPlan(Clock clock, std::set<int> cards_with_qv_beside)
+    : clock_{std::move(clock)}, cards_with_qv_beside_{std::move(cards_with_qv_beside)}
+{
+}
+
+FaultPlan::AdapterPath FaultPlan::parse(const std::string& path) const
+{
+    const Components all = split(path);
+    AdapterPath result;
+    if (all.size() < 2 || all[0] != "dri") {
+        return result;
+    }
+    const char* const end = all[1].data() + all[1].size();
+    if (std::from_chars(all[1].data(), end, result.card).ptr != end) {
+        result.card = -1;
+    } else if (all.size() > 2) {
+        const bool is_beside = all[2] == "qv" && cards_with_qv_beside_.contains(result.card);
+        result.in_driver = true;
+        result.components.assign(all.begin() + (is_beside ? 2 : 3), all.end());
+    }
+    return result;
+}
+
+bool FaultPlan::fits(const std::optional<int>& card, const AdapterPath& path)
+{
+    return path.card >= 0 && (!card || *card == path.card);
+}
 
 FaultPlan::Time FaultPlan::monotonic_time()
 {

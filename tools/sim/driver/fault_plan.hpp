@@ -9,6 +9,7 @@
 #include <functional>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -28,15 +29,17 @@ struct OpeningFaults {
 };
 
 // The faults that are switched on. Where several fit a node, each has its effect; of one kind the
-// earliest that befalls it. Paths are those of a NodeSource. Every member may be called from
-// several threads at once.
+// earliest that befalls it. Paths are those of a NodeSource. Where virtual memory has a directory
+// beside the debug directory, faults know it as "qv" in the debug directory. Every member may be
+// called from several threads at once.
 class FaultPlan {
   public:
     using Time = std::chrono::nanoseconds;
     // Tells the time since some moment; never goes back.
     using Clock = std::function<Time()>;
 
-    explicit FaultPlan(Clock clock = monotonic_time);
+    // `cards_with_qv_beside`: of the adapters that have such a directory.
+    explicit FaultPlan(Clock clock = monotonic_time, std::set<int> cards_with_qv_beside = {});
 
     void add(const Fault& fault);
 
@@ -75,9 +78,19 @@ class FaultPlan {
         std::optional<Time> end;
     };
 
+    // A path as one of an adapter: "dri/CARD/DRIVER/..." and the directory "dri/CARD" above.
+    struct AdapterPath {
+        int card = -1;                          // negative: of no adapter
+        bool in_driver = false;                 // in the driver's directory, or that directory
+        std::vector<std::string> components{};  // in the driver's directory
+    };
+
+    AdapterPath parse(const std::string& path) const;
+    static bool fits(const std::optional<int>& card, const AdapterPath& path);
     static bool is_due(Active& active);
 
     const Clock clock_;
+    const std::set<int> cards_with_qv_beside_;
     std::atomic<bool> any_ = false;  // whether there is anything in what follows
     std::mutex mutex_;               // guards what follows
     std::vector<Active> active_;

@@ -4,6 +4,7 @@
 #include "driver/allocations.hpp"
 #include "driver/fixed_nodes.hpp"
 #include "driver/node_source.hpp"
+#include "driver/virtual_memory.hpp"
 #include "machine.hpp"
 
 #include <chrono>
@@ -11,7 +12,9 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace nimba::sim {
 
@@ -32,24 +35,57 @@ class LiveDriver final : public NodeSource {
     static std::chrono::nanoseconds monotonic_time();
 
   private:
-    // A path in an allocations directory, behind its "/".
+    // The video memory of an adapter.
+    struct Memory {
+        Memory(const VideoMemory& description, bool va_driver,
+               const std::vector<Process>& processes)
+            : allocations{description, va_driver}, virtual_memory{description, processes}
+        {
+        }
+
+        Allocations allocations;
+        VirtualMemory virtual_memory;
+    };
+
+    // A directory that shows the allocations that the simulation makes.
+    struct LiveDirectory {
+        const Memory* memory;
+        AllocationNames names;
+        std::vector<std::string> nodes;  // of each allocation
+    };
+
+    // A path in such a directory, behind its "/".
     struct Place {
-        const Allocations* allocations;
-        std::string entry;
-        std::string node;  // empty: the entry itself
+        const LiveDirectory* directory;
+        std::string name;
+        std::string node;  // empty: the allocation itself
+
+        bool is_directory() const { return node.empty(); }
+        bool is_file() const;
+    };
+
+    // A node with the page tables of a device context.
+    struct Dump {
+        const Memory* memory;
+        const DeviceContext* context;
     };
 
     void add(const Adapter& adapter);
-    void add_video_memory(const Adapter& adapter, const std::string& directory);
+    void add_video_memory(const Adapter& adapter);
+    void add_allocation(const Adapter& adapter, const Memory& memory, const Allocation& allocation);
+    void add_context(const Adapter& adapter, const Memory& memory, const DeviceContext& context);
     void advance();
     std::optional<Place> find(const std::string& path) const;
+    static std::optional<std::string> read(const Place& place);
 
     const Machine machine_;
     const Clock clock_;
     const std::chrono::nanoseconds start_;
     std::mutex mutex_;  // guards what follows
     FixedNodes fixed_;
-    std::map<std::string, Allocations> allocations_;  // by their directory
+    std::map<std::string, Memory> memories_;     // by debug directory
+    std::map<std::string, LiveDirectory> live_;  // by their paths, with a "/" behind
+    std::map<std::string, Dump> dumps_;          // by their paths
 };
 
 }  // namespace nimba::sim

@@ -1,13 +1,29 @@
 // SPDX-License-Identifier: MIT
 #include "driver/served_driver.hpp"
 
+#include <set>
 #include <utility>
 
 namespace nimba::sim {
+namespace {
+
+std::set<int> cards_with_qv_beside(const Machine& machine)
+{
+    std::set<int> cards;
+    for (const Adapter& adapter : machine.adapters) {
+        if (has_virtual_memory_beside(adapter)) {
+            cards.insert(adapter.drm.card);
+        }
+    }
+    return cards;
+}
+
+}  // namespace
 
 ServedDriver::ServedDriver(std::unique_ptr<NodeSource> driver, const Machine& machine,
                            const std::filesystem::path& directory)
     : driver_{std::move(driver)},
+      faults_{FaultPlan::monotonic_time, cards_with_qv_beside(machine)},
       control_{*driver_, faults_},
       debug_fs_{control_, faults_, directory}
 {
