@@ -33,32 +33,32 @@ class DriverDirectory : public testing::Test {
 
 TEST_F(DriverDirectory, ThatCanBeReadHasNoFault)
 {
-    EXPECT_EQ(first_fault(path(), false), std::nullopt);
+    EXPECT_EQ(first_fault(path(), "info"), std::nullopt);
     EXPECT_EQ(entries_in(path()), 2U);
 }
 
 TEST_F(DriverDirectory, NodesThatHaveGoneAreNoFault)
 {
-    EXPECT_EQ(first_fault(path(), true), std::nullopt);
+    EXPECT_EQ(first_fault(path(), kLikeEntry), std::nullopt);
 }
 
 TEST_F(DriverDirectory, NamesTheNodeThatIsClosed)
 {
     const FileFault fault{path() + "/2/info", EACCES};
     fs::permissions(fault.path, fs::perms{0});
-    EXPECT_TRUE(holds_for_ordinary_user([&] { return first_fault(path(), false) == fault; }));
+    EXPECT_TRUE(holds_for_ordinary_user([&] { return first_fault(path(), "info") == fault; }));
 }
 
 TEST_F(DriverDirectory, NamesTheNodeThatCannotBeRead)
 {
     fs::remove(directory_.path() / "2/info");
     fs::create_directory(directory_.path() / "2/info");
-    EXPECT_EQ(first_fault(path(), false), (FileFault{path() + "/2/info", EISDIR}));
+    EXPECT_EQ(first_fault(path(), "info"), (FileFault{path() + "/2/info", EISDIR}));
 }
 
 TEST_F(DriverDirectory, NamesItselfWhenItIsNotThere)
 {
-    EXPECT_EQ(first_fault(path() + "/absent", false), (FileFault{path() + "/absent", ENOENT}));
+    EXPECT_EQ(first_fault(path() + "/absent", "info"), (FileFault{path() + "/absent", ENOENT}));
     EXPECT_EQ(entries_in(path() + "/absent"), 0U);
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// nimba-smi: shows the adapters of the Nimba and QV chips and their video memory.
+// nimba-smi: shows the adapters of the Nimba and QV chips and their video memory and page tables.
 #include "tools/smi/alloc/command.hpp"
 #include "tools/smi/alloc/command_options.hpp"
 #include "tools/smi/command_line.hpp"
@@ -7,6 +7,8 @@
 #include "tools/smi/leaks/command_options.hpp"
 #include "tools/smi/list/command.hpp"
 #include "tools/smi/memory/command_options.hpp"
+#include "tools/smi/pagetable/command.hpp"
+#include "tools/smi/pagetable/command_options.hpp"
 #include "tools/smi/ps/command.hpp"
 #include "tools/smi/text/output.hpp"
 #include "tools/smi/version/command.hpp"
@@ -33,6 +35,8 @@ constexpr Command kCommands[] = {
      memory_options_fault},
     {"leaks", "Watch the allocations and show those that pile up", leaks_command, add_leaks_options,
      leaks_options_fault},
+    {"pagetable", "Show the GPU page tables and address spaces of the processes", pagetable_command,
+     add_page_table_options, page_table_options_fault},
     {"version", "Show the versions of the tool, the library and its interface", version_command},
 };
 

@@ -4,6 +4,7 @@
 #include "tools/smi/alloc/options.hpp"
 #include "tools/smi/leaks/options.hpp"
 #include "tools/smi/memory/adapter_choice.hpp"
+#include "tools/smi/pagetable/options.hpp"
 
 #include <chrono>
 #include <cstddef>
@@ -24,6 +25,7 @@ struct Options {
     std::optional<std::size_t> top;        // rows to show at most
     AllocOptions alloc{};
     LeaksOptions leaks{};
+    PageTableOptions page_tables{};
 };
 
 }  // namespace nimba::smi

@@ -13,7 +13,6 @@
 #include <cerrno>
 #include <cstring>
 #include <memory>
-#include <string_view>
 
 namespace nimba::smi {
 namespace {
@@ -50,7 +49,7 @@ int reading_error(const std::string& path)
 
 }  // namespace
 
-std::optional<FileFault> first_fault(const std::string& directory, bool named_alike)
+std::optional<FileFault> first_fault(const std::string& directory, std::string_view node)
 {
     const Listing listing{::opendir(directory.c_str())};
     if (!listing) {
@@ -58,7 +57,7 @@ std::optional<FileFault> first_fault(const std::string& directory, bool named_al
     }
     while (const char* const entry = next_entry(listing)) {
         const std::string path =
-            fmt::format("{}/{}/{}", directory, entry, named_alike ? entry : "info");
+            fmt::format("{}/{}/{}", directory, entry, node == kLikeEntry ? entry : node);
         // What has gone in between is no fault.
         if (const int error = reading_error(path); error != 0 && error != ENOENT) {
             return FileFault{path, error};

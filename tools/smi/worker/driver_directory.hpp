@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace nimba::smi {
 
@@ -18,10 +19,13 @@ struct FileFault {
     bool operator==(const FileFault&) const = default;
 };
 
-// What keeps this user from reading <directory>/<entry>/info of all entries, or
-// <directory>/<entry>/<entry> when `named_alike`: the directory itself, or the first such node that
-// is there and cannot be read to its end. Nothing when all can be.
-std::optional<FileFault> first_fault(const std::string& directory, bool named_alike);
+// The name of a node that is named like its entry.
+inline constexpr const char* kLikeEntry = "";
+
+// What keeps this user from reading <directory>/<entry>/<node> of all entries: the directory
+// itself, or the first such node that is there and cannot be read to its end. Nothing when all can
+// be.
+std::optional<FileFault> first_fault(const std::string& directory, std::string_view node);
 
 // The entries of a directory; 0 when it cannot be listed.
 std::size_t entries_in(const std::string& directory);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/worker/library.hpp"
 
+#include "tools/smi/worker/symbols.hpp"
+
 #include <dlfcn.h>
 #include <link.h>
 
@@ -8,22 +10,12 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <utility>
 
 namespace nimba::smi {
 namespace {
 
-struct Symbol {
-    const char* name;
-    void (*store)(EntryPoints& entry, void* address);
-};
-
-template <auto Member>
-void store(EntryPoints& entry, void* address)
-{
-    entry.*Member = reinterpret_cast<std::remove_reference_t<decltype(entry.*Member)>>(address);
-}
-
-constexpr Symbol kSymbols[] = {
+constexpr Symbol<EntryPoints> kSymbols[] = {
     {"set_print_callback", store<&EntryPoints::set_print_callback>},
     {"get_interface_version", store<&EntryPoints::get_interface_version>},
     {"get_interface_version_ext1", store<&EntryPoints::get_interface_version_ext1>},
@@ -69,14 +61,9 @@ std::variant<Library, std::string> load_library(const std::string& name)
             ::dlerror());
     }
     library.path = file_of(library.handle.get());
-    for (const Symbol& symbol : kSymbols) {
-        void* const address = ::dlsym(library.handle.get(), symbol.name);
-        if (address == nullptr) {
-            return fmt::format(
-                "{} lacks the entry point {}: install the library that belongs to this nimba-smi",
-                library.path, symbol.name);
-        }
-        symbol.store(library.entry, address);
+    if (auto fault = find_symbols<EntryPoints>(library.handle.get(), library.path, kSymbols,
+                                               library.entry)) {
+        return *std::move(fault);
     }
     return library;
 }

@@ -20,6 +20,8 @@ constexpr const char* kRawList = "get_allocation_raw_list";
 constexpr const char* kPidMaps = "get_device_pid_maps";
 constexpr const char* kMemleak = "get_memleak_info";
 
+constexpr const char* kInfoNode = "info";
+
 // A context may close while the list is read, and the library does not try again.
 constexpr int kMapTries = 10;
 constexpr useconds_t kMapPause = 5'000;  // microseconds
@@ -49,10 +51,10 @@ constexpr const char* kAllocationNumber = "an allocation with a handle or device
 constexpr const char* kContextNumber = "a device context with a handle";
 
 Failure reading_failure(Session& session, const char* call, const std::string& directory,
-                        bool named_alike, const char* what)
+                        std::string_view node, const char* what)
 {
     const auto fault =
-        session.call("open " + directory, [&] { return first_fault(directory, named_alike); });
+        session.call("open " + directory, [&] { return first_fault(directory, node); });
     const FaultSentence sentence = describe_fault(fault, directory, what);
     return {sentence.status, call, sentence.text};
 }
@@ -69,7 +71,8 @@ std::chrono::milliseconds reading_time(Session& session, const std::string& debu
 
 Failure no_allocations(Session& session, const char* call, const std::string& debug_directory)
 {
-    return reading_failure(session, call, debug_directory + "/allocations", false, "allocations");
+    return reading_failure(session, call, debug_directory + "/allocations", kInfoNode,
+                           "allocations");
 }
 
 // Page 0 reads the driver, the others are from the same reading. Returns the library's status.
@@ -202,8 +205,8 @@ void read_contexts(Session& session, const std::string& debug_directory, Reading
     } else if (status < 0) {
         const int slot = session.adapters().chip_id_idx;
         const bool named_alike = session.adapters().header.IS_VA_driver[slot] == 0;
-        reading.remarks.push_back(
-            reading_failure(session, kPidMaps, directory, named_alike, "device contexts"));
+        reading.remarks.push_back(reading_failure(
+            session, kPidMaps, directory, named_alike ? kLikeEntry : kInfoNode, "device contexts"));
     } else if (is_used(entries.back())) {
         if (auto more = beyond_the_map(session, directory)) {
             reading.remarks.push_back(*std::move(more));

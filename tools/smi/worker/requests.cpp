@@ -5,6 +5,7 @@
 #include "tools/smi/worker/drm_nodes.hpp"
 #include "tools/smi/worker/memory_requests.hpp"
 #include "tools/smi/worker/own_adapter.hpp"
+#include "tools/smi/worker/page_table_requests.hpp"
 
 #include <fmt/format.h>
 
@@ -95,23 +96,39 @@ Message version(Session& session)
     return Answer{to_json_value(version)};
 }
 
+// A request without arguments.
+template <Message (*Function)(Session&)>
+Message plain(Session& session, std::string_view /*arguments*/)
+{
+    return Function(session);
+}
+
 struct Request {
     std::string_view name;
-    Message (*answer)(Session&);
+    Message (*answer)(Session&, std::string_view arguments);
     bool any_library = false;  // also one of another major version
 };
 
 constexpr Request kRequests[] = {
-    {kDiscoverRequest, discover},     {kDescribeRequest, describe},
-    {kVersionRequest, version, true}, {kMemoryRequest, answer_memory},
-    {kLeaksRequest, answer_leaks},    {kTidyRequest, answer_tidy},
+    {kDiscoverRequest, plain<discover>},
+    {kDescribeRequest, plain<describe>},
+    {kVersionRequest, plain<version>, true},
+    {kMemoryRequest, plain<answer_memory>},
+    {kLeaksRequest, plain<answer_leaks>},
+    {kTidyRequest, plain<answer_tidy>},
+    {kPageTablesRequest, plain<answer_page_tables>},
+    {kTableEntriesRequest, answer_table_entries},
+    {kPagesRequest, answer_pages},
+    {kVmAllocationsRequest, answer_vm_allocations},
 };
 
 }  // namespace
 
 Message answer_request(Session& session, std::string_view request)
 {
-    const auto* const known = std::ranges::find(kRequests, request, &Request::name);
+    const auto blank = request.find(' ');
+    const auto* const known =
+        std::ranges::find(kRequests, request.substr(0, blank), &Request::name);
     if (known == std::end(kRequests)) {
         return Failure{ExitStatus::kFailed, session.current_call(),
                        fmt::format("unknown request \"{}\"", request)};
@@ -122,7 +139,8 @@ Message answer_request(Session& session, std::string_view request)
     if (auto failure = mismatch(session); failure && !known->any_library) {
         return *std::move(failure);
     }
-    return known->answer(session);
+    return known->answer(
+        session, blank == std::string_view::npos ? std::string_view{} : request.substr(blank + 1));
 }
 
 }  // namespace nimba::smi

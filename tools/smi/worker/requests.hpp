@@ -14,6 +14,12 @@ inline constexpr std::string_view kVersionRequest = "version";
 inline constexpr std::string_view kMemoryRequest = "memory";
 inline constexpr std::string_view kLeaksRequest = "leaks";
 inline constexpr std::string_view kTidyRequest = "tidy";
+inline constexpr std::string_view kPageTablesRequest = "pagetables";
+
+// These have arguments behind a blank: see page_table_requests.hpp.
+inline constexpr std::string_view kTableEntriesRequest = "table-entries";
+inline constexpr std::string_view kPagesRequest = "pages";
+inline constexpr std::string_view kVmAllocationsRequest = "vm-allocations";
 
 // Answers one request. A failure tells what is wrong with the library; what the library throws
 // passes through.

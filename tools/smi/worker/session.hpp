@@ -6,6 +6,7 @@
 #include "tools/smi/worker/complaints.hpp"
 #include "tools/smi/worker/discovery.hpp"
 #include "tools/smi/worker/library.hpp"
+#include "tools/smi/worker/page_tables.hpp"
 #include "tools/smi/worker/progress.hpp"
 
 #include <chrono>
@@ -73,6 +74,9 @@ class Session final {
     // The record that enter_adapter was given.
     [[nodiscard]] const find_adapter& adapters() const { return *adapters_; }
 
+    // What the last reading of page tables left; nothing before the first.
+    [[nodiscard]] std::optional<PageTables>& page_tables() { return page_tables_; }
+
   private:
     WorkerOptions options_;
     Channel& channel_;
@@ -84,6 +88,7 @@ class Session final {
     std::optional<DiscoveryRecords> records_;
     std::optional<find_adapter> adapters_;  // of the current adapter
     bool complete_ = false;
+    std::optional<PageTables> page_tables_;
 };
 
 }  // namespace nimba::smi
