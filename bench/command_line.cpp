@@ -15,11 +15,14 @@ namespace {
 // The growth is measured from a quarter of the largest size, and a raw list needs later pages.
 constexpr int kSizeMin = 100;
 constexpr int kSizeMax = 1'000'000;
+constexpr int kLinesMin = 1'000;
+constexpr int kLinesMax = 300'000;  // what the library makes room for
 constexpr int kRepetitionsMax = 1'000;
 
 constexpr option kLongOptions[] = {
     {"quick", no_argument, nullptr, 'q'},
     {"sizes", required_argument, nullptr, 's'},
+    {"lines", required_argument, nullptr, 'l'},
     {"repetitions", required_argument, nullptr, 'r'},
     {"directory", required_argument, nullptr, 'd'},
     {"help", no_argument, nullptr, 'h'},
@@ -56,10 +59,14 @@ void apply(Options& options, int letter, const char* word)
     switch (letter) {
         case 'q':
             options.sizes = {1'000, 10'000};
+            options.lines = 30'000;
             options.repetitions = 3;
             break;
         case 's':
             options.sizes = parse_sizes(optarg);
+            break;
+        case 'l':
+            options.lines = parse_number(optarg, kLinesMin, kLinesMax);
             break;
         case 'r':
             options.repetitions = parse_number(optarg, 1, kRepetitionsMax);
@@ -80,9 +87,12 @@ void apply(Options& options, int letter, const char* word)
 }  // namespace
 
 const char kUsage[] =
-    "usage: nimba-bench [--quick] [--sizes N,...] [--repetitions N] [--directory DIRECTORY]\n"
-    "  --quick                1,000 and 10,000 allocations, 3 repetitions\n"
+    "usage: nimba-bench [--quick] [--sizes N,...] [--lines N] [--repetitions N]\n"
+    "                   [--directory DIRECTORY]\n"
+    "  --quick                1,000 and 10,000 allocations, 30,000 lines, 3 repetitions\n"
     "  --sizes N,...          numbers of allocations, from 100 to 1,000,000 (1000,10000,100000)\n"
+    "  --lines N              sub-table lines of the largest device, from 1,000 to 300,000\n"
+    "                         (300000)\n"
     "  --repetitions N        how often each is measured (15); up to five times as often\n"
     "                         for small trees\n"
     "  --directory DIRECTORY  an existing directory with a short path where trees are made\n"

@@ -9,6 +9,7 @@ namespace nimba::bench {
 
 struct Options {
     std::vector<int> sizes{1'000, 10'000, 100'000};  // allocations of the trees, ascending
+    int lines = 300'000;                             // sub-table lines of the largest device
     int repetitions = 15;
     std::string directory = "/dev/shm";  // where the trees are made; its path must be short
     bool help = false;

@@ -26,11 +26,15 @@ namespace {
 
 std::size_t live = 0;
 std::size_t peak = 0;
+std::size_t least_counted = SIZE_MAX;
+std::size_t counted = 0;
 
 void* taken(void* block)
 {
-    live += ::malloc_usable_size(block);
+    const std::size_t size = ::malloc_usable_size(block);
+    live += size;
     peak = std::max(peak, live);
+    counted += size >= least_counted ? 1 : 0;
     return block;
 }
 
@@ -49,6 +53,17 @@ std::size_t peak_bytes()
 void restart_peak()
 {
     peak = live;
+}
+
+void count_blocks_from(std::size_t size)
+{
+    least_counted = size;
+    counted = 0;
+}
+
+std::size_t counted_blocks()
+{
+    return counted;
 }
 
 }  // namespace nimba::bench

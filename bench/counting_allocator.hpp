@@ -13,4 +13,8 @@ std::size_t live_bytes();
 std::size_t peak_bytes();
 void restart_peak();
 
+// How many blocks of `size` bytes and more were given since count_blocks_from(size).
+void count_blocks_from(std::size_t size);
+std::size_t counted_blocks();
+
 }  // namespace nimba::bench

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
-// nimba-bench: measures what the library's queries of allocations cost.
+// nimba-bench: measures what the library's queries of allocations and page tables cost.
 #include "bench/allocation_tree.hpp"
 #include "bench/cases.hpp"
 #include "bench/command_line.hpp"
 #include "bench/machine.hpp"
 #include "bench/measurement.hpp"
+#include "bench/page_tables/run.hpp"
 #include "bench/peak_memory.hpp"
 #include "bench/report.hpp"
 #include "bench/scratch_directory.hpp"
@@ -18,6 +19,8 @@
 #include <filesystem>
 #include <iterator>
 #include <memory>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace nimba::bench {
@@ -85,7 +88,7 @@ Rows measure_memory(const Path& scratch, int size)
     return memory_rows(measure_peak_memory(tree.path()), size);
 }
 
-std::string measure_all(const Options& options, const Path& scratch)
+Rows measure_allocations(const Options& options, const Path& scratch)
 {
     Rows rows;
     for (const int size : options.sizes) {
@@ -97,10 +100,20 @@ std::string measure_all(const Options& options, const Path& scratch)
                                     options.repetitions));
     }
     append(rows, measure_memory(scratch, largest));
-    return fmt::format(
-        "{}- Repetitions: {}, more of trees up to {} allocations; medians shown\n\n{}\n{}",
-        describe_machine(), options.repetitions, grouped(kSmallTreeMax), render_table(rows),
-        verdict(rows));
+    return rows;
+}
+
+std::string measure_all(const Options& options, const Path& scratch)
+{
+    Rows rows = measure_allocations(options, scratch);
+    Rows page_tables = measure_page_tables(scratch, options.lines, options.repetitions);
+    std::string text = fmt::format(
+        "{}- Repetitions: {}, more of trees up to {} allocations or lines; medians "
+        "shown\n\n{}\n{}\n",
+        describe_machine(), options.repetitions, grouped(kSmallTreeMax),
+        render_table(rows, "allocations"), render_table(page_tables, "lines"));
+    append(rows, std::move(page_tables));
+    return text + verdict(rows);
 }
 
 int report_failure(const std::exception& exception)

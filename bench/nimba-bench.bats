@@ -3,6 +3,16 @@
 # NIMBA_BENCH is the program. How long anything takes is no matter here.
 bats_require_minimum_version 1.5.0
 
+# One small run, which the tests of the results look at.
+setup_file() {
+    local directory
+    directory=$(mktemp -d /dev/shm/nb.XXXXXX)
+    "$NIMBA_BENCH" --directory "$directory" --sizes 100,400 --lines 6000 --repetitions 1 \
+        >"$BATS_FILE_TMPDIR/output" 2>"$BATS_FILE_TMPDIR/stderr" || cat "$BATS_FILE_TMPDIR/stderr"
+    ls -A "$directory" >"$BATS_FILE_TMPDIR/left"
+    rm -rf "$directory"
+}
+
 setup() {
     # In memory, and with a short path, since that of a tree must fit the library's global.
     directory=$(mktemp -d /dev/shm/nb.XXXXXX)
@@ -16,19 +26,18 @@ bench() {
     run --separate-stderr "$NIMBA_BENCH" --directory "$directory" "$@"
 }
 
-# has_row NAME ALLOCATIONS: the table has exactly one row of that name and number.
+# has_row NAME COUNT [REST]: the table has exactly one row of that name and number, whose cells
+# behind them begin with the rest.
 has_row() {
     local rows
-    rows=$(grep -cE "^\| $1 +\| +$2 \|" <<<"$output") || true
+    rows=$(grep -cE "^\| $1 +\| +$2 \|${3:-}" "$BATS_FILE_TMPDIR/output") || true
     [ "$rows" -eq 1 ] || {
-        echo "$rows rows for $1, $2 allocations"
+        echo "$rows rows for $1, $2"
         return 1
     }
 }
 
-@test "a run measures every query over every tree and leaves nothing behind" {
-    bench --sizes 100,400 --repetitions 1
-    [ "$status" -eq 0 ]
+@test "a run measures every query over every tree" {
     for size in 100 400; do
         has_row "bare: readdir, openat, read, close" "$size"
         has_row "plain: fopen, getline, compares, strtol" "$size"
@@ -43,12 +52,9 @@ has_row() {
         has_row "compare_memleak_list" "$size"
         has_row "plain: merge and grouping by search" "$size"
     done
-    [ -z "$(ls -A "$directory")" ]
 }
 
 @test "a run measures how the leak detector grows up to the largest tree" {
-    bench --sizes 400 --repetitions 1
-    [ "$status" -eq 0 ]
     for condition in "unchanged" "all replaced" "all of one shape"; do
         for size in 100 200 400; do
             has_row "get_memleak_info, $condition" "$size"
@@ -59,22 +65,61 @@ has_row() {
 }
 
 @test "a run counts the memory of the queries over the largest tree" {
-    bench --sizes 100,200 --repetitions 1
-    [ "$status" -eq 0 ]
-    has_row "peak memory of get_current_allocation_data" 200
-    has_row "peak memory of get_allocation_raw_list, page 0" 200
-    has_row "peak memory of get_memleak_info" 200
+    has_row "peak memory of get_current_allocation_data" 400
+    has_row "peak memory of get_allocation_raw_list, page 0" 400
+    has_row "peak memory of get_memleak_info" 400
 }
 
-@test "standard output is the result alone: the machine, the table and one sentence" {
-    bench --sizes 100 --repetitions 1
-    [ "$status" -eq 0 ]
+# The one device has 2, 20 and 400 page-table lines by level and 6,000 of sub-tables; half of it has
+# 1, 10, 200 and 3,000, and each of the fifty 1, 2, 40 and 600.
+@test "a run measures every way to read page tables, of one device and of fifty" {
+    local devices count
+    while IFS=: read -r devices count; do
+        has_row "bare: read, memchr, bytes of the records, $devices" "$count"
+        has_row "plain: fgets, find, stoi, push_back, $devices" "$count"
+        has_row "plain, the record reused, $devices" "$count"
+        has_row "get_pagetable_info, $devices" "$count"
+        has_row "get_pagetable_info, the record reused, $devices" "$count"
+        has_row "get_PageTable_data less get_AppName_info, $devices" "$count"
+        has_row "get_PageTable_data with the system's ps, $devices" "$count"
+    done <<<$'1 device:6,422\n50 devices:32,150'
+}
+
+@test "a run measures how reading page tables grows to twice the lines" {
+    has_row "get_pagetable_info, half the lines" 3,211
+    has_row "get_pagetable_info, twice the lines" 6,422
+    has_row "get_PageTable_data less get_AppName_info, half the lines" 3,211
+    has_row "get_PageTable_data less get_AppName_info, twice the lines" 6,422
+}
+
+@test "a run measures the copying out of page tables, and what it is held against" {
+    has_row "memcpy of 48 bytes a record" 19,266
+    has_row "plain: the addresses' digits by a table" 19,266
+    has_row "get_pagetable_data with a buffer" 19,266
+}
+
+@test "a run counts the memory of a collection, and its large blocks" {
+    has_row "peak memory of get_PageTable_data, 1 device" 6,422
+    has_row "peak memory of get_PageTable_data, 50 devices" 32,150
+    # Those of the working record; of a device of this size no array has 1 MiB.
+    has_row "blocks from 1 MiB of get_PageTable_data, 1 device" 6,422 " +3 \| +\| 3 arrays "
+    has_row "blocks from 1 MiB of get_PageTable_data, 50 devices" 32,150 " +3 \| +\| 3 arrays "
+}
+
+@test "standard output is the result alone: the machine, two tables and one sentence" {
+    mapfile -t lines <"$BATS_FILE_TMPDIR/output"
     [[ ${lines[0]} == "- Processor: "* ]]
     [[ ${lines[1]} == "- Kernel: Linux "* ]]
     [[ ${lines[2]} == "- Compiler: "* ]]
-    [ "${lines[3]}" = "- Repetitions: 1, more of trees up to 10,000 allocations; medians shown" ]
-    [[ ${lines[-1]} =~ ^[0-9]+\ of\ 22\ limits\ are\ met\.$ ]]
-    [ "$(grep -cv -e '^|' -e '^$' <<<"$output")" -eq 5 ]
+    [ "${lines[3]}" = "- Repetitions: 1, more of trees up to 10,000 allocations or lines; medians shown" ]
+    [[ ${lines[-1]} =~ ^[0-9]+\ of\ 39\ limits\ are\ met\.$ ]]
+    [ "$(grep -cv -e '^|' -e '^$' "$BATS_FILE_TMPDIR/output")" -eq 5 ]
+    [ "$(grep -c '^| measured ' "$BATS_FILE_TMPDIR/output")" -eq 2 ]
+}
+
+@test "a run leaves nothing behind" {
+    [ -s "$BATS_FILE_TMPDIR/output" ]
+    [ ! -s "$BATS_FILE_TMPDIR/left" ]
 }
 
 # Starts a run that would take minutes and waits until it makes its first tree. A background process
@@ -147,6 +192,8 @@ ends_clean() {
         ["--sizes 99"]='"99" is not a number from 100 to 1000000'
         ["--sizes 1000,"]='"" is not a number from 100 to 1000000'
         ["--sizes 1e3"]='"1e3" is not a number from 100 to 1000000'
+        ["--lines 999"]='"999" is not a number from 1000 to 300000'
+        ["--lines 300001"]='"300001" is not a number from 1000 to 300000'
         ["--repetitions 0"]='"0" is not a number from 1 to 1000'
         ["extra"]="unexpected argument extra"
     )

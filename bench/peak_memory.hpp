@@ -13,8 +13,7 @@ struct PeakMemory {
     std::int64_t leak_query;  // get_memleak_info, with the list of an earlier one kept
 };
 
-// Has nimba-bench-memory, which lies beside this program, query the debug directory. Throws
-// std::runtime_error.
+// Has nimba-bench-memory query the debug directory. Throws std::runtime_error.
 PeakMemory measure_peak_memory(const std::filesystem::path& debug_directory);
 
 }  // namespace nimba::bench

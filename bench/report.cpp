@@ -2,6 +2,7 @@
 #include "bench/report.hpp"
 
 #include "bench/cases.hpp"
+#include "bench/rows.hpp"
 #include "nimba_mgmt_interface.h"
 
 #include <fmt/format.h>
@@ -20,26 +21,6 @@ constexpr double kReaderMemoryLimit = 3.0;
 constexpr double kQueryMemoryLimit = 6.0;
 
 constexpr char kReading[] = "the reader";
-
-Row time_row(const std::string& measured, int size, double total)
-{
-    return {measured, grouped(size), duration_text(total), duration_text(total / size), "", "", ""};
-}
-
-// What `row` measured is `ratio` times what `against` names.
-Row held_against(Row row, const std::string& against, double ratio)
-{
-    row.against = against;
-    row.ratio = fmt::format("{:.3f}", ratio);
-    return row;
-}
-
-Row limited(Row row, double ratio, double limit)
-{
-    row.limit = fmt::format("{}", limit);
-    row.met = ratio <= limit;
-    return row;
-}
 
 Row reader_row(const Samples& samples, int size)
 {
@@ -102,20 +83,13 @@ Row doubling_row(const Samples& samples, const char* measured, int half, int siz
                                                           : row;
 }
 
-Row memory_row(const char* measured, int size, std::int64_t peak, double limit)
+Row peak_row(const char* measured, int size, std::int64_t peak, double limit)
 {
     const auto records =
         static_cast<double>(size) * static_cast<double>(sizeof(_GFX_ALLOCATION_INFO));
     const auto bytes = static_cast<double>(peak);
-    const double ratio = bytes / records;
-    const Row row{std::string{"peak memory of "} + measured,
-                  grouped(size),
-                  fmt::format("{:.2f} MB", bytes / 1e6),
-                  fmt::format("{:.0f} bytes", bytes / size),
-                  "",
-                  "",
-                  ""};
-    return limited(held_against(row, "the records", ratio), ratio, limit);
+    const Row row = memory_row(std::string{"peak memory of "} + measured, size, bytes);
+    return limited(held_against(row, "the records", bytes / records), bytes / records, limit);
 }
 
 }  // namespace
@@ -163,9 +137,9 @@ std::vector<Row> growth_rows(const Samples& samples, const Sizes& sizes,
 
 std::vector<Row> memory_rows(const PeakMemory& peak, int size)
 {
-    return {memory_row(name::kReader, size, peak.reader, kReaderMemoryLimit),
-            memory_row(name::kRawList, size, peak.raw_list, kQueryMemoryLimit),
-            memory_row(name::kLeakQuery, size, peak.leak_query, kQueryMemoryLimit)};
+    return {peak_row(name::kReader, size, peak.reader, kReaderMemoryLimit),
+            peak_row(name::kRawList, size, peak.raw_list, kQueryMemoryLimit),
+            peak_row(name::kLeakQuery, size, peak.leak_query, kQueryMemoryLimit)};
 }
 
 std::string verdict(const std::vector<Row>& rows)

@@ -14,11 +14,9 @@ namespace {
 constexpr std::size_t kColumns = 8;
 using Cells = std::array<std::string, kColumns>;
 
-const Cells& headings()
+Cells headings(const std::string& counted)
 {
-    static const Cells cells{"measured", "allocations", "total", "each",
-                             "against",  "ratio",       "limit", "met"};
-    return cells;
+    return {"measured", counted, "total", "each", "against", "ratio", "limit", "met"};
 }
 
 constexpr bool is_text(std::size_t column)
@@ -36,8 +34,8 @@ std::string met_text(std::optional<bool> met)
 
 Cells cells_of(const Row& row)
 {
-    return {row.measured, row.allocations, row.total, row.each,
-            row.against,  row.ratio,       row.limit, met_text(row.met)};
+    return {row.measured, row.count, row.total, row.each,
+            row.against,  row.ratio, row.limit, met_text(row.met)};
 }
 
 std::string line(const Cells& cells, const std::array<std::size_t, kColumns>& widths)
@@ -52,7 +50,7 @@ std::string line(const Cells& cells, const std::array<std::size_t, kColumns>& wi
 
 }  // namespace
 
-std::string render_table(const std::vector<Row>& rows)
+std::string render_table(const std::vector<Row>& rows, const std::string& counted)
 {
     std::array<std::size_t, kColumns> widths{};
     const auto widen = [&](const Cells& cells) {
@@ -60,12 +58,13 @@ std::string render_table(const std::vector<Row>& rows)
             widths[i] = std::max(widths[i], cells[i].size());
         }
     };
-    widen(headings());
+    const Cells heading = headings(counted);
+    widen(heading);
     for (const Row& row : rows) {
         widen(cells_of(row));
     }
 
-    std::string text = line(headings(), widths) + "|";
+    std::string text = line(heading, widths) + "|";
     for (std::size_t i = 0; i < kColumns; ++i) {
         const std::string dashes(widths[i], '-');
         text += is_text(i) ? fmt::format(" {} |", dashes) : fmt::format(" {}:|", dashes);

@@ -10,17 +10,18 @@ namespace nimba::bench {
 // One measured value, and what it is held against.
 struct Row {
     std::string measured;
-    std::string allocations;
+    std::string count;  // of what was measured
     std::string total;
-    std::string each;  // per allocation
+    std::string each;  // one of these
     std::string against;
     std::string ratio;
     std::string limit;
     std::optional<bool> met = std::nullopt;  // none: there is no limit
 };
 
-// The rows as one Markdown table whose columns line up in a terminal, too.
-std::string render_table(const std::vector<Row>& rows);
+// The rows as one Markdown table whose columns line up in a terminal, too. `counted` says what the
+// counts are of.
+std::string render_table(const std::vector<Row>& rows, const std::string& counted);
 
 // 1234567 as "1,234,567".
 std::string grouped(long long number);
