@@ -15,29 +15,26 @@ constexpr std::size_t kUsualSize = 4096;
 
 }  // namespace
 
-bool read_whole_node(int directory, const char* name, std::string& text)
+bool read_to_end(int descriptor, std::string& text)
 {
     text.clear();
-    const Descriptor node{::openat(directory, name, O_RDONLY | O_CLOEXEC)};
-    if (!node) {
-        return false;
-    }
     std::size_t held = 0;
-    while (true) {
+    ssize_t count = -1;
+    do {
         if (held == text.size()) {
             text.resize(std::max(2 * held, kUsualSize));
         }
-        const ssize_t count = ::read(node.get(), text.data() + held, text.size() - held);
-        if (count == 0) {
-            text.resize(held);
-            return true;
-        }
-        if (count > 0) {
-            held += static_cast<std::size_t>(count);
-        } else if (errno != EINTR) {
-            return false;
-        }
-    }
+        count = ::read(descriptor, text.data() + held, text.size() - held);
+        held += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+    } while (count > 0 || (count < 0 && errno == EINTR));
+    text.resize(held);
+    return count == 0;
+}
+
+bool read_whole_node(int directory, const char* name, std::string& text)
+{
+    const Descriptor node{::openat(directory, name, O_RDONLY | O_CLOEXEC)};
+    return node && read_to_end(node.get(), text);
 }
 
 }  // namespace nimba

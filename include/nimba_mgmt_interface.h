@@ -621,12 +621,13 @@ NIMBA_MGMT_API void get_memleak_information(_GFX_MEMLEAK_INFO* buffer, uint32_t 
  * records; then, without another read, get_pagetable_data with a buffer copies them out, and
  * get_allocation_data tells and copies the allocations.
  *
- *   - A pass over the devices fails when the directory cannot be opened or listed, when a node of a
- *     device cannot be opened or read, as when the device vanished ("Fail to read pid info.
- * skip..." for "info"), or when "ps" cannot be started; a pass over the allocations when the
- * directory or a node cannot be ("Fail to read allocation info.. skip and try it again..."). A
- * failed pass is tried again after 1 ms, ten passes in all. What failed passes read stays: a result
- * holds a device once more for each failed pass that came as far as it.
+ *   - A pass over the devices fails when the directory cannot be opened or listed, when a node of
+ *     a device cannot be opened or read, as when the device vanished, or when "ps" cannot be
+ *     started; a pass over the allocations when the directory or a node cannot be. "Fail to read
+ *     pid info. skip..." and "Fail to read allocation info.. skip and try it again..." tell of
+ *     "info" and of the nodes of allocations. A failed pass is tried again after 1 ms, ten passes
+ *     in all. What failed passes read stays: a result holds a device once more for each failed pass
+ *     that came as far as it.
  *   - The devices "00000000" and "02000000", which belong to no process, and those whose process id
  *     is 0 are left out.
  *   - A number without digits or outside the signed 32-bit range raises std::invalid_argument or
@@ -652,8 +653,8 @@ typedef struct _PAGETABLE_DATA {
     uint16_t reserved0;   /* 22: zero */
     int32_t level;        /* 24: 0 to 2; 0 is the root's */
     int32_t index;        /* 28: number of the entry */
-    int32_t parent_level; /* 32: level of the owning page-table entry; 0 for a page-table entry */
-    int32_t parent_index; /* 36: its index; 0 likewise */
+    int32_t parent_level; /* 32: level of the owning page-table entry; 0 when there is none */
+    int32_t parent_index; /* 36: its index; 0 likewise, as always for a page-table entry */
     int32_t kind;         /* 40: PAGETABLE_KIND_PAGE_TABLE or PAGETABLE_KIND_SUB_TABLE */
     uint32_t reserved1;   /* 44: zero */
 } _PAGETABLE_DATA;
@@ -700,13 +701,14 @@ extern NIMBA_MGMT_API int32_t Get_Local_Data_Status;
  * entries of level 0, 1 and 2, then the sub-table entries of level 0, 1 and 2, each level in the
  * order of the dump.
  * count: with a null buffer the number of records is written; else it is not read and may be null.
- * When the driver could not be read the count stays as it was, and "\nThe function is being tested
- * on this Chip......" is written to standard output; so it is by every further call of this
- * function with a buffer and of get_allocation_data, which then write nothing, until a reading
- * succeeds. To tell, read Get_Local_Data_Status. Errors: with a null buffer those of the numbers of
- * a dump but its addresses; with a buffer those of the process ids and addresses: the records
- * before it are written. Return: 0 always. Source: devices/<entry>/info and vm_info,
- * allocations/<handle>/vm_info, and the command ps. */
+ * When the driver could not be read the count stays as it was, and an empty line and "The function
+ * is being tested on this Chip......" are written to standard output; so they are by every further
+ * call of this function with a buffer and of get_allocation_data, which then write nothing else,
+ * until a reading succeeds. To tell, read Get_Local_Data_Status.
+ * Errors, with a null buffer: those of the numbers of a dump but its addresses; with a buffer:
+ * those of the process ids and addresses, and the records before it are written.
+ * Return: 0 always.
+ * Source: devices/<entry>/info and vm_info, allocations/<handle>/vm_info, and the command ps. */
 NIMBA_MGMT_API int32_t get_pagetable_data(_PAGETABLE_DATA* buffer, uint32_t* count);
 
 /* Copies out the allocations that the last get_pagetable_data with a null buffer kept; it never
@@ -715,8 +717,10 @@ NIMBA_MGMT_API int32_t get_pagetable_data(_PAGETABLE_DATA* buffer, uint32_t* cou
  * the system listed them; an allocation has one for each address space that maps it.
  * count: with a null buffer the number of records is written, 0 before the first reading; else it
  * is not read and may be null. It stays as it was when the last reading failed; see
- * get_pagetable_data. Errors: those of the four numbers of a record; the records before it are
- * written. Return: 0 always. */
+ * get_pagetable_data.
+ * Errors, with a buffer: those of the four numbers of a record, and the records before it are
+ * written.
+ * Return: 0 always. */
 NIMBA_MGMT_API int32_t get_allocation_data(_ALLOCATION_DATA* buffer, uint32_t* count);
 
 /* ---------------------------------------------------------------------------------------------

@@ -67,13 +67,15 @@ void follow(data_vectors& device, const Move<vidmm_vm_pte_elt3k>& move)
     }
 }
 
-// Entries are written once, one behind the other: page by page, the kernel's work for new memory
-// would cost as much as reading the dump. Where there are no huge pages nothing changes.
+// Page by page, the kernel's work for a large new array costs as much as reading the dump into it.
+// The advice stays with the memory; where there are no huge pages it changes nothing.
 void advise_huge_pages(void* memory, std::size_t size)
 {
+    constexpr std::size_t kWorthwhile = std::size_t{16} * 1024 * 1024;
     constexpr std::size_t kHugePage = std::size_t{2} * 1024 * 1024;
-    std::size_t room = size;
-    if (void* const first = std::align(kHugePage, kHugePage, memory, room); first != nullptr) {
+    if (size >= kWorthwhile) {
+        std::size_t room = size;
+        void* const first = std::align(kHugePage, kHugePage, memory, room);
         ::madvise(first, room / kHugePage * kHugePage, MADV_HUGEPAGE);
     }
 }

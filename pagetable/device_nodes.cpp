@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The two nodes of a device, and the name of its process.
-#include "core/handles.hpp"
+#include "core/whole_node.hpp"
 #include "nimba_mgmt_interface.h"
 #include "pagetable/dump_line.hpp"
 #include "pagetable/line_pieces.hpp"
@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,9 +23,8 @@ static_assert(LinePieces::kLookAhead >= kPlainLineLookAhead);
 template <std::size_t size>
 void set_text(std::string_view text, char (&field)[size])
 {
-    const std::size_t length = std::min(text.size(), size - 1);
-    std::memcpy(field, text.data(), length);
-    std::memset(field + length, 0, size - length);
+    const std::size_t length = text.copy(field, size - 1);
+    std::fill(field + length, field + size, '\0');
 }
 
 // A line buffer's text ends at a NUL.
@@ -65,8 +63,7 @@ void add_lines(std::string_view lines, TreeBuilder& tree)
     }
 }
 
-// What the command writes, as a line buffer of 128 bytes takes it. Nothing when it cannot be
-// started.
+// What the command writes. Nothing when it cannot be started.
 std::optional<std::string> output_of(const std::string& command)
 {
     struct PipeCloser {
@@ -77,11 +74,9 @@ std::optional<std::string> output_of(const std::string& command)
     if (!pipe) {
         return std::nullopt;
     }
+    // Not through the stream, which would take a signal for the end.
     std::string output;
-    char piece[128];
-    while (std::fgets(piece, sizeof piece, pipe.get()) != nullptr) {
-        output += piece;
-    }
+    read_to_end(::fileno(pipe.get()), output);
     return output;
 }
 

@@ -3,8 +3,7 @@
 
 #include "pagetable/device_arrays.hpp"
 
-#include <algorithm>
-#include <cstring>
+#include <string_view>
 
 namespace nimba {
 namespace {
@@ -15,7 +14,7 @@ constexpr int32_t kLevels = 3;
 template <std::size_t size>
 void copy_text(std::string_view text, char (&field)[size])
 {
-    std::memcpy(field, text.data(), std::min(text.size(), size - 1));
+    text.copy(field, size - 1);
 }
 
 // Links the last entry of an array with the one before it, if there is one.

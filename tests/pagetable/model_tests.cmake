@@ -10,7 +10,8 @@ nimba_pagetable_test(pagetable_collector_test
     collector_capacity_test.cpp collector_failure_test.cpp collector_pass_test.cpp
     collector_retry_test.cpp ${collector_sources})
 nimba_pagetable_test(pagetable_export_test
-    export_allocations_test.cpp export_page_tables_test.cpp export_status_test.cpp
+    export_allocations_test.cpp export_page_tables_test.cpp export_positive_status_test.cpp
+    export_status_test.cpp
     ${collector_sources})
 
 # A host that uses the library in an exit handler, behind the library's static destructors.

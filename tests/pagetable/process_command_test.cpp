@@ -36,6 +36,16 @@ class NoMoreDescriptors final {
     rlimit before_{};
 };
 
+// The status of asking for the name of a process. In its scope nothing is called that a sanitizer
+// watches: its checks open descriptors, too.
+std::int32_t status_without_descriptors(const char* pid)
+{
+    data_vectors device{};
+    std::snprintf(device.pid, sizeof device.pid, "%s", pid);
+    const NoMoreDescriptors full;
+    return get_AppName_info(&device);
+}
+
 TEST_F(ProcessCommand, TellsTheNameWithoutItsNewline)
 {
     make_ps("echo app\n");
@@ -173,22 +183,15 @@ TEST_F(ProcessCommand, WritesNothingToStandardOutput)
 TEST_F(ProcessCommand, ThatCannotBeStartedFailsSilently)
 {
     make_ps("echo app\n");
-    const std::string output = stdout_of([&] {
-        const NoMoreDescriptors full;
-        name_of("4711");
-    });
-    EXPECT_EQ(status_, -1);
+    std::int32_t status = 42;
+    const std::string output = stdout_of([&] { status = status_without_descriptors("4711"); });
+    EXPECT_EQ(status, -1);
     EXPECT_EQ(output, "");
 }
 
 TEST_F(ProcessCommand, IsNotNeededForProcessIdZero)
 {
-    {
-        const NoMoreDescriptors full;
-        name_of("0");
-    }
-    EXPECT_EQ(status_, 0);
-    EXPECT_STREQ(device_.app_name, "0");
+    EXPECT_EQ(status_without_descriptors("0"), 0);
 }
 
 TEST_F(ProcessCommand, LeavesNoDescriptorOpen)
