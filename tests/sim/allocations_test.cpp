@@ -290,6 +290,23 @@ TEST(Allocations, LeakIsInTheSegmentOfItsTableOrOfItsShape)
     EXPECT_EQ(values_of(of_shape, "segmentid"), (std::map<std::string, int>{{"9", 10}}));
 }
 
+TEST(Allocations, AddressesBeginAgainBehindTheAddressSpace)
+{
+    const VideoMemory memory = memory_with(R"(
+[[adapter.shape]]
+name = "vast"
+size = 140737488355328
+
+[adapter.generated]
+allocations = 3
+shapes = ["vast"]
+)");
+    const Allocations allocations{memory, true};
+    EXPECT_EQ(value_of(allocations, "1", "gpu_virt_addr"), "1099511627776");
+    EXPECT_EQ(value_of(allocations, "2", "gpu_virt_addr"), "141836999987200");
+    EXPECT_EQ(value_of(allocations, "3", "gpu_virt_addr"), "1099511627776");
+}
+
 TEST(Allocations, EachOfTwoHundredThousandIsFoundByItsName)
 {
     const VideoMemory memory = memory_with("[adapter.generated]\nallocations = 200000\n");

@@ -240,5 +240,18 @@ TEST(Snapshot, HasEveryNodeInListingOrderEachDirectoryBeforeItsNodes)
               }));
 }
 
+TEST(Snapshot, HasTheNodesOfEachDirectoryInReverseIfWanted)
+{
+    LiveDriver driver{machine_of(adapter("", "[adapter.debug]\nb = \"2\"\n\"a/c\" = \"3\"\n"))};
+    std::vector<std::string> paths;
+    for (const SnapshotNode& node : take_snapshot(driver, SnapshotOrder::kReverseListing)) {
+        paths.push_back(node.path);
+    }
+    EXPECT_EQ(paths, (std::vector<std::string>{
+                         "dri", "dri/2", "dri/2/qv", "dri/2/qv/devices", "dri/2/qv/allocations",
+                         "dri/2/jw", "dri/2/jw/devices", "dri/2/jw/allocations", "dri/2/jw/info",
+                         "dri/2/jw/b", "dri/2/jw/a", "dri/2/jw/a/c"}));
+}
+
 }  // namespace
 }  // namespace nimba::sim::test

@@ -219,5 +219,25 @@ allocations = 2
     EXPECT_EQ(lines("5"), "handle=5\ngpu_virt_addr=1099511635968");
 }
 
+TEST(MemoryNodes, AddressesOfAllocationsBeginAgainBehindTheAddressSpace)
+{
+    LiveDriver driver{machine_of(adapter("", std::string{kTwoContexts} + R"(
+[[adapter.allocation]]
+size = 140737488355328
+
+[[adapter.allocation]]
+size = 140737488355328
+
+[[adapter.allocation]]
+)"))};
+    const auto has = [&](const std::string& entry, const std::string& address) {
+        const std::string text = driver.read("dri/2/jw/allocations/" + entry + "/info").value();
+        return text.find("\ngpu_virt_addr=" + address + "\n") != std::string::npos;
+    };
+    EXPECT_TRUE(has("1", "4294967296"));
+    EXPECT_TRUE(has("2", "140741783322624"));
+    EXPECT_TRUE(has("3", "4294967296"));
+}
+
 }  // namespace
 }  // namespace nimba::sim::test

@@ -3,6 +3,7 @@
 
 #include "allocation_values_reader.hpp"
 #include "claims.hpp"
+#include "driver/address_space.hpp"
 #include "entry_numbers.hpp"
 #include "handle_name.hpp"
 
@@ -98,6 +99,9 @@ std::vector<Allocation> read_allocations(const TableReader& adapter, const Alloc
         fill(values[AllocationKey::kSegmentid], 0);
         fill(values[AllocationKey::kGpuVirtAddr], address);
         address += std::max(values.number(AllocationKey::kSize), kPage);
+        if (address >= kAddressEnd) {
+            address = kFirstAddress;
+        }
         allocations.push_back({entry, std::move(values), table.any_text("vm_info")});
     }
     complete_handles(allocations, handles);

@@ -7,14 +7,19 @@
 #include "run_directory.hpp"
 #include "sysfs_text.hpp"
 #include "test_bed_error.hpp"
+#include "tools/descriptor.hpp"
 
+#include <fcntl.h>
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <fmt/format.h>
+#include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
-#include <fstream>
+#include <cstring>
 #include <functional>
 #include <string_view>
 
@@ -24,6 +29,10 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kDebugRoot = "sys/kernel/debug";
+
+// What new files and directories have with the file mode mask of a run.
+constexpr mode_t kFileMode = 0644;
+constexpr mode_t kDirectoryMode = 0755;
 
 // A device with its place in /sys and its description there.
 struct DrmParent {
@@ -61,14 +70,25 @@ fs::path root_of(UMockdevTestbed* test_bed)
     return GText{umockdev_testbed_get_root_dir(test_bed)}.get();
 }
 
+// Writes a file with that mode in a directory that is there.
+void write_file_in_place(const fs::path& file, std::string_view text, mode_t mode)
+{
+    const tools::Descriptor descriptor{
+        open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, mode)};
+    ssize_t written = descriptor ? 0 : -1;
+    while (written >= 0 && !text.empty()) {
+        written = write(descriptor.get(), text.data(), text.size());
+        text.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
+    }
+    if (written < 0) {
+        throw TestBedError{fmt::format("cannot write {}: {}", file.native(), std::strerror(errno))};
+    }
+}
+
 void write_file(const fs::path& file, std::string_view text)
 {
     fs::create_directories(file.parent_path());
-    std::ofstream stream{file, std::ios::binary};
-    stream << text << std::flush;
-    if (!stream) {
-        throw TestBedError{fmt::format("cannot write {}", file.native())};
-    }
+    write_file_in_place(file, text, kFileMode);
 }
 
 }  // namespace
@@ -169,22 +189,26 @@ void TestBed::add_directories(const Adapter& adapter)
 void TestBed::add_debug_files(const Machine& machine)
 {
     LiveDriver driver{machine, [] { return std::chrono::nanoseconds{0}; }};
-    auto nodes = take_snapshot(driver);
-    if (lists_newest_first(root_)) {
-        std::ranges::reverse(nodes);
+    const auto nodes =
+        take_snapshot(driver, lists_newest_first(root_) ? SnapshotOrder::kReverseListing
+                                                        : SnapshotOrder::kListing);
+    if (nodes.empty()) {
+        return;
     }
     const fs::path root = root_ / kDebugRoot;
+    fs::create_directories(root);
     for (const SnapshotNode& node : nodes) {
         if (node.attributes.directory) {
-            fs::create_directories(root / node.path);
+            fs::create_directory(root / node.path);
         } else {
-            write_file(root / node.path, node.text);
+            write_file_in_place(root / node.path, node.text, node.attributes.mode);
         }
     }
-    // What is in a directory has a longer path than the directory, through which it is reached.
-    std::ranges::sort(nodes, std::ranges::greater{}, &SnapshotNode::path);
-    for (const SnapshotNode& node : nodes) {
-        fs::permissions(root / node.path, fs::perms{node.attributes.mode});
+    // What is in a directory comes behind it, and is reached through it.
+    for (auto node = nodes.rbegin(); node != nodes.rend(); ++node) {
+        if (node->attributes.directory && node->attributes.mode != kDirectoryMode) {
+            fs::permissions(root / node->path, fs::perms{node->attributes.mode});
+        }
     }
 }
 

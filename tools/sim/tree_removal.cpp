@@ -27,7 +27,7 @@ std::optional<dev_t> file_system_of_directory(const fs::path& path)
 void remove_on(dev_t file_system, const fs::path& directory, std::error_code& error)
 {
     std::error_code ignored;
-    fs::permissions(directory, fs::perms::owner_all, fs::perm_options::add, ignored);
+    chmod(directory.c_str(), S_IRWXU);
     std::vector<fs::path> entries;
     for (const fs::directory_entry& entry : fs::directory_iterator{directory, ignored}) {
         entries.push_back(entry.path());

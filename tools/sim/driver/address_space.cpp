@@ -9,7 +9,7 @@
 namespace nimba::sim {
 namespace {
 
-constexpr uint64_t kPages = uint64_t{1} << 36U;
+constexpr uint64_t kPages = kAddressEnd / kPageSize;
 
 }  // namespace
 

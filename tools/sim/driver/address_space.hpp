@@ -7,6 +7,9 @@
 
 namespace nimba::sim {
 
+// GPU virtual addresses have 48 bits.
+inline constexpr int64_t kAddressEnd = int64_t{1} << 48U;
+
 // Memory that a device context sees at a GPU virtual address.
 struct Mapping {
     uint64_t address = 0;
@@ -27,7 +30,7 @@ struct PageRun {
     bool operator==(const PageRun&) const = default;
 };
 
-// What a device context sees at the GPU virtual addresses, which have 48 bits.
+// What a device context sees at the GPU virtual addresses.
 class AddressSpace {
   public:
     // Maps each page that the memory touches, save for those that are mapped or reserved already

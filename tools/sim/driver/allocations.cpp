@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "driver/allocations.hpp"
 
+#include "driver/address_space.hpp"
 #include "handle_name.hpp"
 
 #include <fmt/format.h>
@@ -85,8 +86,12 @@ uint64_t Allocations::add(Draw& draw)
     allocation.address = next_address_;
     const int64_t size = allocation.shape->values.number(AllocationKey::kSize);
     next_address_ += (size / kPage + 1) * kPage;
+    if (next_address_ >= kAddressEnd) {
+        next_address_ = kFirstAddress;
+    }
     live_.emplace_hint(live_.end(), next_entry_, allocation);
     by_handle_.emplace(allocation.handle, next_entry_);
+    by_device_[allocation.device].insert(next_entry_);
     return next_entry_++;
 }
 
@@ -96,6 +101,7 @@ void Allocations::remove_any()
     const auto allocation = live_.find(chosen);
     handles_.give_back(allocation->second.handle);
     by_handle_.erase(allocation->second.handle);
+    by_device_.at(allocation->second.device).erase(chosen);
     live_.erase(allocation);
     chosen = mortal_.back();
     mortal_.pop_back();

@@ -10,6 +10,7 @@
 #include <map>
 #include <optional>
 #include <random>
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -49,12 +50,14 @@ class Allocations {
     std::optional<std::string> info(const std::string& name,
                                     AllocationNames names = AllocationNames::kEntries) const;
 
-    // All of them, in listing order.
+    // Those of the device context with that handle, in listing order.
     template <typename Function>
-    void for_each(Function function) const
+    void for_each_of(int64_t device, Function function) const
     {
-        for (const auto& [entry, allocation] : live_) {
-            function(view(allocation));
+        if (const auto entries = by_device_.find(device); entries != by_device_.end()) {
+            for (const uint64_t entry : entries->second) {
+                function(view(live_.at(entry)));
+            }
         }
     }
 
@@ -80,6 +83,8 @@ class Allocations {
         std::mt19937_64 random_;
     };
 
+    static constexpr int64_t kFirstAddress = int64_t{1} << 40U;
+
     static AllocationView view(const Live& live);
     uint64_t add(Draw& draw);  // returns the entry
     void remove_any();
@@ -90,12 +95,13 @@ class Allocations {
     Handles handles_;
     Draw changes_;
     std::vector<Draw> leaks_;
-    std::mt19937_64 choice_;                           // of those that go
-    std::map<uint64_t, Live> live_;                    // by entry
-    std::unordered_map<int64_t, uint64_t> by_handle_;  // the entries
-    std::vector<uint64_t> mortal_;                     // entries of those that can go
+    std::mt19937_64 choice_;                                     // of those that go
+    std::map<uint64_t, Live> live_;                              // by entry
+    std::unordered_map<int64_t, uint64_t> by_handle_;            // the entries
+    std::unordered_map<int64_t, std::set<uint64_t>> by_device_;  // the entries, in listing order
+    std::vector<uint64_t> mortal_;                               // entries of those that can go
     uint64_t next_entry_ = 0;
-    int64_t next_address_ = int64_t{1} << 40U;
+    int64_t next_address_ = kFirstAddress;
     uint64_t ticks_ = 0;
 };
 

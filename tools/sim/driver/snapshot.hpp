@@ -16,8 +16,12 @@ struct SnapshotNode {
     bool operator==(const SnapshotNode&) const = default;
 };
 
-// All nodes below the root as they are now, each directory before what is in it, in listing order.
-// A node that vanishes meanwhile is left out.
-std::vector<SnapshotNode> take_snapshot(NodeSource& source);
+// In which order the nodes of a directory come.
+enum class SnapshotOrder { kListing, kReverseListing };
+
+// All nodes below the root as they are now, each directory before what is in it. A node that
+// vanishes meanwhile is left out.
+std::vector<SnapshotNode> take_snapshot(NodeSource& source,
+                                        SnapshotOrder order = SnapshotOrder::kListing);
 
 }  // namespace nimba::sim

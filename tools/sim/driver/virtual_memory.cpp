@@ -88,18 +88,21 @@ AddressSpace VirtualMemory::address_space(const DeviceContext& context,
                       (kFirstSyntheticLevel0 + context.page_tables->level0) * kSyntheticSpan);
     }
     const auto handle = number_of(context.handle);
+    if (!handle) {
+        return space;
+    }
     const auto map = [&](const AllocationValues& values, const OwnValues& own) {
-        if (!handle || number_of(value_of(values, AllocationKey::kDevice, own)) != handle) {
-            return;
-        }
         if (const auto mapping = mapping_of(values, own)) {
             space.map(*mapping);
         }
     };
     for (const Allocation& allocation : description_.allocations) {
-        map(allocation.values, {});
+        if (number_of(allocation.values[AllocationKey::kDevice]) == handle) {
+            map(allocation.values, {});
+        }
     }
-    allocations.for_each([&](const AllocationView& view) { map(*view.values, view.own); });
+    allocations.for_each_of(*handle,
+                            [&](const AllocationView& view) { map(*view.values, view.own); });
     return space;
 }
 
