@@ -118,12 +118,12 @@ process 4100001 (viewer): 0x100400123 is mapped
     [ "$status" = 0 ]
     same "$output" "\
 process 4100001 (viewer): 4.3 MiB mapped in 5 stretches of like pages
-0x100000000  ########################################      4 MiB  segment 0, 2 MiB pages, allocation 0x1
-0x100400000  ##                                          256 KiB  segment 0, 64 KiB pages, allocation 0x2
-0x100440000  #                                            64 KiB  segment 1, 64 KiB pages, allocation 0x3
-0x100450000  ................                            1.7 MiB  not mapped
-0x100600000  #                                            16 KiB  segment 1, 4 KiB pages, snooped, allocation 0x4
-0x100604000  #                                             4 KiB  segment 0, 4 KiB pages, snooped, allocation 0x5"
+0x100000000  ########################################       4 MiB  segment 0, 2 MiB pages, allocation 0x1
+0x100400000  ##                                           256 KiB  segment 0, 64 KiB pages, allocation 0x2
+0x100440000  #                                             64 KiB  segment 1, 64 KiB pages, allocation 0x3
+0x100450000  ................                             1.7 MiB  not mapped
+0x100600000  #                                             16 KiB  segment 1, 4 KiB pages, snooped, allocation 0x4
+0x100604000  #                                              4 KiB  segment 0, 4 KiB pages, snooped, allocation 0x5"
     run --separate-stderr on page-tables nimba-smi pagetable --map --pid 4100002
     ((${#lines[@]} <= 64))
     [[ $output == *"folded"* ]]
@@ -138,6 +138,14 @@ process 4100001 (viewer): 4.3 MiB mapped in 5 stretches of like pages
     [[ $output == *"####"* && $output != *$'\e['* ]]
     run on default env -u NO_COLOR TERM=dumb script -qec "nimba-smi pagetable --map" /dev/null
     [[ $output == *"####"* && $output != *$'\e['* ]]
+}
+
+@test "the bars of the map are shortened for a narrow terminal" {
+    local map="nimba-smi pagetable --map"
+    run on default env NO_COLOR=1 TERM=xterm script -qec "stty cols 90; $map" /dev/null
+    [[ ${lines[1]} == "0x100000000  ################       4 MiB  segment 0, "* ]]
+    run on default env NO_COLOR=1 TERM=xterm script -qec "stty cols 40; $map" /dev/null
+    [[ ${lines[1]} == "0x100000000  ##########       4 MiB  segment 0, "* ]]
 }
 
 @test "the SVG picture is well-formed, whatever a process calls itself" {
@@ -183,12 +191,12 @@ process 4100001 (viewer): 4.3 MiB mapped in 5 stretches of like pages
     run --separate-stderr tables --csv
     [ "$status" = 0 ]
     same "$output" "\
-pid,process,kind,level,index,parent_level,parent_index,va,size,segment,snoop,large_page,address,buffer,handle
-4100001,viewer,table,0,0,,,0x0,549755813888,,,,0x10000000,pt0,
-4100001,viewer,table,1,4,,,0x100000000,1073741824,,,,0x10001000,pt1,
-4100001,viewer,table,2,2048,,,0x100000000,2097152,,,,0x10002000,pt2,
-4100001,viewer,page,2,17,2,2048,0x100011000,4096,3,1,0,0x1a2b3000,,
-4100001,viewer,allocation,,,,,0x100000000,12288,,,,,,0xa1"
+space,pid,process,kind,level,index,parent_level,parent_index,va,size,segment,snoop,large_page,address,buffer,handle
+0,4100001,viewer,table,0,0,,,0x0,549755813888,,,,0x10000000,pt0,
+0,4100001,viewer,table,1,4,,,0x100000000,1073741824,,,,0x10001000,pt1,
+0,4100001,viewer,table,2,2048,,,0x100000000,2097152,,,,0x10002000,pt2,
+0,4100001,viewer,page,2,17,2,2048,0x100011000,4096,3,1,0,0x1a2b3000,,
+,4100001,viewer,allocation,,,,,0x100000000,12288,,,,,,0xa1"
 }
 
 @test "addresses beyond 31 bits, and texts in their place, are shown" {
@@ -200,6 +208,27 @@ pid,process,kind,level,index,parent_level,parent_index,va,size,segment,snoop,lar
       0x100001000-0x100001fff  1 x 4 KiB  segment 0  -> \"lost\\x1b[2J\""
     same "$(tables --json | jq -c '[.entries[] | select(.kind == "page").address]')" \
         '["0xfedcba9876543000",null]'
+}
+
+@test "an address that the library may have cut is shown as its text" {
+    local digits
+    digits=$(printf '%044d' 0)
+    make_machine "$TABLES""2:0 Snoop:0 Segment:0 LargePage:0 Addr:${digits}1000\\n"
+    run --separate-stderr tables --va 0x100000123
+    [[ $output == *"physical address  unknown: the driver tells \"${digits}100\""* ]]
+    same "$(tables --json | jq -c '[.entries[] | select(.kind == "page").address]')" '[null]'
+}
+
+@test "allocations that make no sense are counted, of the processes that are asked for" {
+    make_machine "$TABLES"
+    sed -i 's/gpu_va = 100000000/gpu_va = zz/' machine.toml
+    run --separate-stderr tables --map
+    [ "$status" = 0 ]
+    same "$stderr" "nimba-smi: 1 allocation has an address or a size that makes no sense"
+    sed -i 's/device_pid = 4100001/device_pid = 7/' machine.toml
+    run --separate-stderr tables --map --pid 4100001
+    [ "$status" = 0 ]
+    same "$stderr" ""
 }
 
 @test "entries that make no sense are counted and left out" {

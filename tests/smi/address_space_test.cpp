@@ -21,6 +21,8 @@ TEST(DriverNumber, IsAllOfTheTextOrNothing)
     EXPECT_EQ(hexadecimal_in("1a2B3000"), 0x1a2b3000U);
     EXPECT_EQ(hexadecimal_in("0xffffffffffffffff"), UINT64_MAX);
     EXPECT_EQ(hexadecimal_in("10000000000000000"), std::nullopt);
+    EXPECT_EQ(hexadecimal_in("0000000000001000"), 0x1000U);
+    EXPECT_EQ(hexadecimal_in("00000000000001000"), std::nullopt);  // may have been cut
     EXPECT_EQ(hexadecimal_in("0x"), std::nullopt);
     EXPECT_EQ(hexadecimal_in("-1"), std::nullopt);
 }

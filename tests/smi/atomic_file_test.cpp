@@ -4,10 +4,15 @@
 #include "support/file_size_limit.hpp"
 #include "support/temp_directory.hpp"
 
+#include <unistd.h>
+
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <csignal>
+#include <cstdlib>
 #include <filesystem>
+#include <string>
 
 namespace nimba::smi {
 namespace {
@@ -33,6 +38,15 @@ TEST_F(AtomicFile, HasTheTextAndNothingIsLeftBeside)
     EXPECT_EQ(entries(), 1);
 }
 
+TEST_F(AtomicFile, MayHaveALongName)
+{
+    const std::string longest(255, 'a');
+    EXPECT_EQ(write_file(path(longest.c_str()), "one"), 0);
+    EXPECT_EQ(test::read_file(path(longest.c_str())), "one");
+    EXPECT_EQ(write_file(path((longest + 'a').c_str()), "one"), ENAMETOOLONG);
+    EXPECT_EQ(entries(), 1);
+}
+
 TEST_F(AtomicFile, KeepsThePermissionsOfTheOneBefore)
 {
     test::write_file(path("a.svg"), "one");
@@ -49,6 +63,27 @@ TEST_F(AtomicFile, StaysAsItWasWhenThereIsNoRoom)
     EXPECT_EQ(test::read_file(path("a.svg")), "one");
     EXPECT_EQ(write_file(path("b.svg"), std::string(1000, 'x')), EFBIG);
     EXPECT_EQ(entries(), 1);
+}
+
+// Writes until there is no more room; then the process is told to end, in the middle of the file.
+[[noreturn]] void write_until_told_to_end(const std::string& path, int signal)
+{
+    static int told = 0;
+    told = signal;
+    std::signal(signal, SIG_DFL);
+    const test::FileSizeLimit limit{100};
+    std::signal(SIGXFSZ, [](int) { ::kill(::getpid(), told); });
+    write_file(path, std::string(1000, 'x'));
+    std::_Exit(0);
+}
+
+TEST_F(AtomicFile, IsNotLeftHalfWhenASignalEndsTheProcess)
+{
+    for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
+        EXPECT_EXIT(write_until_told_to_end(path("a.svg").string(), signal),
+                    testing::KilledBySignal(signal), "");
+    }
+    EXPECT_EQ(entries(), 0);
 }
 
 TEST_F(AtomicFile, NeedsADirectory)

@@ -35,19 +35,19 @@ TEST(JsonEntries, HaveALineForEach)
   "schema": "nimba-smi.pagetable.1",
   "split": [9,9,9,9,12],
   "processes": [
-    {"process":0,"pid":4100001,"name":"a\"b,","tables":[0,0,1],"pages":[0,0,1]},
-    {"process":1,"pid":null,"name":null,"tables":[0,0,0],"pages":[0,0,1]}
+    {"space":0,"pid":4100001,"name":"a\"b,","tables":[0,0,1],"pages":[0,0,1]},
+    {"space":1,"pid":null,"name":null,"tables":[0,0,0],"pages":[0,0,1]}
   ],
   "entries": [
-    {"process": 0, "pid": 4100001, "kind": "table", "level": 2, "index": 2048, "va": "0x100000000", )"
+    {"space": 0, "pid": 4100001, "kind": "table", "level": 2, "index": 2048, "va": "0x100000000", )"
                                                 R"("size": 2097152, "address": "0x10002000", )"
                                                 "\"buffer\": \"pt\xEF\xBF\xBD\"},"
                                                 R"(
-    {"process": 0, "pid": 4100001, "kind": "page", "level": 2, "index": 17, "parent_level": 2, )"
+    {"space": 0, "pid": 4100001, "kind": "page", "level": 2, "index": 17, "parent_level": 2, )"
                                                 R"("parent_index": 2048, "va": "0x100011000", )"
                                                 R"("size": 4096, "segment": 3, "snoop": 1, )"
                                                 R"("large_page": 0, "address": "0x1a2b3000"},
-    {"process": 1, "pid": null, "kind": "page", "level": 2, "index": -1, "parent_level": 2, )"
+    {"space": 1, "pid": null, "kind": "page", "level": 2, "index": -1, "parent_level": 2, )"
                                                 R"("parent_index": 2048, "va": null, )"
                                                 R"("size": null, "segment": 0, "snoop": 0, )"
                                                 R"("large_page": 0, "address": null}
@@ -86,14 +86,14 @@ TEST(JsonEntries, AreNoDocumentWithoutTheirEnd)
 TEST(CsvEntries, HaveALineForEach)
 {
     EXPECT_EQ(whole_text(*entries_as_csv({})),
-              "pid,process,kind,level,index,parent_level,parent_index,va,size,segment,snoop,"
+              "space,pid,process,kind,level,index,parent_level,parent_index,va,size,segment,snoop,"
               "large_page,address,buffer,handle\n"
-              "4100001,\"a\"\"b,\",table,2,2048,,,0x100000000,2097152,,,,0x10002000,"
+              "0,4100001,\"a\"\"b,\",table,2,2048,,,0x100000000,2097152,,,,0x10002000,"
               "pt\xEF\xBF\xBD,\n"
-              "4100001,\"a\"\"b,\",page,2,17,2,2048,0x100011000,4096,3,1,0,0x1a2b3000,,\n"
-              "x,,page,2,-1,2,2048,,,0,0,0,none,,\n"
-              "4100001,\"a\"\"b,\",allocation,,,,,0x100000000,262144,,,,,,0xa1\n"
-              ",,allocation,,,,,,,,,,,,\n");
+              "0,4100001,\"a\"\"b,\",page,2,17,2,2048,0x100011000,4096,3,1,0,0x1a2b3000,,\n"
+              "1,x,,page,2,-1,2,2048,,,0,0,0,none,,\n"
+              ",4100001,\"a\"\"b,\",allocation,,,,,0x100000000,262144,,,,,,0xa1\n"
+              ",,,allocation,,,,,,,,,,,,\n");
 }
 
 }  // namespace

@@ -26,43 +26,92 @@ std::vector<ProcessSpace> processes()
 TEST(Map, HasARowForEachPatchAndGap)
 {
     EXPECT_EQ(
-        map_text(processes(), false),
+        map_text(processes(), {}),
         "process 4100001 (viewer): 20 KiB mapped in 4 stretches of like pages\n"
-        "0x100000000  ########################################      8 KiB  segment 0, 4 KiB "
+        "0x100000000  ########################################       8 KiB  segment 0, 4 KiB "
         "pages, "
         "allocation 0xa1\n"
-        "0x100002000  ####################                          4 KiB  segment 1, 4 KiB "
+        "0x100002000  ####################                           4 KiB  segment 1, 4 KiB "
         "pages, "
         "snooped, allocation 0xa1\n"
-        "0x100003000  ....................                          4 KiB  not mapped\n"
-        "0x100004000  ####################                          4 KiB  segment 0, 4 KiB "
+        "0x100003000  ....................                           4 KiB  not mapped\n"
+        "0x100004000  ####################                           4 KiB  segment 0, 4 KiB "
         "pages\n"
-        "0x100005000  ~ ~ ~                                       380 KiB  not mapped, folded\n"
-        "0x100064000  ####################                          4 KiB  segment 0, 4 KiB "
+        "0x100005000  ~ ~ ~                                        380 KiB  not mapped, folded\n"
+        "0x100064000  ####################                           4 KiB  segment 0, 4 KiB "
         "pages, "
         "allocation b\\x1b\n");
 }
 
 TEST(Map, ColoursTheBarsBySegment)
 {
-    const std::string text = map_text(processes(), true);
+    const std::string text = map_text(processes(), {.coloured = true});
     EXPECT_NE(text.find("\n0x100000000  \x1b[36m####"), std::string::npos);
     EXPECT_NE(text.find("\n0x100002000  \x1b[32m####################\x1b[0m   "),
               std::string::npos);
-    EXPECT_EQ(map_text(processes(), false).find('\x1b'), std::string::npos);
+    EXPECT_EQ(map_text(processes(), {}).find('\x1b'), std::string::npos);
+}
+
+TEST(Map, HasNoColourForSeveralSegments)
+{
+    std::vector<PageRecord> pages;
+    pages.reserve(64);
+    for (int32_t i = 0; i < 64; ++i) {
+        pages.push_back(page(2048, i, "1000", static_cast<uint16_t>(i % 2)));
+    }
+    const std::vector one{viewer(pages)};
+    const std::string text = map_text(one, {.coloured = true});
+    EXPECT_NE(text.find("\x1b[36m#\x1b[0m"), std::string::npos);
+    EXPECT_NE(text.find("\n0x10001f000  ######################################"),
+              std::string::npos);
+}
+
+TEST(Map, ShortensItsBarsForANarrowTerminal)
+{
+    // Without its bar the longest row has 75 columns.
+    EXPECT_NE(map_text(processes(), {.columns = 100})
+                  .find("\n0x100000000  #########################       8 KiB  "),
+              std::string::npos);
+    EXPECT_NE(
+        map_text(processes(), {.columns = 40}).find("\n0x100000000  ##########       8 KiB  "),
+        std::string::npos);
+    EXPECT_EQ(map_text(processes(), {.columns = 200}), map_text(processes(), {}));
+}
+
+TEST(Map, TellsWhatIsMappedOnlyInPart)
+{
+    std::vector<PageRecord> pages;
+    pages.reserve(66);
+    for (int32_t i = 0; i < 66; i += 2) {
+        pages.push_back(page(2048, i, "1000"));
+    }
+    const std::vector one{viewer(pages)};
+    EXPECT_TRUE(
+        map_text(one, {}).ends_with("  ++++++++++++++++++++++++++++++++++++++++      12 KiB  2 "
+                                    "stretches, 8 KiB mapped: segment "
+                                    "0, 4 KiB pages (8 KiB)\n"));
+}
+
+TEST(Map, HasNoWiderAddressesThanItShows)
+{
+    ProcessSpace process;
+    process.title = "process 1";
+    process.space = space_with({table(0, 511)}, {{0, 511, 0, 511, 1, 0, 0, "0"}});
+    const std::vector one{process};
+    EXPECT_NE(map_text(one, {}).find("\n0xffffc0000000  ####"), std::string::npos);
 }
 
 TEST(Map, OfNothingSaysSo)
 {
     const std::vector nothing{viewer({})};
-    EXPECT_EQ(map_text(nothing, false), "process 4100001 (viewer): nothing is mapped\n");
+    EXPECT_EQ(map_text(nothing, {}), "process 4100001 (viewer): nothing is mapped\n");
 }
 
 TEST(Map, CountsAllocationsWhenThereAreMany)
 {
     std::vector processes{viewer({page(2048, 0, "1000")})};
     processes[0].allocations.assign(4, {"a1", {0x100000000, 0x100001000}});
-    EXPECT_NE(map_text(processes, false).find("segment 0, 4 KiB pages, 4 allocations\n"),
+    EXPECT_NE(map_text(processes, {}).find("segment 0, 4 KiB pages, 4 allocations\n"),
               std::string::npos);
 }
 

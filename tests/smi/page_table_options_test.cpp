@@ -56,6 +56,7 @@ TEST(PageTableOptions, AreTaken)
     EXPECT_EQ(options({"--va", "4096"}).address, 4096U);
     EXPECT_TRUE(options({"--map", "--json"}).map);
     EXPECT_EQ(options({"--svg", "-"}).svg, "-");
+    EXPECT_EQ(options({"--svg", "./-x"}).svg, "./-x");
     EXPECT_EQ(options({"--split", "1,2,3,3,10"}).split, AddressSplit({1, 2, 3, 3, 10}));
 }
 
@@ -69,6 +70,9 @@ TEST(PageTableOptions, AreRefusedWhenTheyMakeNoSense)
     EXPECT_NE(fault({"--tree", "--depth", "4"}), "");
     EXPECT_NE(fault({"--split", "9,9,9,9"}), "");
     EXPECT_NE(fault({"--svg", ""}), "");
+    EXPECT_EQ(fault({"--svg", "--map"}),
+              "--svg: expected a file (./-x for one that begins with \"-\"), got \"--map\"; see "
+              "nimba-smi --help");
     EXPECT_EQ(fault({"--depth", "1"}), "--depth needs --tree; see nimba-smi --help");
     EXPECT_EQ(fault({"--tree", "--map"}),
               "--tree, --va, --map and --svg exclude each other; see nimba-smi --help");

@@ -8,6 +8,7 @@
 #include <initializer_list>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace nimba::smi {
 
@@ -24,7 +25,7 @@ inline PageRecord page(int32_t table_index, int32_t index, std::string address,
 }
 
 inline AddressSpace space_with(std::initializer_list<TableRecord> tables,
-                               std::initializer_list<PageRecord> pages)
+                               const std::vector<PageRecord>& pages)
 {
     AddressSpaceBuilder builder{AddressSplit{}};
     for (const TableRecord& record : tables) {
@@ -37,7 +38,7 @@ inline AddressSpace space_with(std::initializer_list<TableRecord> tables,
 }
 
 // A viewer with the tables for 0x100000000 to 0x1001fffff.
-inline ProcessSpace viewer(std::initializer_list<PageRecord> pages)
+inline ProcessSpace viewer(const std::vector<PageRecord>& pages)
 {
     ProcessSpace process;
     process.device = {0, "4100001", "viewer", {1, 1, 1}, {0, 0, pages.size()}};

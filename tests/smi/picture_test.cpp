@@ -38,8 +38,12 @@ TEST(Picture, MakesOneOfWhatIsClosestTogether)
     EXPECT_EQ(patch_text(picture.patches[0]),
               "2 stretches: segment 0, 4 KiB pages (8 KiB); segment 1, 4 KiB pages (4 KiB)");
     EXPECT_FALSE(has_one_segment(picture.patches[0]));
+    EXPECT_FALSE(picture.patches[0].has_gaps());
     EXPECT_EQ(picture.patches[1],
               (Patch{{0x10000a000, 0x10000d000}, 0x2000, 2, {{{12, 0, false}, 0x2000}}}));
+    EXPECT_TRUE(picture.patches[1].has_gaps());
+    EXPECT_EQ(patch_text(picture.patches[1]),
+              "2 stretches, 8 KiB mapped: segment 0, 4 KiB pages (8 KiB)");
     EXPECT_TRUE(has_one_segment(picture.patches[1]));
     EXPECT_EQ(picture_text(picture), "20 KiB mapped in 4 stretches of like pages, drawn as 2");
 }
@@ -68,7 +72,16 @@ TEST(Picture, TellsThreeKindsOfAPatch)
                           .space;
     EXPECT_EQ(patch_text(picture_of(many, 1).patches.front()),
               "4 stretches: segment 0, 4 KiB pages (4 KiB); segment 1, 4 KiB pages (4 KiB); "
-              "segment 2, 4 KiB pages, snooped (4 KiB); 1 more kinds");
+              "segment 2, 4 KiB pages, snooped (4 KiB); 1 more kind");
+}
+
+TEST(Picture, CountsTheKindsThatItDoesNotTell)
+{
+    const auto many =
+        viewer({page(2048, 0, "1000"), page(2048, 1, "2000", 1), page(2048, 2, "3000", 2),
+                page(2048, 3, "4000", 3), page(2048, 4, "5000", 4)})
+            .space;
+    EXPECT_TRUE(patch_text(picture_of(many, 1).patches.front()).ends_with("; 2 more kinds"));
 }
 
 TEST(Picture, FindsTheAllocationsInARange)

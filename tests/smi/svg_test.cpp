@@ -51,18 +51,39 @@ TEST(Svg, LabelsWhatIsMappedAndWhatIsNot)
 
 TEST(Svg, TellsBelowWhatIsTooSmallForALabel)
 {
-    ProcessSpace process = viewer({});
-    AddressSpaceBuilder builder{AddressSplit{}};
-    for (const TableRecord& record : {table(0, 0), table(1, 4), table(2, 2048)}) {
-        builder.add(record);
-    }
+    std::vector<PageRecord> pages;
+    pages.reserve(200);
     for (int32_t i = 0; i < 200; ++i) {
-        builder.add(page(2048, i, "1000", i == 150 ? 1 : 0));
+        pages.push_back(page(2048, i, "1000", i == 150 ? 1 : 0));
     }
-    process.space = builder.finish();
-    const std::vector one{process};
+    const std::vector one{viewer(pages)};
     EXPECT_TRUE(
         has(svg_text(one), ">0x100096000-0x100096fff  segment 1, 4 KiB pages, 4 KiB</text>"));
+}
+
+TEST(Svg, PaintsWhatIsMappedOnlyInPartFainter)
+{
+    std::vector<PageRecord> pages;
+    pages.reserve(512);
+    for (int32_t i = 0; i < 512; i += 2) {
+        pages.push_back(page(2048, i, "1000"));
+    }
+    const std::vector one{viewer(pages)};
+    const std::string text = svg_text(one);
+    EXPECT_TRUE(has(text, ">217 stretches, 868 KiB of 1.7 MiB mapped</text>"));
+    EXPECT_EQ(count(text, "fill=\"#a6cee3\" fill-opacity=\"0.55\""), 1U);
+    EXPECT_FALSE(has(svg_text(processes()), "fill-opacity"));
+}
+
+TEST(Svg, CountsSegmentsWhenThereAreMany)
+{
+    std::vector<PageRecord> pages;
+    pages.reserve(512);
+    for (int32_t i = 0; i < 512; ++i) {
+        pages.push_back(page(2048, i, "1000", static_cast<uint16_t>(i)));
+    }
+    const std::vector one{viewer(pages)};
+    EXPECT_TRUE(has(svg_text(one), ">473 segments</text>"));
 }
 
 TEST(Svg, BoundsTheTextsBelowAStrip)

@@ -81,8 +81,10 @@ ParsedCommandLine parse_command_line(int count, const char* const* arguments,
                                      std::span<const Command> commands)
 {
     Options options;
-    CLI::App app{"Shows the adapters of the Nimba and QV chips and their video memory.\n",
-                 "nimba-smi"};
+    CLI::App app{
+        "Shows the adapters of the Nimba and QV chips, their video memory and page "
+        "tables.\n",
+        "nimba-smi"};
     add_common_options(app, options);
     app.require_subcommand(0, 1);
     app.fallthrough();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// nimba-smi: shows the adapters of the Nimba and QV chips and their video memory and page tables.
+// nimba-smi: shows the adapters of the Nimba and QV chips, their video memory and page tables.
 #include "tools/smi/alloc/command.hpp"
 #include "tools/smi/alloc/command_options.hpp"
 #include "tools/smi/command_line.hpp"

@@ -2,10 +2,9 @@
 #include "tools/smi/leaks/status_line.hpp"
 
 #include "tools/smi/text/output.hpp"
+#include "tools/smi/text/terminal.hpp"
 
 #include <unistd.h>
-
-#include <sys/ioctl.h>
 
 #include <cstdlib>
 #include <string>
@@ -20,12 +19,6 @@ bool can_clear_a_line(int fd)
 {
     const char* const terminal = std::getenv("TERM");
     return ::isatty(fd) == 1 && terminal != nullptr && std::string_view{terminal} != "dumb";
-}
-
-std::size_t columns_of(int fd)
-{
-    winsize size{};
-    return ::ioctl(fd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsualColumns;
 }
 
 }  // namespace
@@ -44,7 +37,8 @@ void StatusLine::show(std::string_view text)
     if (visible_) {
         shown_ = true;
         // The cursor stands behind the text and needs a column, too.
-        const std::string_view shown = text.substr(0, columns_of(fd_) - 1);
+        const std::size_t columns = terminal_columns(fd_).value_or(kUsualColumns);
+        const std::string_view shown = text.substr(0, columns - 1);
         static_cast<void>(write_all(fd_, std::string{kClear}.append(shown)));
     }
 }

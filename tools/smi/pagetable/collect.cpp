@@ -54,13 +54,14 @@ std::optional<PageTableContents> for_each_space(
 
 // Gives the address spaces the allocations that are in them, by process id.
 void add_allocations(PageTableSource& source, const PageTableContents& contents,
-                     std::vector<ProcessSpace>& spaces, std::vector<Problem>& problems)
+                     std::span<const int64_t> pids, std::vector<ProcessSpace>& spaces,
+                     std::vector<Problem>& problems)
 {
     uint64_t unreadable = 0;
     const TakeRecords<VmAllocationRecord> take = [&](std::span<const VmAllocationRecord> records) {
         for (const VmAllocationRecord& record : records) {
             const auto allocation = allocation_of(record);
-            unreadable += allocation ? 0 : 1;
+            unreadable += !allocation && is_asked_for(record.pid, pids) ? 1 : 0;
             for (ProcessSpace& space : spaces) {
                 if (allocation && space.device.pid == record.pid) {
                     space.allocations.push_back(*allocation);
@@ -87,7 +88,7 @@ std::vector<ProcessSpace> collect_spaces(const Options& options, std::vector<Pro
         spaces.push_back({device, title, std::move(space), {}});
     };
     if (const auto contents = for_each_space(source, options.page_tables, problems, take)) {
-        add_allocations(source, *contents, spaces, problems);
+        add_allocations(source, *contents, options.page_tables.pids, spaces, problems);
     }
     return spaces;
 }

@@ -8,6 +8,7 @@
 #include "tools/smi/pagetable/svg.hpp"
 #include "tools/smi/pagetable/tree.hpp"
 #include "tools/smi/text/atomic_file.hpp"
+#include "tools/smi/text/terminal.hpp"
 
 #include <unistd.h>
 
@@ -42,7 +43,7 @@ std::string view_text(const PageTableOptions& tables, std::span<const ProcessSpa
 {
     return tables.tree      ? tree_text(spaces, tables.depth.value_or(kDepthOfPages))
            : tables.address ? lookup_text(spaces, *tables.address)
-                            : map_text(spaces, is_coloured());
+                            : map_text(spaces, {is_coloured(), terminal_columns(STDOUT_FILENO)});
 }
 
 std::string view_document(const PageTableOptions& tables, std::span<const ProcessSpace> spaces,

@@ -22,6 +22,13 @@ std::string pid_fault(const std::string& text)
     return parse_pid(text) ? std::string{} : fmt::format("expected a process id, got \"{}\"", text);
 }
 
+// A forgotten value makes the next option look like one: that is no name of a file.
+std::optional<std::string> parse_file(const std::string& text)
+{
+    const bool is_option = text.starts_with('-') && text != "-";
+    return text.empty() || is_option ? std::nullopt : std::optional(text);
+}
+
 void add_pids(CLI::App& command, PageTableOptions& tables)
 {
     command
@@ -60,10 +67,9 @@ void add_page_table_options(CLI::App& command, Options& options)
               "Show what maps this virtual address", parse_address,
               [&tables](uint64_t address) { tables.address = address; });
     command.add_flag("--map", tables.map, "Draw the address space on the terminal");
-    add_value(
-        command, "--svg", "FILE", "a file", "Draw the address space into this SVG file",
-        [](const std::string& file) { return file.empty() ? std::nullopt : std::optional(file); },
-        [&tables](const std::string& file) { tables.svg = file; });
+    add_value(command, "--svg", "FILE", "a file (./-x for one that begins with \"-\")",
+              "Draw the address space into this SVG file; - is standard output", parse_file,
+              [&tables](const std::string& file) { tables.svg = file; });
     add_value(command, "--split", "BITS", "five numbers such as 9,9,9,9,12, together at most 63",
               "Address bits of the levels 0, 1 and 2, of sub-table and page (default: 9,9,9,9,12)",
               parse_split, [&tables](const AddressSplit& split) { tables.split = split; });

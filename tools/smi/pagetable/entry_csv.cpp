@@ -30,15 +30,16 @@ class CsvEntries final : public EntryText {
     {
         devices_.assign(devices.begin(), devices.end());
         return csv_text(
-            {{"pid", "process", "kind", "level", "index", "parent_level", "parent_index", "va",
-              "size", "segment", "snoop", "large_page", "address", "buffer", "handle"}});
+            {{"space", "pid", "process", "kind", "level", "index", "parent_level", "parent_index",
+              "va", "size", "segment", "snoop", "large_page", "address", "buffer", "handle"}});
     }
 
     std::string tables(std::size_t device, std::span<const TableRecord> records) override
     {
         return rows_of(records, [&](const TableRecord& record) -> Row {
             const auto range = split_.table_range(record.level, record.index);
-            return {devices_.at(device).pid,
+            return {std::to_string(device),
+                    devices_.at(device).pid,
                     devices_.at(device).name,
                     "table",
                     std::to_string(record.level),
@@ -60,7 +61,8 @@ class CsvEntries final : public EntryText {
     {
         return rows_of(records, [&](const PageRecord& record) -> Row {
             const auto range = place_of(split_, record);
-            return {devices_.at(device).pid,
+            return {std::to_string(device),
+                    devices_.at(device).pid,
                     devices_.at(device).name,
                     "page",
                     std::to_string(record.level),
@@ -82,7 +84,8 @@ class CsvEntries final : public EntryText {
     {
         return rows_of(records, [&](const VmAllocationRecord& record) -> Row {
             const auto size = hexadecimal_in(record.size);
-            return {record.pid,
+            return {"",
+                    record.pid,
                     name_of(record.pid),
                     "allocation",
                     "",

@@ -52,7 +52,7 @@ class JsonEntries final : public EntryText {
             const VmDevice& device = devices[i];
             pids_.push_back(value(json_pid(device.pid)));
             text += fmt::format("{}\n    {}", i == 0 ? "" : ",",
-                                value({{"process", i},
+                                value({{"space", i},
                                        {"pid", json_pid(device.pid)},
                                        {"name", json_name(device.name)},
                                        {"tables", device.tables},
@@ -67,7 +67,7 @@ class JsonEntries final : public EntryText {
         std::string text;
         for (const TableRecord& record : records) {
             fmt::format_to(std::back_inserter(text),
-                           R"({}{{"process": {}, "pid": {}, "kind": "table", "level": {}, )"
+                           R"({}{{"space": {}, "pid": {}, "kind": "table", "level": {}, )"
                            R"("index": {}, {}, "address": {}, "buffer": {}}})",
                            separator(), device, pids_.at(device), record.level, record.index,
                            place(split_.table_range(record.level, record.index)),
@@ -81,7 +81,7 @@ class JsonEntries final : public EntryText {
         std::string text;
         for (const PageRecord& record : records) {
             fmt::format_to(std::back_inserter(text),
-                           R"({}{{"process": {}, "pid": {}, "kind": "page", "level": {}, )"
+                           R"({}{{"space": {}, "pid": {}, "kind": "page", "level": {}, )"
                            R"("index": {}, "parent_level": {}, "parent_index": {}, {}, )"
                            R"("segment": {}, "snoop": {}, "large_page": {}, "address": {}}})",
                            separator(), device, pids_.at(device), record.level, record.index,

@@ -3,7 +3,6 @@
 
 #include "tools/smi/pagetable/address_space.hpp"
 #include "tools/smi/pagetable/entry_text.hpp"
-#include "tools/smi/pagetable/number.hpp"
 #include "tools/smi/pagetable/process_space.hpp"
 #include "tools/smi/pagetable/source.hpp"
 #include "tools/smi/text/output.hpp"
@@ -90,8 +89,7 @@ class EntryStream final {
         const TakeRecords<VmAllocationRecord> take = [&](std::span<const VmAllocationRecord> all) {
             std::vector<VmAllocationRecord> records;
             std::ranges::copy_if(all, std::back_inserter(records), [&](const auto& record) {
-                return pids.empty() ||
-                       std::ranges::find(pids, decimal_in(record.pid)) != pids.end();
+                return is_asked_for(record.pid, pids);
             });
             return write(text_->allocations(records));
         };

@@ -2,6 +2,7 @@
 #include "tools/smi/pagetable/faces.hpp"
 
 #include "tools/smi/pagetable/number.hpp"
+#include "tools/smi/text/printable.hpp"
 #include "tools/smi/text/size.hpp"
 
 #include <fmt/format.h>
@@ -28,6 +29,13 @@ std::string hexadecimal_text(std::string_view digits)
 {
     const auto number = hexadecimal_in(digits);
     return number ? address_text(*number) : std::string{digits};
+}
+
+void append_line(std::string& text, int depth, std::string_view line)
+{
+    constexpr std::size_t kIndent = 2;
+    text.append(kIndent * static_cast<std::size_t>(depth), ' ') += printable(line);
+    text += '\n';
 }
 
 Document json_pid(const std::string& pid)

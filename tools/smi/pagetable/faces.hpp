@@ -18,6 +18,9 @@ std::string range_text(const AddressRange& range);      // "0x1000-0x1fff", with
 std::string kind_text(const PageKind& kind);            // "segment 0, 4 KiB pages, snooped"
 std::string hexadecimal_text(std::string_view digits);  // "0x1f" for "1F"; other texts as they are
 
+// Appends a line at a depth of a tree, as printable as the driver's texts are made to be.
+void append_line(std::string& text, int depth, std::string_view line);
+
 // The process id as a number, null when it is none.
 Document json_pid(const std::string& pid);
 Document json_name(const std::string& name);

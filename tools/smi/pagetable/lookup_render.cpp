@@ -4,7 +4,6 @@
 #include "tools/smi/pagetable/faces.hpp"
 #include "tools/smi/pagetable/lookup.hpp"
 #include "tools/smi/pagetable/tree.hpp"
-#include "tools/smi/text/printable.hpp"
 #include "tools/smi/text/size.hpp"
 
 #include <fmt/format.h>
@@ -12,10 +11,10 @@
 namespace nimba::smi {
 namespace {
 
-void append_line(std::string& text, std::size_t indent, const std::string& line)
+// Of what stands below the path.
+int depth_below(const AddressLookup& lookup)
 {
-    text.append(2 * indent, ' ') += printable(line);
-    text += '\n';
+    return static_cast<int>(lookup.path.size()) + 1;
 }
 
 std::string page_text(const MappedPage& page)
@@ -55,7 +54,7 @@ std::string allocation_text(const VmAllocation& allocation, uint64_t address)
 void append_page(std::string& text, const ProcessSpace& process, const AddressLookup& lookup)
 {
     const MappedPage& page = *lookup.page;
-    append_line(text, lookup.path.size() + 1, page_text(page));
+    append_line(text, depth_below(lookup), page_text(page));
     append_line(text, 1,
                 "physical address  " +
                     (page.physical ? address_text(*page.physical)
@@ -70,12 +69,12 @@ void append_lookup(std::string& text, const ProcessSpace& process, uint64_t addr
                 fmt::format("{}: {} is {}mapped", process.title, address_text(address),
                             lookup.page ? "" : "not "));
     for (const TableEntry& table : lookup.path) {
-        append_line(text, 1 + static_cast<std::size_t>(table.level), table_text(table));
+        append_line(text, 1 + table.level, table_text(table));
     }
     if (lookup.page) {
         append_page(text, process, lookup);
     } else {
-        append_line(text, lookup.path.size() + 1, end_text(process.space.split, lookup));
+        append_line(text, depth_below(lookup), end_text(process.space.split, lookup));
         append_line(text, 1, "mapped below      " + extent_text(lookup.below));
         append_line(text, 1, "mapped above      " + extent_text(lookup.above));
     }

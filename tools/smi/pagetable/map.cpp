@@ -10,33 +10,61 @@
 
 #include <algorithm>
 #include <array>
+#include <vector>
 
 namespace nimba::smi {
 namespace {
 
 constexpr std::size_t kPatches = 32;
 constexpr std::size_t kBarWidth = 40;
+constexpr std::size_t kShortBarWidth = 10;
+constexpr std::size_t kSizeWidth = 10;
+constexpr std::size_t kGap = 2;  // between columns
 constexpr std::size_t kHandlesTold = 3;
 
 // By segment, the last for all from there on.
 constexpr std::array kColours{"\x1b[36m", "\x1b[32m", "\x1b[33m", "\x1b[35m", "\x1b[34m"};
 constexpr const char* kNoColour = "\x1b[0m";
 
+std::string allocations_text(std::span<const VmAllocation> allocations)
+{
+    if (allocations.size() > kHandlesTold) {
+        return fmt::format(", {} allocations", allocations.size());
+    }
+    std::string text;
+    for (const VmAllocation& allocation : allocations) {
+        text += fmt::format("{} {}", text.empty() ? ", allocation" : ",",
+                            hexadecimal_text(allocation.handle));
+    }
+    return text;
+}
+
+// What a row says of a patch behind its bar.
+std::string description_of(const Patch& patch, std::span<const VmAllocation> allocations)
+{
+    return printable(patch_text(patch) +
+                     allocations_text(allocations_in(allocations, patch.range)));
+}
+
 class MapText final {
   public:
-    MapText(const Picture& picture, bool coloured)
+    // `widest`: columns of the widest description.
+    MapText(const Picture& picture, const MapStyle& style, std::size_t widest)
         : picture_{picture},
-          coloured_{coloured},
-          address_width_{address_text(picture.patches.back().range.end).size()}
+          coloured_{style.coloured},
+          address_width_{address_text(picture.patches.back().range.begin).size()}
     {
+        const std::size_t others = address_width_ + kSizeWidth + widest + 3 * kGap;
+        if (style.columns && *style.columns < others + kBarWidth) {
+            bar_width_ =
+                std::max(kShortBarWidth, *style.columns - std::min(*style.columns, others));
+        }
     }
 
-    void append(std::string& text, const Patch& patch, std::span<const VmAllocation> allocations)
+    void append(std::string& text, const Patch& patch, const std::string& description)
     {
-        const std::string bar(width_of(patch.range.size()), '#');
-        append_row(text, patch.range, coloured_ ? colour_of(patch) + bar + kNoColour : bar,
-                   bar.size(),
-                   patch_text(patch) + allocations_text(allocations_in(allocations, patch.range)));
+        const std::string bar(width_of(patch.range.size()), patch.has_gaps() ? '+' : '#');
+        append_row(text, patch.range, painted(bar, patch), bar.size(), description);
     }
 
     void append_gap(std::string& text, const AddressRange& gap)
@@ -47,58 +75,57 @@ class MapText final {
     }
 
   private:
-    static std::string colour_of(const Patch& patch)
+    // In the colour of its segment, if it has one.
+    [[nodiscard]] std::string painted(const std::string& bar, const Patch& patch) const
     {
         const std::size_t segment = patch.shares.front().kind.segment;
-        return has_one_segment(patch) ? kColours.at(std::min(segment, kColours.size() - 1)) : "";
+        return coloured_ && has_one_segment(patch)
+                   ? kColours.at(std::min(segment, kColours.size() - 1)) + bar + kNoColour
+                   : bar;
     }
 
     [[nodiscard]] std::size_t width_of(uint64_t bytes) const
     {
         const double share = static_cast<double>(bytes) / static_cast<double>(picture_.largest);
-        return std::max<std::size_t>(1, static_cast<std::size_t>(share * kBarWidth));
-    }
-
-    static std::string allocations_text(std::span<const VmAllocation> allocations)
-    {
-        if (allocations.size() > kHandlesTold) {
-            return fmt::format(", {} allocations", allocations.size());
-        }
-        std::string text;
-        for (const VmAllocation& allocation : allocations) {
-            text += fmt::format("{} {}", text.empty() ? ", allocation" : ",",
-                                hexadecimal_text(allocation.handle));
-        }
-        return text;
+        const double width = share * static_cast<double>(bar_width_);
+        return std::max<std::size_t>(1, static_cast<std::size_t>(width));
     }
 
     void append_row(std::string& text, const AddressRange& range, const std::string& bar,
                     std::size_t width, const std::string& what) const
     {
-        text +=
-            fmt::format("{:<{}}  {}{:{}}  {:>9}  {}\n", address_text(range.begin), address_width_,
-                        bar, "", kBarWidth - width, size_text(range.size()), printable(what));
+        text += fmt::format("{:<{}}{:{}}{}{:{}}{:>{}}{:{}}{}\n", address_text(range.begin),
+                            address_width_, "", kGap, bar, "", bar_width_ - width + kGap,
+                            size_text(range.size()), kSizeWidth, "", kGap, what);
     }
 
     const Picture& picture_;
     bool coloured_;
     std::size_t address_width_;
+    std::size_t bar_width_ = kBarWidth;
 };
 
-void append_map(std::string& text, const ProcessSpace& process, bool coloured)
+void append_map(std::string& text, const ProcessSpace& process, const MapStyle& style)
 {
     const Picture picture = picture_of(process.space, kPatches);
     text += fmt::format("{}: {}\n", printable(process.title), picture_text(picture));
     if (picture.patches.empty()) {
         return;
     }
-    MapText map{picture, coloured};
-    uint64_t end = picture.patches.front().range.begin;
+    std::vector<std::string> descriptions;
+    std::size_t widest = 0;
     for (const Patch& patch : picture.patches) {
+        descriptions.push_back(description_of(patch, process.allocations));
+        widest = std::max(widest, columns(descriptions.back()));
+    }
+    MapText map{picture, style, widest};
+    uint64_t end = picture.patches.front().range.begin;
+    for (std::size_t i = 0; i < picture.patches.size(); ++i) {
+        const Patch& patch = picture.patches[i];
         if (patch.range.begin > end) {
             map.append_gap(text, {end, patch.range.begin});
         }
-        map.append(text, patch, process.allocations);
+        map.append(text, patch, descriptions[i]);
         end = patch.range.end;
     }
 }
@@ -131,11 +158,11 @@ Document json_map(const ProcessSpace& process)
 
 }  // namespace
 
-std::string map_text(std::span<const ProcessSpace> processes, bool coloured)
+std::string map_text(std::span<const ProcessSpace> processes, const MapStyle& style)
 {
     std::string text;
     for (const ProcessSpace& process : processes) {
-        append_map(text, process, coloured);
+        append_map(text, process, style);
     }
     return text;
 }

@@ -2,6 +2,7 @@
 #include "tools/smi/pagetable/number.hpp"
 
 #include <charconv>
+#include <cstddef>
 
 namespace nimba::smi {
 namespace {
@@ -24,7 +25,9 @@ std::optional<int64_t> decimal_in(std::string_view text)
 
 std::optional<uint64_t> hexadecimal_in(std::string_view text)
 {
-    return number_in<uint64_t>(text.substr(text.starts_with("0x") ? 2 : 0), 16);
+    constexpr std::size_t kMostDigits = 16;
+    const std::string_view digits = text.substr(text.starts_with("0x") ? 2 : 0);
+    return digits.size() <= kMostDigits ? number_in<uint64_t>(digits, 16) : std::nullopt;
 }
 
 }  // namespace nimba::smi

@@ -11,7 +11,8 @@ namespace nimba::smi {
 // The number that all of `text` spells in base 10; nothing for other texts.
 std::optional<int64_t> decimal_in(std::string_view text);
 
-// Likewise in base 16, with or without "0x" before it.
+// Likewise in base 16, with or without "0x" before it. Nothing for more digits than 64 bits have,
+// even leading zeros: the library cuts long texts, so that the last digits may be missing.
 std::optional<uint64_t> hexadecimal_in(std::string_view text);
 
 }  // namespace nimba::smi

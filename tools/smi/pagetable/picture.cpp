@@ -108,14 +108,16 @@ std::string patch_text(const Patch& patch)
     if (patch.stretches == 1) {
         return kind_text(patch.shares.front().kind);
     }
-    std::string text = fmt::format("{} stretches: ", patch.stretches);
+    std::string text =
+        fmt::format("{} stretches{}: ", patch.stretches,
+                    patch.has_gaps() ? fmt::format(", {} mapped", size_text(patch.mapped)) : "");
     const std::size_t told = std::min(patch.shares.size(), kKindsTold);
     for (std::size_t i = 0; i < told; ++i) {
         text += fmt::format("{}{} ({})", i == 0 ? "" : "; ", kind_text(patch.shares[i].kind),
                             size_text(patch.shares[i].bytes));
     }
-    if (told < patch.shares.size()) {
-        text += fmt::format("; {} more kinds", patch.shares.size() - told);
+    if (const std::size_t untold = patch.shares.size() - told; untold > 0) {
+        text += fmt::format("; {} more kind{}", untold, untold == 1 ? "" : "s");
     }
     return text;
 }

@@ -27,6 +27,8 @@ struct Patch {
     uint64_t stretches = 0;         // of like pages
     std::vector<KindShare> shares;  // largest first
 
+    [[nodiscard]] bool has_gaps() const { return mapped < range.size(); }
+
     bool operator==(const Patch&) const = default;
 };
 
@@ -43,8 +45,8 @@ struct Picture {
 // A picture of `most` patches at most: what is closest together becomes one.
 Picture picture_of(const AddressSpace& space, std::size_t most);
 
-// "segment 0, 4 KiB pages" of a patch of one kind, "3 stretches: segment 0, 4 KiB pages (8 KiB);
-// ..." of another, with three kinds at most.
+// "segment 0, 4 KiB pages" of a patch of one stretch, "3 stretches: segment 0, 4 KiB pages (8 KiB);
+// ..." of another, with three kinds at most; "3 stretches, 12 KiB mapped: ..." when it has gaps.
 std::string patch_text(const Patch& patch);
 
 // Whether all pages of a patch are in the same segment.

@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <string_view>
 
 namespace nimba::smi {
 namespace {
@@ -101,13 +100,17 @@ bool PageTableSource::hand_over(const PageTableContents& contents,
                             contents.allocations, take, problems);
 }
 
+bool is_asked_for(std::string_view pid, std::span<const int64_t> pids)
+{
+    return pids.empty() || std::ranges::find(pids, decimal_in(pid)) != pids.end();
+}
+
 std::vector<VmDevice> chosen_devices(const PageTableContents& contents,
                                      std::span<const int64_t> pids, std::vector<Problem>& problems)
 {
     std::vector<VmDevice> chosen;
-    std::ranges::copy_if(contents.devices, std::back_inserter(chosen), [&](const auto& device) {
-        return pids.empty() || std::ranges::find(pids, decimal_in(device.pid)) != pids.end();
-    });
+    std::ranges::copy_if(contents.devices, std::back_inserter(chosen),
+                         [&](const auto& device) { return is_asked_for(device.pid, pids); });
     for (const int64_t pid : pids) {
         if (std::ranges::find(chosen, pid, [](const VmDevice& device) {
                 return decimal_in(device.pid);

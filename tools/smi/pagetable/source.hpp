@@ -12,6 +12,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace nimba::smi {
@@ -41,7 +42,10 @@ class PageTableSource final {
     std::chrono::milliseconds timeout_;
 };
 
-// The devices of the processes that are asked for, all without `pids`. A process that has none is a
+// Whether a process is asked for, by the driver's text; all are without `pids`.
+bool is_asked_for(std::string_view pid, std::span<const int64_t> pids);
+
+// The devices of the processes that are asked for. A process that has none is a
 // problem.
 std::vector<VmDevice> chosen_devices(const PageTableContents& contents,
                                      std::span<const int64_t> pids, std::vector<Problem>& problems);

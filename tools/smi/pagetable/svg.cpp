@@ -22,7 +22,8 @@ namespace {
 
 constexpr std::size_t kPatches = 40;
 constexpr std::size_t kNotes = 12;  // texts below a strip for what is too small to bear one
-constexpr std::size_t kLanes = 4;   // for allocations that overlap
+constexpr std::size_t kSegmentsTold = 8;
+constexpr std::size_t kLanes = 4;  // for allocations that overlap
 
 constexpr double kMargin = 20;
 constexpr double kStripWidth = SvgCanvas::kWidth - 2 * kMargin;
@@ -34,19 +35,19 @@ constexpr double kPadding = 4;  // at both sides of a text in a block
 
 // By segment, the last for all from there on.
 constexpr std::array kFills{"#a6cee3", "#b2df8a", "#fdd49e", "#cab2d6", "#fbb4ae"};
-constexpr const char* kMixedFill = "#ded5c4";
-constexpr const char* kAllocationFill = "#eeeeee";
-constexpr const char* kGapFill = "#ffffff";
+constexpr const char* kMixedFill = "#d2c2a4";
+constexpr SvgFill kAllocationFill{"#eeeeee"};
+constexpr SvgFill kGapFill{"#ffffff"};
 
-const char* fill_of(const Patch& patch)
+// Fainter for what is mapped only in part.
+SvgFill fill_of(const Patch& patch)
 {
-    if (!has_one_segment(patch)) {
-        return kMixedFill;
-    }
-    return kFills.at(std::min<std::size_t>(patch.shares.front().kind.segment, kFills.size() - 1));
+    const std::size_t segment = patch.shares.front().kind.segment;
+    return {has_one_segment(patch) ? kFills.at(std::min(segment, kFills.size() - 1)) : kMixedFill,
+            patch.has_gaps()};
 }
 
-// "segment 0", or "segments 0, 1" of patches with several.
+// "segment 0", or "segments 0, 1" of patches with several, "57 segments" of those with many.
 std::string segments_text(const Patch& patch)
 {
     std::vector<uint16_t> segments;
@@ -55,18 +56,26 @@ std::string segments_text(const Patch& patch)
             segments.push_back(share.kind.segment);
         }
     }
+    if (segments.size() > kSegmentsTold) {
+        return fmt::format("{} segments", segments.size());
+    }
     std::ranges::sort(segments);
     return fmt::format("segment{} {}", segments.size() == 1 ? "" : "s", fmt::join(segments, ", "));
 }
 
-// "4 KiB pages, 1 MiB", or "57 stretches, 1 MiB mapped" of several.
+// "4 KiB pages, 1 MiB", or "57 stretches, 1 MiB mapped" of several, "57 stretches, 1 MiB of 4 MiB
+// mapped" with gaps between them.
 std::string pages_text(const Patch& patch)
 {
     const PageKind& kind = patch.shares.front().kind;
-    return patch.stretches == 1
-               ? fmt::format("{} pages{}, {}", size_text(kind.page_size()),
-                             kind.snooped ? ", snooped" : "", size_text(patch.mapped))
-               : fmt::format("{} stretches, {} mapped", patch.stretches, size_text(patch.mapped));
+    if (patch.stretches == 1) {
+        return fmt::format("{} pages{}, {}", size_text(kind.page_size()),
+                           kind.snooped ? ", snooped" : "", size_text(patch.mapped));
+    }
+    const std::string whole =
+        patch.has_gaps() ? fmt::format(" of {}", size_text(patch.range.size())) : "";
+    return fmt::format("{} stretches, {}{} mapped", patch.stretches, size_text(patch.mapped),
+                       whole);
 }
 
 // Draws from top to bottom.
@@ -219,7 +228,7 @@ class SvgPainter final {
                          hexadecimal_text(allocation.handle), size_text(allocation.range.size())));
     }
 
-    void note(std::string_view fill, std::string text)
+    void note(const SvgFill& fill, std::string text)
     {
         if (notes_.size() < kNotes) {
             notes_.push_back({fill, std::move(text)});
@@ -256,7 +265,7 @@ class SvgPainter final {
     }
 
     struct Note {
-        std::string_view fill;
+        SvgFill fill;
         std::string text;
     };
 

@@ -49,12 +49,12 @@ const char* anchor_name(SvgCanvas::Anchor anchor)
 
 }  // namespace
 
-void SvgCanvas::rectangle(double x, double y, double width, double height, std::string_view fill)
+void SvgCanvas::rectangle(double x, double y, double width, double height, const SvgFill& fill)
 {
     body_ += fmt::format(
-        R"(<rect x="{:.1f}" y="{:.1f}" width="{:.2f}" height="{:.1f}" fill="{}" stroke="{}"/>)"
+        R"(<rect x="{:.1f}" y="{:.1f}" width="{:.2f}" height="{:.1f}" fill="{}"{} stroke="{}"/>)"
         "\n",
-        x, y, width, height, fill, kLineColour);
+        x, y, width, height, fill.colour, fill.faint ? R"( fill-opacity="0.55")" : "", kLineColour);
 }
 
 void SvgCanvas::line(double x1, double y1, double x2, double y2)

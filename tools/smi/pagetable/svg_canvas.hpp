@@ -8,6 +8,11 @@
 
 namespace nimba::smi {
 
+struct SvgFill {
+    std::string_view colour;
+    bool faint = false;
+};
+
 class SvgCanvas final {
   public:
     enum class Anchor : uint8_t { kStart, kMiddle, kEnd };
@@ -15,7 +20,7 @@ class SvgCanvas final {
     // The picture's own size.
     static constexpr int kWidth = 1040;
 
-    void rectangle(double x, double y, double width, double height, std::string_view fill);
+    void rectangle(double x, double y, double width, double height, const SvgFill& fill);
     void line(double x1, double y1, double x2, double y2);
     void zigzag(double x1, double x2, double y);
 

@@ -3,15 +3,12 @@
 
 #include "tools/smi/pagetable/faces.hpp"
 #include "tools/smi/pagetable/options.hpp"
-#include "tools/smi/text/printable.hpp"
 #include "tools/smi/text/size.hpp"
 
 #include <fmt/format.h>
 
 namespace nimba::smi {
 namespace {
-
-constexpr std::size_t kIndent = 2;
 
 // Where the pages of a run are in memory, as the driver tells it when that is no number.
 std::string physical_text(const AddressSpace& space, const PageRun& run)
@@ -25,12 +22,6 @@ std::string run_text(const AddressSpace& space, const PageRun& run)
     return fmt::format("{}  {} x {}  segment {}{}  -> {}", range_text(run.range()), run.pages,
                        size_text(run.kind.page_size()), run.kind.segment,
                        run.kind.snooped ? "  snooped" : "", physical_text(space, run));
-}
-
-void append_line(std::string& text, int level, const std::string& line)
-{
-    text.append(kIndent * static_cast<std::size_t>(level), ' ') += printable(line);
-    text += '\n';
 }
 
 void append_table(std::string& text, const AddressSpace& space, const TableEntry& table, int depth)

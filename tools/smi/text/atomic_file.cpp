@@ -2,6 +2,7 @@
 #include "tools/smi/text/atomic_file.hpp"
 
 #include "tools/descriptor.hpp"
+#include "tools/smi/process/stop_signals.hpp"
 #include "tools/smi/text/output.hpp"
 
 #include <fcntl.h>
@@ -63,7 +64,10 @@ int write_file(const std::string& path, std::string_view text)
     if (::stat(target.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
         return write_in_place(target, text);
     }
-    std::string temporary = target + ".XXXXXX";
+    const StopSignals signals{SignalEffect::kEndOfProcess};
+    // Beside it, under a name that is no longer than its own may be.
+    std::string temporary =
+        (std::filesystem::path{target}.parent_path() / ".nimba-smi.XXXXXX").string();
     const tools::Descriptor file{::mkostemp(temporary.data(), O_CLOEXEC)};
     if (!file) {
         return errno;

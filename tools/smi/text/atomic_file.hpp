@@ -7,8 +7,9 @@
 namespace nimba::smi {
 
 // Makes `text` the content of the file at `path`, which is there with all of it or as it was
-// before. A path that is no regular file, such as a pipe, is written to. Returns 0, or the error
-// number.
+// before. A path that is no regular file, such as a pipe, is written to. SIGHUP, SIGINT and SIGTERM
+// take effect when a regular file is done, so that nothing is left beside it. Returns 0, or the
+// error number.
 int write_file(const std::string& path, std::string_view text);
 
 }  // namespace nimba::smi

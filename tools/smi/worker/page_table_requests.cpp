@@ -117,17 +117,12 @@ std::string bounded(const char (&text)[Size])
     return {text, ::strnlen(text, Size)};
 }
 
-constexpr std::vector<vidmm_vm_pt> data_vectors::*kTables[] = {
-    &data_vectors::pt_level0, &data_vectors::pt_level1, &data_vectors::pt_level2};
-constexpr std::vector<vidmm_vm_pte_elt3k> data_vectors::*kPages[] = {
-    &data_vectors::st_level0, &data_vectors::st_level1, &data_vectors::st_level2};
-
 VmDevice description_of(const data_vectors& device, std::size_t number)
 {
     VmDevice description{number, bounded(device.pid), bounded(device.app_name), {}, {}};
     for (std::size_t level = 0; level < kPageTableLevels; ++level) {
-        description.tables.at(level) = (device.*kTables[level]).size();
-        description.pages.at(level) = (device.*kPages[level]).size();
+        description.tables.at(level) = (device.*kDeviceTables[level]).size();
+        description.pages.at(level) = (device.*kDevicePages[level]).size();
     }
     return description;
 }
@@ -225,12 +220,12 @@ Message answer_page_tables(Session& session)
 
 Message answer_table_entries(Session& session, std::string_view arguments)
 {
-    return answer_entries(session, arguments, kTables);
+    return answer_entries(session, arguments, kDeviceTables);
 }
 
 Message answer_pages(Session& session, std::string_view arguments)
 {
-    return answer_entries(session, arguments, kPages);
+    return answer_entries(session, arguments, kDevicePages);
 }
 
 Message answer_vm_allocations(Session& session, std::string_view arguments)

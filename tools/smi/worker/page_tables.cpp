@@ -29,18 +29,13 @@ bool same_page(const vidmm_vm_pte_elt3k& a, const vidmm_vm_pte_elt3k& b)
            a.LargePage == b.LargePage && same_text(a.Addr, b.Addr);
 }
 
-constexpr std::vector<vidmm_vm_pt> data_vectors::*kTables[] = {
-    &data_vectors::pt_level0, &data_vectors::pt_level1, &data_vectors::pt_level2};
-constexpr std::vector<vidmm_vm_pte_elt3k> data_vectors::*kPages[] = {
-    &data_vectors::st_level0, &data_vectors::st_level1, &data_vectors::st_level2};
-
 bool same_device(const data_vectors& a, const data_vectors& b)
 {
     return same_text(a.pid, b.pid) && same_text(a.app_name, b.app_name) &&
            std::ranges::all_of(
-               kTables,
+               kDeviceTables,
                [&](auto level) { return std::ranges::equal(a.*level, b.*level, same_entry); }) &&
-           std::ranges::all_of(kPages, [&](auto level) {
+           std::ranges::all_of(kDevicePages, [&](auto level) {
                return std::ranges::equal(a.*level, b.*level, same_page);
            });
 }

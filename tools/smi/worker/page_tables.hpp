@@ -9,6 +9,12 @@
 
 namespace nimba::smi {
 
+// The entries of a device's page tables and sub-tables, by level.
+inline constexpr std::vector<vidmm_vm_pt> data_vectors::*kDeviceTables[] = {
+    &data_vectors::pt_level0, &data_vectors::pt_level1, &data_vectors::pt_level2};
+inline constexpr std::vector<vidmm_vm_pte_elt3k> data_vectors::*kDevicePages[] = {
+    &data_vectors::st_level0, &data_vectors::st_level1, &data_vectors::st_level2};
+
 // The lists are the library's own. It can list a device and an allocation twice when it had to read
 // the driver again.
 struct PageTables {
