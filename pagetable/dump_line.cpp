@@ -77,6 +77,12 @@ class PlainLine final {
     // A number of up to 7 digits.
     bool take(int32_t& number)
     {
+        const uint32_t first = digit_at(at_);
+        if (first <= 9 && digit_at(at_ + 1) > 9) {  // as most are: where it ends is foreseen
+            number = static_cast<int32_t>(first);
+            ++at_;
+            return true;
+        }
         const uint64_t characters = load_eight(at_);
         const std::size_t count = leading_digits(characters);
         if (count == 0 || count == 8) {
@@ -111,6 +117,12 @@ class PlainLine final {
     [[nodiscard]] std::size_t length() const { return static_cast<std::size_t>(at_ - begin_); }
 
   private:
+    // Above 9 when it is none.
+    static uint32_t digit_at(const char* at)
+    {
+        return static_cast<unsigned char>(*at) - uint32_t{'0'};
+    }
+
     const char* begin_;
     const char* at_;
 };
