@@ -51,6 +51,7 @@ TEST(PageTableOptions, HaveDefaults)
 TEST(PageTableOptions, AreTaken)
 {
     EXPECT_EQ(options({"--pid", "7", "--pid=8"}).pids, (std::vector<int64_t>{7, 8}));
+    EXPECT_EQ(options({"--pid", "7", "--pid", "7"}).pids, (std::vector<int64_t>{7}));
     EXPECT_EQ(options({"--tree", "--depth", "0"}).depth, 0);
     EXPECT_EQ(options({"--va", "0x1A2B"}).address, 0x1a2bU);
     EXPECT_EQ(options({"--va", "4096"}).address, 4096U);

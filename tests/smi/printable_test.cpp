@@ -33,6 +33,16 @@ TEST(Printable, ControlCharactersBeyondAsciiAreWrittenOut)
     EXPECT_EQ(printable("\xC2\xA0"), "\xC2\xA0");
 }
 
+TEST(Printable, CharactersThatTurnTheTextOrBreakTheLineAreWrittenOut)
+{
+    EXPECT_EQ(printable("a\xE2\x80\xAE"
+                        "b"),
+              "a\\u202eb");
+    EXPECT_EQ(printable("\xE2\x80\x8E\xE2\x80\xA8\xE2\x81\xA6\xE2\x81\xA9\xD8\x9C"),
+              "\\u200e\\u2028\\u2066\\u2069\\u061c");
+    EXPECT_EQ(printable("\xE2\x80\xA7\xE2\x80\xAF"), "\xE2\x80\xA7\xE2\x80\xAF");
+}
+
 TEST(Printable, NewlinesStayInLines)
 {
     EXPECT_EQ(printable_lines("a\n \x1b"), "a\n \\x1b");

@@ -35,8 +35,12 @@ void add_pids(CLI::App& command, PageTableOptions& tables)
         .add_option_function<std::vector<std::string>>(
             "--pid",
             [&tables](const std::vector<std::string>& texts) {
-                std::ranges::transform(texts, std::back_inserter(tables.pids),
-                                       [](const std::string& text) { return *parse_pid(text); });
+                for (const std::string& text : texts) {
+                    const int64_t pid = *parse_pid(text);
+                    if (std::ranges::find(tables.pids, pid) == tables.pids.end()) {
+                        tables.pids.push_back(pid);
+                    }
+                }
             },
             "Show this process alone; may stand several times")
         ->allow_extra_args(false)

@@ -55,9 +55,21 @@ Character first_character(std::string_view text)
     return {code, form->bytes};
 }
 
+struct CodeRange {
+    uint32_t first;
+    uint32_t last;
+};
+
+// Control characters, and those that change the direction or the line of what follows.
+constexpr std::array kControls{
+    CodeRange{0x00, 0x1F},     CodeRange{0x7F, 0x9F},     CodeRange{0x61C, 0x61C},
+    CodeRange{0x200E, 0x200F}, CodeRange{0x2028, 0x202E}, CodeRange{0x2066, 0x2069},
+};
+
 bool is_control(uint32_t code)
 {
-    return code < 0x20 || (code >= 0x7F && code <= 0x9F);
+    return std::ranges::any_of(
+        kControls, [code](const CodeRange& r) { return code >= r.first && code <= r.last; });
 }
 
 std::string made_harmless(std::string_view text, bool keep_newlines)

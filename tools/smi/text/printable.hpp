@@ -9,7 +9,8 @@
 namespace nimba::smi {
 
 // `text` with control characters written out ("\x1b", and "\u009b" for those beyond ASCII), so that
-// no terminal obeys them, and with U+FFFD for every byte that is no UTF-8.
+// no terminal obeys them, and with U+FFFD for every byte that is no UTF-8. Those that turn the
+// direction of a text or begin a line count as control characters.
 std::string printable(std::string_view text);
 
 // Like printable, but newlines stay: for messages of several lines.
