@@ -1,19 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "core/node_pieces.hpp"
 
-#include <cerrno>
 #include <cstring>
 
 namespace nimba {
-
-ssize_t NodePieces::read_behind(int node, std::size_t held)
-{
-    ssize_t count = -1;
-    do {
-        count = ::read(node, buffer_.data() + held, buffer_.size() - held);
-    } while (count < 0 && errno == EINTR);
-    return count;
-}
 
 std::size_t NodePieces::whole_lines() const
 {

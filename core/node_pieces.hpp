@@ -3,6 +3,7 @@
 #pragma once
 
 #include "core/handles.hpp"
+#include "core/read_some.hpp"
 
 #include <fcntl.h>
 
@@ -29,7 +30,8 @@ class NodePieces final {
         }
         std::size_t held = 0;
         while (true) {
-            const ssize_t count = read_behind(node.get(), held);
+            const ssize_t count =
+                read_some(node.get(), buffer_.data() + held, buffer_.size() - held);
             if (count < 0) {
                 return false;
             }
@@ -54,9 +56,6 @@ class NodePieces final {
     static constexpr std::size_t kKeptOfLongLine = 1024;
 
   private:
-    // Reads into the buffer behind the first `held` bytes. As read(2), but never interrupted.
-    ssize_t read_behind(int node, std::size_t held);
-
     // The following are for a full buffer. Its bytes up to its last newline, that included.
     [[nodiscard]] std::size_t whole_lines() const;
     // Moves what is behind the first `taken` bytes to the front. Returns its length.

@@ -2,11 +2,11 @@
 #include "core/whole_node.hpp"
 
 #include "core/handles.hpp"
+#include "core/read_some.hpp"
 
 #include <fcntl.h>
 
 #include <algorithm>
-#include <cerrno>
 
 namespace nimba {
 namespace {
@@ -24,9 +24,9 @@ bool read_to_end(int descriptor, std::string& text)
         if (held == text.size()) {
             text.resize(std::max(2 * held, kUsualSize));
         }
-        count = ::read(descriptor, text.data() + held, text.size() - held);
+        count = read_some(descriptor, text.data() + held, text.size() - held);
         held += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
-    } while (count > 0 || (count < 0 && errno == EINTR));
+    } while (count > 0);
     text.resize(held);
     return count == 0;
 }

@@ -3,10 +3,10 @@
 #pragma once
 
 #include "core/handles.hpp"
+#include "core/read_some.hpp"
 
 #include <fcntl.h>
 
-#include <cerrno>
 #include <cstddef>
 #include <cstring>
 #include <memory>
@@ -46,7 +46,7 @@ class LinePieces final {
         }
         std::size_t held = 0;
         while (true) {
-            const ssize_t count = read_behind(node.get(), held);
+            const ssize_t count = read_some(node.get(), buffer_.get() + held, kSize - held);
             if (count < 0) {
                 return false;
             }
@@ -71,16 +71,6 @@ class LinePieces final {
 
   private:
     static constexpr std::size_t kSize = std::size_t{64} * 1024;
-
-    // As read(2), but never interrupted.
-    ssize_t read_behind(int node, std::size_t held)
-    {
-        ssize_t count = -1;
-        do {
-            count = ::read(node, buffer_.get() + held, kSize - held);
-        } while (count < 0 && errno == EINTR);
-        return count;
-    }
 
     // The length of the whole lines of a text that begins with a line. Of a line without an end it
     // is that of the pieces into which it falls.
