@@ -320,42 +320,6 @@ adapter: its driver has to be loaded before those of other GPUs"
     done
 }
 
-# Runs in the simulated machine. A million entries go through a pipe; in the middle of them, when
-# the tool waits for its reader, it tells its peak of memory. Then, with an argument, its worker is
-# killed; the rest of the output goes to a file.
-streaming() {
-    mkfifo pipe
-    nimba-smi pagetable --json >pipe 2>complaints &
-    local tool=$!
-    exec 7<pipe
-    head -c 100000000 <&7 >first
-    sed -n 's/^VmHWM:[^0-9]*\([0-9]*\) kB/\1/p' "/proc/$tool/status" >peak
-    if [ -n "${1-}" ]; then
-        kill -s KILL "$(cat "/proc/$tool/task/$tool/children")"
-    fi
-    cat <&7 >rest
-    wait "$tool"
-}
-
-@test "a million entries pass through a bounded memory" {
-    cd "$BATS_TEST_TMPDIR"
-    export -f streaming
-    run timeout 300 nimba-sim run --machine million-pages -- bash -c streaming
-    [ "$status" = 0 ] || { cat complaints; return 1; }
-    (($(cat peak) > 1000 && $(cat peak) < 32768)) || { cat peak; return 1; }
-    same "$(tail -n 3 rest)" "$(printf '  ],\n  "errors": []\n}')"
-    same "$(cat first rest | grep -c '"kind": "page"')" 1000000
-}
-
-@test "a worker that is lost midway leaves a document without its end" {
-    cd "$BATS_TEST_TMPDIR"
-    export -f streaming
-    run timeout 300 nimba-sim run --machine million-pages -- bash -c 'streaming kill'
-    [ "$status" = 7 ] || { cat complaints; return 1; }
-    [[ $(cat complaints) == "nimba-smi: page tables: worker lost in "*": killed by SIGKILL; "* ]]
-    [[ $(tail -n 1 rest) != "}" ]]
-}
-
 @test "a library without page tables is named, and serves the other commands" {
     run --separate-stderr smi pagetable
     [ "$status" = 4 ]

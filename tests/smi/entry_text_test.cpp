@@ -65,7 +65,12 @@ TEST(JsonEntries, AreADocumentWithoutAnyToo)
 {
     const auto text = entries_as_json({});
     const std::vector<Problem> problems{{ExitStatus::kNoAdapter, std::nullopt, "c", "m"}};
-    const auto document = nlohmann::json::parse(text->begin({}) + text->end(problems));
+    std::string whole = text->begin({});
+    whole += text->end(problems);
+    EXPECT_NE(whole.find("\n  \"entries\": [],\n  \"allocations\": [],\n  \"errors\": ["),
+              std::string::npos)
+        << whole;
+    const auto document = nlohmann::json::parse(whole);
     EXPECT_EQ(document.at("processes").size(), 0U);
     EXPECT_EQ(document.at("entries").size(), 0U);
     EXPECT_EQ(document.at("allocations").size(), 0U);

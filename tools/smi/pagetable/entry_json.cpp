@@ -107,8 +107,9 @@ class JsonEntries final : public EntryText {
 
     std::string end(std::span<const Problem> problems) override
     {
-        return next_list("allocations") + close() +
-               fmt::format(",\n  \"errors\": {}\n}}\n", value(json_errors(problems)));
+        std::string text = next_list("allocations");
+        text += close();
+        return text + fmt::format(",\n  \"errors\": {}\n}}\n", value(json_errors(problems)));
     }
 
   private:
