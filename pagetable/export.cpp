@@ -6,6 +6,8 @@
 #include "pagetable/device_arrays.hpp"
 
 #include <cstdio>
+#include <cstring>
+#include <limits>
 #include <string>
 
 // Filled by get_pagetable_data without a buffer, which empties them first.
@@ -28,16 +30,9 @@ void say_that_nothing_was_read()
 // As std::stoi in base 16, with its errors; faster for what drivers print.
 int32_t hexadecimal(const char* text)
 {
-    uint32_t value = 0;
-    const char* at = text;
-    for (; at < text + 7; ++at) {
-        const uint32_t digit = kHexadecimalDigits[static_cast<unsigned char>(*at)];
-        if (digit == 16) {
-            break;
-        }
-        value = value * 16 + digit;
-    }
-    return *at == '\0' && at != text ? static_cast<int32_t>(value) : std::stoi(text, nullptr, 16);
+    const auto plain = plain_hexadecimal(text, std::strlen(text));
+    return plain && *plain <= std::numeric_limits<int32_t>::max() ? static_cast<int32_t>(*plain)
+                                                                  : std::stoi(text, nullptr, 16);
 }
 
 uint32_t Calculate_Pagetable_Size()
