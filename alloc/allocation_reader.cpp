@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The reader that every query about allocations starts with.
 #include "alloc/allocation_text.hpp"
-#include "alloc/debug_directory.hpp"
+#include "core/debug_directory.hpp"
 #include "core/entries.hpp"
 #include "core/node_pieces.hpp"
 #include "core/retry.hpp"

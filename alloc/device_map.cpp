@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The open device contexts and their processes.
-#include "alloc/debug_directory.hpp"
+#include "core/debug_directory.hpp"
 #include "alloc/key_value.hpp"
 #include "core/current_adapter.hpp"
 #include "core/entries.hpp"

@@ -7,7 +7,6 @@ pkg_check_modules(LIBDRM REQUIRED IMPORTED_TARGET libdrm) # for its types; it is
 add_library(nimba_objects OBJECT
     alloc/allocation_reader.cpp
     alloc/allocation_text.cpp
-    alloc/debug_directory.cpp
     alloc/device_map.cpp
     alloc/device_summary.cpp
     alloc/key_value.cpp
@@ -23,6 +22,7 @@ add_library(nimba_objects OBJECT
     core/adapter_sysfs.cpp
     core/chip_table.cpp
     core/current_adapter.cpp
+    core/debug_directory.cpp
     core/discovery.cpp
     core/drm_library.cpp
     core/entries.cpp
@@ -47,7 +47,17 @@ add_library(nimba_objects OBJECT
     pagetable/process_command.cpp
     pagetable/tree_builder.cpp
     pagetable/vm_allocations.cpp
-    pagetable/vm_node_text.cpp)
+    pagetable/vm_node_text.cpp
+    power/bandwidth.cpp
+    power/dvfs_registers.cpp
+    power/engine_busy.cpp
+    power/frame_rate.cpp
+    power/memory_modules.cpp
+    power/node_values.cpp
+    power/segment_heaps.cpp
+    power/segment_node.cpp
+    power/segments.cpp
+    power/system_memory.cpp)
 target_include_directories(nimba_objects
     PUBLIC ${NIMBA_HEADER_DIR} ${CMAKE_SOURCE_DIR}
     PRIVATE ${LIBDRM_INCLUDE_DIRS})

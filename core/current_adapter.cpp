@@ -15,6 +15,16 @@ namespace nimba {
 uint32_t current_chip_id = 0;
 int32_t current_is_va_driver = 0;
 
+int info_directory()
+{
+    return pCurrent_gpu_infos == nullptr ? -1 : pCurrent_gpu_infos->jw_info_dir_fd;
+}
+
+int hwmon_directory()
+{
+    return pCurrent_gpu_infos == nullptr ? -1 : pCurrent_gpu_infos->hwmon_dir_fd;
+}
+
 void select_adapter(find_adapter& rec)
 {
     const int32_t slot = rec.chip_id_idx;
@@ -42,12 +52,9 @@ int32_t gpuinfo_select_new_chip(find_adapter* rec)
 
 int32_t gpuinfo_set_enable_usage(const char* text)
 {
-    if (pCurrent_gpu_infos == nullptr) {
-        return 0;
-    }
     // The text is the format itself: callers pass "1" or "0".
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-security"
-    return nimba::printf_node_at(pCurrent_gpu_infos->jw_info_dir_fd, "enable_usage", text);
+    return nimba::printf_node_at(nimba::info_directory(), "enable_usage", text);
 #pragma GCC diagnostic pop
 }

@@ -13,6 +13,10 @@ extern uint32_t current_chip_id;
 // IS_VA_driver of the current slot.
 extern int32_t current_is_va_driver;
 
+// The current adapter's directories of nodes; -1 before there is one.
+int info_directory();
+int hwmon_directory();
+
 // Makes the slot rec.chip_id_idx current, but for the debug directory, which goes by the chip.
 void select_adapter(find_adapter& rec);
 

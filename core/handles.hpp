@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Owners of one descriptor, one stream and one directory listing each.
+// Owners of one descriptor, one stream, one command and one directory listing each.
 #pragma once
 
 #include <dirent.h>
@@ -46,6 +46,19 @@ inline Stream make_stream(Descriptor descriptor, const char* mode)
         (void)descriptor.release();
     }
     return stream;
+}
+
+struct CommandCloser {
+    void operator()(std::FILE* output) const { ::pclose(output); }
+};
+// The output of a command that runs; waits for its end.
+using Command = std::unique_ptr<std::FILE, CommandCloser>;
+
+// Starts a shell command. Empty when it cannot be started. Read its output through the descriptor:
+// the stream takes a signal for the end.
+inline Command start_command(const char* command)
+{
+    return Command{::popen(command, "re")};  // NOLINT(cert-env33-c): callers answer for the text
 }
 
 struct DirectoryCloser {

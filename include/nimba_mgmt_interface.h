@@ -724,6 +724,349 @@ NIMBA_MGMT_API int32_t get_pagetable_data(_PAGETABLE_DATA* buffer, uint32_t* cou
 NIMBA_MGMT_API int32_t get_allocation_data(_ALLOCATION_DATA* buffer, uint32_t* count);
 
 /* ---------------------------------------------------------------------------------------------
+ * Sensors and single values of the current adapter: nodes in the driver's info directory
+ * (<pci device>/jw_info or qv_info) and in its hwmon directory. A missing node reads as 0, and so
+ * does every node before an adapter is current; nothing of this section is logged.
+ * ------------------------------------------------------------------------------------------- */
+
+/* What gpuinfo_get_hwmonFD_value_int takes: nodes of the hwmon directory. */
+enum hwmon_node {
+    HWMON_NODE_TEMP1_INPUT = 0, /* "temp1_input" */
+    HWMON_NODE_FAN0_INPUT = 1,  /* "fan0_input" */
+    HWMON_NODE_FAN1_INPUT = 2,  /* "fan1_input" */
+    HWMON_NODE_NONE = 3         /* "none" */
+};
+
+/* What gpuinfo_get_jwinfoFD_value_int takes: nodes of the info directory. */
+enum info_node {
+    INFO_NODE_ENGINE_3D_USAGE = 0,      /* "engine_3d_usage" */
+    INFO_NODE_ENGINE_VCP_USAGE = 1,     /* "engine_vcp_usage" */
+    INFO_NODE_ENGINE_VCP_INFO = 2,      /* "engine_vcp_info" */
+    INFO_NODE_ENGINE_VPP_USAGE = 3,     /* "engine_vpp_usage" */
+    INFO_NODE_FAN_SPEED = 4,            /* "fan_speed" */
+    INFO_NODE_VBIOS_VERSION = 5,        /* "vbios_version" */
+    INFO_NODE_PMP_VERSION = 6,          /* "pmp_version" */
+    INFO_NODE_RELEASE_DATE = 7,         /* "release_date" */
+    INFO_NODE_DRIVER_VERSION = 8,       /* "driver_version" */
+    INFO_NODE_MIU_CHANNEL_NUM = 9,      /* "miu_channel_num" */
+    INFO_NODE_SLICE_MASK = 10,          /* "slice_mask" */
+    INFO_NODE_FB_SIZE = 11,             /* "fb_size" */
+    INFO_NODE_FREE_FB_MEM = 12,         /* "free_fb_mem" */
+    INFO_NODE_ECLK = 13,                /* "eclk": engine clock */
+    INFO_NODE_VCLK = 14,                /* "vclk": video clock */
+    INFO_NODE_MCLK = 15,                /* "mclk": memory clock */
+    INFO_NODE_ENABLE_PERF = 16,         /* "enable_perf" */
+    INFO_NODE_ENABLE_USAGE = 17,        /* "enable_usage" */
+    INFO_NODE_FPS_COUNT = 18,           /* "fps_count" */
+    INFO_NODE_RXA_BLT_SCN_CNT = 19,     /* "rxa_blt_scn_cnt" */
+    INFO_NODE_MISC_CTL_FLAG = 20,       /* "misc_ctl_flag" */
+    INFO_NODE_POWER_MODE = 21,          /* "power_mode" */
+    INFO_NODE_POWER_CASE = 22,          /* "power_case" */
+    INFO_NODE_PWM_WAIT_COUNT = 23,      /* "pwm_wait_count" */
+    INFO_NODE_DVFS_MODE = 24,           /* "dvfs_mode" */
+    INFO_NODE_DVFS_CONTROL_PARAMS = 25, /* "dvfs_control_params" */
+    INFO_NODE_DVFS_CLK_VOLTAGE = 26,    /* "dvfs_clk_voltage" */
+    INFO_NODE_DVFS_LEVEL = 27,          /* "dvfs_level" */
+    INFO_NODE_SEGMENT_INFO = 28,        /* "segment_info" */
+    INFO_NODE_CORECLK = 29,             /* "coreclk": core clock */
+    INFO_NODE_NONE = 30                 /* "none" */
+};
+
+/* Reads the temperature.
+ * count: the number of values read: 1, or 0 when the node is missing, empty or without a number.
+ * Return: the number that begins the node "temp1_input" of the hwmon directory, in the driver's
+ * unit (a text such as "45 *C" is in degrees Celsius); 0 when there is none. */
+NIMBA_MGMT_API int32_t gpuinfo_get_temparature_value_int(uint32_t* count);
+
+/* Reads a number from the hwmon directory.
+ * index: one of enum hwmon_node. The names of enum info_node follow: 4 stands for
+ * "engine_3d_usage", which is then looked for in the hwmon directory. Outside 0 to 34 there is no
+ * node.
+ * count: the number of bytes read, 0 to 64.
+ * Return: the decimal integer that begins the node's first 64 bytes; 0 when there is none. */
+NIMBA_MGMT_API int32_t gpuinfo_get_hwmonFD_value_int(int32_t index, uint32_t* count);
+
+/* Reads a number from the info directory.
+ * index: one of enum info_node; -4 to -1 stand for the names of enum hwmon_node, and outside -4 to
+ * 30 there is no node.
+ * Return: the decimal integer that begins the node's first 64 bytes; 0 when there is none. */
+NIMBA_MGMT_API int32_t gpuinfo_get_jwinfoFD_value_int(int32_t index);
+
+/* Sets and clears bits of the driver's control flag: reads the node "misc_ctl_flag" of the info
+ * directory, writes it once, in decimal, and reads it again for the driver's sake.
+ * set, clear: bits; one that is in both is set. A node without a number counts as 0. */
+NIMBA_MGMT_API void gpuinfo_set_misc_ctl_flag(int32_t set, int32_t clear);
+
+/* ---------------------------------------------------------------------------------------------
+ * Power and DVFS (dynamic voltage and frequency scaling) of the current adapter: text nodes in the
+ * driver's info directory. The driver takes one command per write; one that it rejects is not
+ * reported, so read again after writing.
+ * ------------------------------------------------------------------------------------------- */
+
+/* Values of DvfsRegisterState.dvfs_level. */
+#define DVFS_LEVEL_BALANCE 0
+#define DVFS_LEVEL_LOW_POWER 1
+#define DVFS_LEVEL_PERFORMANCE 2
+
+/* The power and DVFS settings, 108 bytes. Clocks and voltage are in the driver's units. */
+typedef struct DvfsRegisterState {
+    uint32_t power_mode;          /*   0: "power_mode" */
+    int16_t power_gating_3d;      /*   4: "pwm_wait_count", as all gating: the low 16 bits */
+    int16_t clock_gating_3d;      /*   6 */
+    int16_t power_gating_vcp;     /*   8 */
+    int16_t clock_gating_vcp;     /*  10 */
+    int16_t power_gating_vpp;     /*  12 */
+    int16_t clock_gating_vpp;     /*  14 */
+    uint32_t dvfs_mode;           /*  16: "dvfs_mode" */
+    uint32_t gfx_check_size;      /*  20: "dvfs_control_params", as all sizes and thresholds */
+    uint32_t gfx_high_threshold;  /*  24 */
+    uint32_t gfx_low_threshold;   /*  28 */
+    uint32_t vcp0_check_size;     /*  32 */
+    uint32_t vcp0_high_threshold; /*  36 */
+    uint32_t vcp0_low_threshold;  /*  40 */
+    uint32_t vcp1_check_size;     /*  44 */
+    uint32_t vcp1_high_threshold; /*  48 */
+    uint32_t vcp1_low_threshold;  /*  52 */
+    uint32_t vpp_check_size;      /*  56 */
+    uint32_t vpp_high_threshold;  /*  60 */
+    uint32_t vpp_low_threshold;   /*  64 */
+    int32_t gfx_clock;            /*  68: "dvfs_clk_voltage" */
+    uint32_t video_clock;         /*  72: "vclk"; never written to the driver; 0: no such node */
+    uint32_t reserved0[2];        /*  76: neither filled nor written to the driver */
+    int32_t gfx_voltage;          /*  84: "dvfs_clk_voltage" */
+    uint32_t reserved1[3];        /*  88: neither filled nor written to the driver */
+    uint32_t memory_clock;        /* 100: "mclk"; never written to the driver; 0: no such node */
+    uint32_t dvfs_level;          /* 104: "dvfs_level": one of DVFS_LEVEL_* */
+} DvfsRegisterState;
+
+NIMBA_MGMT_ASSERT(sizeof(DvfsRegisterState) == 108);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsRegisterState, power_mode, 0);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsRegisterState, power_gating_3d, 4);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsRegisterState, clock_gating_3d, 6);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsRegisterState, power_gating_vcp, 8);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsRegisterState, clock_gating_vcp, 10);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsRegisterState, power_gating_vpp, 12);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsRegisterState, clock_gating_vpp, 14);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsRegisterState, dvfs_mode, 16);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsRegisterState, gfx_check_size, 20);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsRegisterState, gfx_high_threshold, 24);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsRegisterState, gfx_low_threshold, 28);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsRegisterState, vcp0_check_size, 32);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsRegisterState, vcp0_high_threshold, 36);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsRegisterState, vcp0_low_threshold, 40);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsRegisterState, vcp1_check_size, 44);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsRegisterState, vcp1_high_threshold, 48);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsRegisterState, vcp1_low_threshold, 52);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsRegisterState, vpp_check_size, 56);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsRegisterState, vpp_high_threshold, 60);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsRegisterState, vpp_low_threshold, 64);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsRegisterState, gfx_clock, 68);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsRegisterState, video_clock, 72);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsRegisterState, reserved0, 76);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsRegisterState, gfx_voltage, 84);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsRegisterState, reserved1, 88);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsRegisterState, memory_clock, 100);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsRegisterState, dvfs_level, 104);
+
+/* Three clocks, 12 bytes, in the driver's unit. */
+typedef struct DvfsClockInfo {
+    uint32_t engine_clock; /* 0: "eclk" */
+    uint32_t video_clock;  /* 4: "vclk" */
+    uint32_t memory_clock; /* 8: "mclk" */
+} DvfsClockInfo;
+
+NIMBA_MGMT_ASSERT(sizeof(DvfsClockInfo) == 12);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsClockInfo, engine_clock, 0);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsClockInfo, video_clock, 4);
+NIMBA_MGMT_ASSERT_OFFSET(DvfsClockInfo, memory_clock, 8);
+
+/* Whether the state that was last seen is the driver's: 1 after get_data_from_dvfs_register and at
+ * load, 0 after set_data_to_dvfs_register. The library never reads it. */
+extern NIMBA_MGMT_API int32_t dvfs_register_state_data_flushed;
+
+/* Reads the settings. The library keeps a copy of the whole record, reserved words included, with
+ * which later writes compare.
+ * state: a field whose node or key is missing, or has no number behind the key, stays as it was;
+ * the two read-only clocks are then 0, and the level stays when no known word is found. A key that
+ * its own node lacks is also found in the text that a longer node read before it left in the same
+ * 512 bytes.
+ * valid: set to 1.
+ * Return: 0 always.
+ * Source: "power_mode", "pwm_wait_count", "dvfs_mode", "dvfs_control_params", "dvfs_clk_voltage",
+ * "vclk", "mclk", "dvfs_level" of the info directory. */
+NIMBA_MGMT_API int32_t get_data_from_dvfs_register(DvfsRegisterState* state, uint32_t* valid);
+
+/* Writes each field that differs from what was last read to its node, one command each: power mode;
+ * gating: power of 3D, VCP, VPP, then clock of the same; DVFS mode; level, where any other value
+ * than 1 and 2 stands for balance; check sizes of GFX, VCP0, VCP1, VPP, then high, then low
+ * thresholds of the same; clock; voltage. Before the first read the fields are compared with 0. A
+ * write does not change what is compared with: the same write does the same again, and a field that
+ * is set back to what was read is not written. A negative gating value is written as eight digits.
+ * Return: 0 always, also when a node is missing or the driver rejects a command. */
+NIMBA_MGMT_API int32_t set_data_to_dvfs_register(const DvfsRegisterState* state);
+
+/* The same, without a change of dvfs_register_state_data_flushed. Return: 0 always. */
+NIMBA_MGMT_API int32_t gpuinfo_get_data_from_dvfs_register(DvfsRegisterState* state);
+NIMBA_MGMT_API int32_t gpuinfo_set_data_to_dvfs_register(const DvfsRegisterState* state);
+
+/* Reads the three clocks, as gpuinfo_get_jwinfoFD_value_int reads them: 0 for one without a node.
+ * Return: 0 always. */
+NIMBA_MGMT_API int32_t get_dvfs_info(DvfsClockInfo* info);
+
+/* ---------------------------------------------------------------------------------------------
+ * Memory segments of the current adapter, and the memory of the system
+ * ------------------------------------------------------------------------------------------- */
+
+/* Memory segments in a SegmentInfo. */
+#define SEGMENT_INFO_NUM 16
+
+/* Use and size of the memory segments, 128 bytes. The unit is the source's: the node "segment_info"
+ * is divided by 1000, the other sources are in MiB. */
+typedef struct SegmentInfo {
+    uint32_t used_size[SEGMENT_INFO_NUM];  /*  0 */
+    uint32_t total_size[SEGMENT_INFO_NUM]; /* 64 */
+} SegmentInfo;
+
+NIMBA_MGMT_ASSERT(sizeof(SegmentInfo) == 128);
+NIMBA_MGMT_ASSERT_OFFSET(SegmentInfo, used_size, 0);
+NIMBA_MGMT_ASSERT_OFFSET(SegmentInfo, total_size, 64);
+
+/* Chooses where get_segment_info reads, once for the adapter in slot rec->chip_id_idx, which must
+ * be the current one: a Nimba chip's node "segment_info", any other chip's heaps, or, when the
+ * attempt to read them fails, the allocations.
+ * Return: 1, or -1 when the attempt failed. */
+NIMBA_MGMT_API int32_t segment_init(find_adapter* rec);
+
+/* Reads use and size of the segments from the source that segment_init chose; before it, from the
+ * allocations.
+ * info: all 32 words are written. From the node: segments 0 to 15, those from 5 on added to segment
+ * 4, too. From the heaps: heaps 0 to 3, to which the use by allocations is added, with 4 standing
+ * for the allocations of all segments from 4 on. From the allocations: their use alone, in segments
+ * 0 to 4, and no sizes.
+ * Return: from the node 1 or -1; else what get_segment_info_through_allocation returned: 0 or -1.
+ */
+NIMBA_MGMT_API int32_t get_segment_info(SegmentInfo* info);
+
+/* Reads the node "segment_info" of the info directory, up to 512 bytes of it.
+ * info: zero it before. Segments are read from 0 on until one is missing, at most 16; both sizes of
+ * each are divided by 1000. With more than five, those from 5 on are added to segment 4 and stay.
+ * Return: 1, or -1: fewer than 20 bytes could be read, or there is no segment 0. */
+NIMBA_MGMT_API int32_t gpuinfo_get_segment_info(SegmentInfo* info);
+
+/* Reads the driver's heaps: <debug directory>/heaps/<heap>/info of heap_invalid, heap_local,
+ * heap_pcie_unsnoop and heap_pcie_snoop, which are segments 0 to 3.
+ * info: sizes in MiB, each cut to 32 bits of bytes before: a heap of 4 GiB and more shows its size
+ * modulo 4 GiB. Segment 4 is set to 0, the others stay as they were. A heap without its own text
+ * shows that of the heap before it.
+ * unused: ignored.
+ * Return: 1, or -1: no such directory ("Error opening directory" on standard output), or a heap
+ * lacks a size; what was read before stays. */
+NIMBA_MGMT_API int32_t gpuinfo_get_kmd_segment_info(SegmentInfo* info, int32_t unused);
+
+/* Runs a shell command and reads what it writes on standard output.
+ * buf, size: all size bytes are cleared; at most size - 1 are read. With a size of 0 nothing is.
+ * Return: the number of bytes read, or 1 when the command cannot be started ("Failed to run
+ * command" on standard output, and the buffer as it was). */
+NIMBA_MGMT_API int32_t runShellCommand(const char* command, char* buf, uint32_t size);
+
+/* Asks "dmidecode -t memory" for the width of the system's memory.
+ * Return: bits: of two modules of one width on two channels, or of four in two equal pairs, the
+ * sum; else the width of the first; 0: it tells none, as for a user who may not read it; 1: no
+ * command can be started ("Failed to run command" on standard output). */
+NIMBA_MGMT_API int32_t runShellCommand_getBitWidth(void);
+
+/* Asks "dmidecode -t memory" for the DDR generation of the system's memory.
+ * Return: 4 or 5, that of the first module, and 4 when it is another or unknown; 1: no command can
+ * be started ("Failed to run command" on standard output). */
+NIMBA_MGMT_API int32_t runShellCommand_getMemoryTYpe(void);
+
+/* ---------------------------------------------------------------------------------------------
+ * Frame rate, memory bandwidth and engine use of the current adapter, from the info directory or
+ * from functions of the kernel-interface library. Run the *_init functions after gfx_global_init,
+ * which does not; they choose the functions by name. Without an earlier success of it, or when the
+ * chosen function is gone with its library, a query writes nothing.
+ * ------------------------------------------------------------------------------------------- */
+
+/* Frame rates, 16 bytes. When time stamps differ by less than single precision shows, a rate is
+ * infinite or no number. */
+typedef struct FpsInfo {
+    float flips;       /*  0: flips per second since the call before */
+    float blits;       /*  4: blits per second since the call before */
+    float flips_blits; /*  8: the sum of the two */
+    float
+        average_since; /* 12: since fps_init: flips and blits per second; from the library: flips */
+} FpsInfo;
+
+NIMBA_MGMT_ASSERT(sizeof(FpsInfo) == 16);
+NIMBA_MGMT_ASSERT_OFFSET(FpsInfo, flips, 0);
+NIMBA_MGMT_ASSERT_OFFSET(FpsInfo, blits, 4);
+NIMBA_MGMT_ASSERT_OFFSET(FpsInfo, flips_blits, 8);
+NIMBA_MGMT_ASSERT_OFFSET(FpsInfo, average_since, 12);
+
+/* The kernel-interface library's hardware information, 48 bytes; the words are its own. */
+typedef struct BandwidthInfo {
+    uint32_t words[12]; /* 0 */
+} BandwidthInfo;
+
+NIMBA_MGMT_ASSERT(sizeof(BandwidthInfo) == 48);
+
+/* The kernel-interface library's figures of how busy the engines are, 40 bytes; the words are its
+ * own. Words 0, 1, 3 and 6 are never written. */
+typedef struct GpuBusyInfo {
+    uint32_t words[10]; /* 0 */
+} GpuBusyInfo;
+
+NIMBA_MGMT_ASSERT(sizeof(GpuBusyInfo) == 40);
+
+/* 1: frames are counted by the kernel-interface library; 0, also at load: by the driver's nodes.
+ * Set by fps_init. */
+extern NIMBA_MGMT_API int32_t use_IOCTL_get_fps;
+
+/* Which function tells engine use: 1 "qvGetHwqInfo", 2, also at load, "gfx_get_usage_info", 3
+ * "gfx_get_usage_info_ext". Set by gfxbusy_init. */
+extern NIMBA_MGMT_API int32_t gfxbusy_apiversion;
+
+/* Reads the driver's counts of frames.
+ * flip_count, time_stamp: from "fps_count": flips, and the time of the last one in nanoseconds.
+ * blit_count: from "rxa_blt_scn_cnt". What a node does not tell stays as it was: pass zeros.
+ * Return: the number of values read from "rxa_blt_scn_cnt": 1, 0, or -1 when it is empty. */
+NIMBA_MGMT_API int32_t gpuinfo_get_fps_count(uint32_t* flip_count, int64_t* time_stamp,
+                                             int64_t* blit_count);
+
+/* Chooses where frames are counted (see use_IOCTL_get_fps) and takes the first sample. The
+ * kernel-interface library counts when it has "gfx_flip_count" and "gfx_get_struct_size".
+ * Return: 0 always. */
+NIMBA_MGMT_API int32_t fps_init(void);
+
+/* Computes frame rates since the call before (or fps_init) and since fps_init, in single precision.
+ * info: all four are written in node mode; flips and average_since alone in library mode.
+ * Return: 0, or -1 when the time stamp is still that of the call before; then nothing is written.
+ */
+NIMBA_MGMT_API int32_t get_fps_info(FpsInfo* info);
+
+/* Chooses the functions that tell hardware information, and prepares it: "gfx_get_hwinfo_ext",
+ * "gfx_get_hwinfo" or "qv_get_hwinfo", with "gfx_init_hwinfo" or "qv_init_hwinfo" called once
+ * unless pdev is null. Return: 0; or -1, logged: the library lacks one of the functions to prepare,
+ * end and get, or the preparation failed. */
+NIMBA_MGMT_API int32_t bandwidth_init(void);
+
+/* Reads hardware information.
+ * info: with "gfx_get_hwinfo_ext" whatever that writes; else words 0 to 3, and on DEVICE_ID_QV_M20
+ * words 8 and 9, which are the library's 5 and 6, on other chips words 4 to 11.
+ * Return: 0 always. */
+NIMBA_MGMT_API int32_t get_bandwidth_info(BandwidthInfo* info);
+
+/* Chooses the function that tells engine use (see gfxbusy_apiversion), and logs which.
+ * Return: 0; or -1, logged, when the library has neither of the first two. */
+NIMBA_MGMT_API int32_t gfxbusy_init(void);
+
+/* Reads engine use.
+ * info: version 3: words 2, 4, 5, and on DEVICE_ID_QV_M40 words 7, 8, 9, on other chips word 7,
+ * which is the library's 3. Versions 1 and 2: words 2, 4 and 7, which are the library's 0, 1, 2.
+ * Any other version: nothing. Return: 0 always. */
+NIMBA_MGMT_API int32_t get_gpubusy_info(GpuBusyInfo* info);
+
+/* ---------------------------------------------------------------------------------------------
  * GPU preferences: which GPU an application should use, kept in the user's file
  * $HOME/.local/share/wmt_gfx_util.ini (the directory is not created).
  * ------------------------------------------------------------------------------------------- */

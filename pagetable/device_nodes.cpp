@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The two nodes of a device, and the name of its process.
+#include "core/handles.hpp"
 #include "core/whole_node.hpp"
 #include "nimba_mgmt_interface.h"
 #include "pagetable/dump_line.hpp"
@@ -9,7 +10,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -25,12 +25,6 @@ void set_text(std::string_view text, char (&field)[size])
 {
     const std::size_t length = text.copy(field, size - 1);
     std::fill(field + length, field + size, '\0');
-}
-
-// A line buffer's text ends at a NUL.
-std::string_view text_of(std::string_view line)
-{
-    return line.substr(0, line.find('\0'));
 }
 
 void add_line(std::string_view line, TreeBuilder& tree)
@@ -66,17 +60,12 @@ void add_lines(std::string_view lines, TreeBuilder& tree)
 // What the command writes. Nothing when it cannot be started.
 std::optional<std::string> output_of(const std::string& command)
 {
-    struct PipeCloser {
-        void operator()(std::FILE* pipe) const { ::pclose(pipe); }
-    };
-    // NOLINTNEXTLINE(cert-env33-c): the one word of it that varies is quoted
-    const std::unique_ptr<std::FILE, PipeCloser> pipe{::popen(command.c_str(), "re")};
-    if (!pipe) {
+    const Command running = start_command(command.c_str());
+    if (!running) {
         return std::nullopt;
     }
-    // Not through the stream, which would take a signal for the end.
     std::string output;
-    read_to_end(::fileno(pipe.get()), output);
+    read_to_end(::fileno(running.get()), output);
     return output;
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "core/handles.hpp"
+#include "core/line_buffer.hpp"
 #include "core/read_some.hpp"
 
 #include <fcntl.h>
@@ -21,9 +22,7 @@ inline constexpr std::size_t kLongestLine = 511;
 // The first line of a text that is not empty, with its newline.
 inline std::string_view first_line(std::string_view text)
 {
-    const std::string_view most = text.substr(0, kLongestLine);
-    const std::size_t newline = most.find('\n');
-    return most.substr(0, newline == std::string_view::npos ? newline : newline + 1);
+    return first_line(text, kLongestLine);
 }
 
 // Reads a node in memory of one size, however large the node is.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "alloc/debug_directory.hpp"
+#include "core/debug_directory.hpp"
 
 #include "nimba_mgmt_interface.h"
 

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: MIT
+// Commands, and what they tell of the system's memory.
+#include "core/handles.hpp"
+#include "core/read_some.hpp"
+#include "core/whole_node.hpp"
+#include "nimba_mgmt_interface.h"
+#include "power/memory_modules.hpp"
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+namespace nimba {
+namespace {
+
+// Reads until the end or until `size` bytes are there. Returns their number.
+std::size_t fill(int descriptor, char* buffer, std::size_t size)
+{
+    std::size_t held = 0;
+    while (held < size) {
+        const ssize_t count = read_some(descriptor, buffer + held, size - held);
+        if (count <= 0) {
+            break;
+        }
+        held += static_cast<std::size_t>(count);
+    }
+    return held;
+}
+
+Command start(const char* text)
+{
+    Command command = start_command(text);
+    if (!command) {
+        std::puts("Failed to run command");
+    }
+    return command;
+}
+
+// What `tell` makes of the modules; 1 when the command cannot be started.
+int32_t ask_modules(int32_t (*tell)(std::string_view text))
+{
+    const Command command = start("dmidecode -t memory");
+    if (!command) {
+        return 1;
+    }
+    std::string output;
+    read_to_end(::fileno(command.get()), output);
+    return tell(output);
+}
+
+}  // namespace
+}  // namespace nimba
+
+int32_t runShellCommand(const char* command, char* buf, uint32_t size)
+{
+    const nimba::Command running = nimba::start(command);
+    if (!running) {
+        return 1;
+    }
+    if (size == 0) {
+        return 0;
+    }
+    std::memset(buf, 0, size);
+    return static_cast<int32_t>(nimba::fill(::fileno(running.get()), buf, size - 1));
+}
+
+int32_t runShellCommand_getBitWidth(void)
+{
+    return nimba::ask_modules(nimba::memory_width);
+}
+
+int32_t runShellCommand_getMemoryTYpe(void)
+{
+    return nimba::ask_modules(nimba::ddr_generation);
+}
