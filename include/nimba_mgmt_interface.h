@@ -983,8 +983,9 @@ NIMBA_MGMT_API int32_t runShellCommand_getMemoryTYpe(void);
 /* ---------------------------------------------------------------------------------------------
  * Frame rate, memory bandwidth and engine use of the current adapter, from the info directory or
  * from functions of the kernel-interface library. Run the *_init functions after gfx_global_init,
- * which does not; they choose the functions by name. Without an earlier success of it, or when the
- * chosen function is gone with its library, a query writes nothing.
+ * which does not; they choose the functions by name. A query of hardware information or engine use
+ * before a success of its *_init writes nothing, and neither does one whose function is gone with
+ * its library.
  * ------------------------------------------------------------------------------------------- */
 
 /* Frame rates, 16 bytes. When time stamps differ by less than single precision shows, a rate is

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The two nodes of a device, and the name of its process.
 #include "core/handles.hpp"
+#include "core/line_pieces.hpp"
 #include "core/whole_node.hpp"
 #include "nimba_mgmt_interface.h"
 #include "pagetable/dump_line.hpp"
-#include "pagetable/line_pieces.hpp"
 #include "pagetable/process_command.hpp"
 #include "pagetable/tree_builder.hpp"
 
@@ -17,7 +17,9 @@
 namespace nimba {
 namespace {
 
-static_assert(LinePieces::kLookAhead >= kPlainLineLookAhead);
+// The nodes are read by lines of 512 bytes at most, a NUL behind them included.
+using NodeLines = LinePieces<511>;
+static_assert(NodeLines::kLookAhead >= kPlainLineLookAhead);
 
 // Fills the whole field: the text as far as it fits, then zeros.
 template <std::size_t size>
@@ -49,7 +51,7 @@ void add_lines(std::string_view lines, TreeBuilder& tree)
         if (length > 0 && length <= lines.size()) {
             tree.add(plain);
         } else {
-            const std::string_view line = first_line(lines);
+            const std::string_view line = NodeLines::first(lines);
             add_line(text_of(line), tree);
             length = line.size();
         }
@@ -75,9 +77,9 @@ std::optional<std::string> output_of(const std::string& command)
 int32_t get_Pid_info(data_vectors* device, const char* path)
 {
     bool is_found = false;
-    const bool is_read = nimba::LinePieces{}.read(path, [&](std::string_view lines) {
+    const bool is_read = nimba::NodeLines{}.read(path, [&](std::string_view lines) {
         while (!is_found && !lines.empty()) {
-            const std::string_view line = nimba::first_line(lines);
+            const std::string_view line = nimba::NodeLines::first(lines);
             const std::string_view text = nimba::text_of(line);
             is_found = text.find("pid") != std::string_view::npos;
             if (is_found) {
@@ -116,7 +118,7 @@ int32_t get_AppName_info(data_vectors* device)
 int32_t get_pagetable_info(data_vectors* device, const char* path)
 {
     nimba::TreeBuilder tree{*device};
-    const bool is_read = nimba::LinePieces{}.read(path, [&](std::string_view lines) {
+    const bool is_read = nimba::NodeLines{}.read(path, [&](std::string_view lines) {
         nimba::add_lines(lines, tree);
         return true;
     });

@@ -12,7 +12,7 @@ namespace {
 using Prepare = int (*)(int drm_fd, void* device);
 using GetInformation = int (*)(int drm_fd, void* device, uint32_t* words);
 
-// Chosen by bandwidth_init alone.
+// Chosen by bandwidth_init alone; none of them when it failed.
 KernelFunction<Prepare> prepare;
 KernelFunction<Prepare> finish;  // required, never called
 KernelFunction<GetInformation> get_information;
@@ -38,6 +38,14 @@ bool choose_functions()
     return prepare && can_get() && finish;
 }
 
+int32_t fail(const char* message)
+{
+    lib_print_func("%s", message);
+    get_information = {};
+    get_information_ext = {};
+    return -1;
+}
+
 void copy_information(const BandwidthInfo& from, BandwidthInfo& to)
 {
     std::copy_n(from.words, 4, to.words);
@@ -54,12 +62,10 @@ void copy_information(const BandwidthInfo& from, BandwidthInfo& to)
 int32_t bandwidth_init(void)
 {
     if (!nimba::choose_functions()) {
-        lib_print_func("gfx_xxx interface functions init fail. \n ");
-        return -1;
+        return nimba::fail("gfx_xxx interface functions init fail. \n ");
     }
     if (pdev != nullptr && nimba::prepare.get()(__perf_event_fd, pdev) != 0) {
-        lib_print_func("gfx_init_hwinfo fail. \n ");
-        return -1;
+        return nimba::fail("gfx_init_hwinfo fail. \n ");
     }
     return 0;
 }

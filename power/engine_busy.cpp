@@ -99,6 +99,7 @@ int32_t gfxbusy_init(void)
     nimba::get_usage_ext.choose("gfx_get_usage_info_ext");
     if (nimba::get_usage_ext) {
         gfxbusy_apiversion = nimba::kExtendedVersion;
+        lib_print_func("gfxbusy_init  use GFXBUSY_VERION_EXT_1.\n ");
     }
     return 0;
 }

@@ -30,13 +30,13 @@ using FlipCount = int (*)(int drm_fd, void* device, FlipSample* sample);
 
 FlipCount find_flip_count()
 {
-    return hwbridge_module_handle.function<FlipCount>("gfx_flip_count");
+    return find_kernel_function<FlipCount>("gfx_flip_count");
 }
 
 bool library_counts_frames()
 {
     return find_flip_count() != nullptr &&
-           hwbridge_module_handle.function<void (*)()>("gfx_get_struct_size") != nullptr;
+           find_kernel_function<void (*)()>("gfx_get_struct_size") != nullptr;
 }
 
 // What cannot be read stays as it is.
@@ -64,10 +64,11 @@ float count_between(int64_t later, int64_t earlier)
     return static_cast<float>(static_cast<uint64_t>(later) - static_cast<uint64_t>(earlier));
 }
 
+// In this order, 60 in a second are 60 exactly.
 float per_second(float count, const FrameSample& later, const FrameSample& earlier)
 {
     constexpr float kNanoseconds = 1e9F;
-    return count * kNanoseconds / (as_float(later.flip.time) - as_float(earlier.flip.time));
+    return count * (kNanoseconds / (as_float(later.flip.time) - as_float(earlier.flip.time)));
 }
 
 float flips_between(const FrameSample& later, const FrameSample& earlier)

@@ -2,13 +2,11 @@
 // Commands, and what they tell of the system's memory.
 #include "core/handles.hpp"
 #include "core/read_some.hpp"
-#include "core/whole_node.hpp"
 #include "nimba_mgmt_interface.h"
 #include "power/memory_modules.hpp"
 
 #include <cstdio>
 #include <cstring>
-#include <string>
 #include <string_view>
 
 namespace nimba {
@@ -38,15 +36,15 @@ Command start(const char* text)
 }
 
 // What `tell` makes of the modules; 1 when the command cannot be started.
-int32_t ask_modules(int32_t (*tell)(std::string_view text))
+int32_t ask_modules(MemoryModules modules, int32_t (*tell)(const MemoryModules& modules))
 {
     const Command command = start("dmidecode -t memory");
     if (!command) {
         return 1;
     }
-    std::string output;
-    read_to_end(::fileno(command.get()), output);
-    return tell(output);
+    MemoryLines{}.read(::fileno(command.get()),
+                       [&](std::string_view lines) { return modules.take(lines); });
+    return tell(modules);
 }
 
 }  // namespace
@@ -67,10 +65,10 @@ int32_t runShellCommand(const char* command, char* buf, uint32_t size)
 
 int32_t runShellCommand_getBitWidth(void)
 {
-    return nimba::ask_modules(nimba::memory_width);
+    return nimba::ask_modules({"Bank", "CHANNEL"}, nimba::memory_width);
 }
 
 int32_t runShellCommand_getMemoryTYpe(void)
 {
-    return nimba::ask_modules(nimba::ddr_generation);
+    return nimba::ask_modules({"Type", "DDR"}, nimba::ddr_generation);
 }

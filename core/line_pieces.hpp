@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The lines of a node as a line buffer of 512 bytes takes them.
+// The lines of a node, or of what a command writes, as a line buffer takes them.
 #pragma once
 
 #include "core/handles.hpp"
@@ -15,37 +15,36 @@
 
 namespace nimba {
 
-// What fits a line buffer, the newline included. What a longer line has beyond is a line of its
-// own.
-inline constexpr std::size_t kLongestLine = 511;
-
-// The first line of a text that is not empty, with its newline.
-inline std::string_view first_line(std::string_view text)
-{
-    return first_line(text, kLongestLine);
-}
-
-// Reads a node in memory of one size, however large the node is.
+// Reads a text in memory of one size, however large the text is. `kLongest` bytes fit the line
+// buffer, the newline included: what a longer line has beyond is a line of its own.
+template <std::size_t kLongest>
 class LinePieces final {
   public:
     // Behind every text that is handed out there are so many more bytes that may be read. They mean
     // nothing.
     static constexpr std::size_t kLookAhead = 96;
 
-    // Calls `take` with the text of the node, in order, in pieces of whole lines (see first_line);
-    // only the last line of the node may lack its newline. Goes on as long as `take` returns true.
-    // Returns false when the node cannot be opened or not be read so far; what was taken until then
-    // was read all the same.
+    // The first line of a text that is not empty, with its newline.
+    static std::string_view first(std::string_view text) { return first_line(text, kLongest); }
+
+    // Calls `take` with the text of the node, in order, in pieces of whole lines; only the last
+    // line of the node may lack its newline. Goes on as long as `take` returns true. Returns false
+    // when the node cannot be opened or not be read so far; what was taken until then was read all
+    // the same.
     template <typename Take>
     bool read(const char* path, Take&& take)
     {
         const Descriptor node{::open(path, O_RDONLY | O_CLOEXEC)};
-        if (!node) {
-            return false;
-        }
+        return node && read(node.get(), take);
+    }
+
+    // The same for what is open already.
+    template <typename Take>
+    bool read(int descriptor, Take&& take)
+    {
         std::size_t held = 0;
         while (true) {
-            const ssize_t count = read_some(node.get(), buffer_.get() + held, kSize - held);
+            const ssize_t count = read_some(descriptor, buffer_.get() + held, kSize - held);
             if (count < 0) {
                 return false;
             }
@@ -76,7 +75,7 @@ class LinePieces final {
     static std::size_t whole_lines(std::string_view text)
     {
         const std::size_t end = text.rfind('\n') + 1;
-        return end + (text.size() - end) / kLongestLine * kLongestLine;
+        return end + (text.size() - end) / kLongest * kLongest;
     }
 
     std::unique_ptr<char[]> buffer_ = std::make_unique<char[]>(kSize + kLookAhead);
