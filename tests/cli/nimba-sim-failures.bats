@@ -49,8 +49,18 @@ load nimba-sim.bash
 @test "4: an installation without its libraries" {
     make_tree
     printf 'description = "x"\n[[kernel_interface]]\nfile = "libdrm_mv9.so.0.0.0"\n' >mine.toml
-    missing="$(realpath tree)/libexec/nimba-sim/gfx_get_struct_size/libdrm_mv9.so.0.0.0"
+    missing="$(realpath tree)/libexec/nimba-sim/kernel_interface.so"
     fails_with 4 "nimba-sim: $missing is missing: the installation is not complete" \
+        tree/bin/nimba-sim run --machine mine.toml -- touch ran
+    [ ! -e ran ]
+}
+
+@test "4: an installation whose library is damaged" {
+    make_tree
+    mkdir -p tree/libexec/nimba-sim
+    echo "not a library" >tree/libexec/nimba-sim/kernel_interface.so
+    printf 'description = "x"\n[[kernel_interface]]\nfile = "libdrm_mv9.so.0.0.0"\n' >mine.toml
+    fails_with 4 "nimba-sim: a stand-in for a kernel-interface library is damaged" \
         tree/bin/nimba-sim run --machine mine.toml -- touch ran
     [ ! -e ran ]
 }
@@ -113,6 +123,7 @@ load nimba-sim.bash
 }
 
 @test "4: too few descriptors" {
+    [ "${SANITIZED:-0}" = 0 ] || skip "the sanitizers need descriptors for their own checks"
     with_messages "ulimit -n 8; exec nimba-sim run -- touch ran"
     [ "$status" = 4 ]
     [ "${#lines[@]}" = 1 ]

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace nimba::sim::test {
@@ -104,22 +105,108 @@ TEST_F(FaultPlanTest, VanishedDirectoryTakesItsNodesAlongForItsTime)
     EXPECT_FALSE(plan_.hides("dri/0/jw/allocations/7/info"));
 }
 
-TEST_F(FaultPlanTest, FileThatWasOpenWhenTheDriverWentStaysDead)
+TEST_F(FaultPlanTest, AbsencesOfTheDriverAreCountedAndStayCounted)
 {
     Fault fault;
     fault.kind = FaultKind::kGone;
     fault.after = 10ms;
     fault.duration = 5ms;
     plan_.add(fault);
-    EXPECT_FALSE(plan_.is_dead("dri/0/jw/info", 0ms));
+    EXPECT_EQ(plan_.absences("dri/0/jw/info"), 0U);
     now_ = 12ms;
     EXPECT_TRUE(plan_.hides("dri/0"));
     EXPECT_FALSE(plan_.hides("dri"));
-    EXPECT_TRUE(plan_.is_dead("dri/0/jw/info", 0ms));
+    EXPECT_EQ(plan_.absences("dri/0/jw/info"), 1U);
+    EXPECT_EQ(plan_.absences("dri"), 0U);
     now_ = 20ms;
     EXPECT_FALSE(plan_.hides("dri/0/jw/info"));
-    EXPECT_TRUE(plan_.is_dead("dri/0/jw/info", 0ms));
-    EXPECT_FALSE(plan_.is_dead("dri/0/jw/info", 16ms));
+    EXPECT_EQ(plan_.absences("dri/0/jw/info"), 1U);
+    plan_.clear();
+    EXPECT_EQ(plan_.absences("dri/0/jw/info"), 1U);
+    fault.card = 1;
+    plan_.add(fault);
+    now_ = 30ms;
+    EXPECT_EQ(plan_.absences("dri/0/jw/info"), 1U);
+    EXPECT_EQ(plan_.absences("dri/1/jw/info"), 2U);
+}
+
+TEST_F(FaultPlanTest, DirectoryIsThatOfTheFault)
+{
+    const std::vector<std::string> nodes{"dri/3/jw/eclk", "info/3/eclk", "hwmon/3/hwmon3/eclk",
+                                         "proc/gpuinfo_3"};
+    const std::vector<std::pair<NodeDirectory, std::string>> places{{NodeDirectory::kDebug, "eclk"},
+                                                                    {NodeDirectory::kInfo, "eclk"},
+                                                                    {NodeDirectory::kHwmon, "eclk"},
+                                                                    {NodeDirectory::kProc, ""}};
+    for (std::size_t place = 0; place < places.size(); ++place) {
+        Fault fault = open_fault(places[place].second);
+        fault.directory = places[place].first;
+        fault.card = 3;
+        plan_.add(fault);
+        for (std::size_t node = 0; node < nodes.size(); ++node) {
+            EXPECT_EQ(open_error(nodes[node]), node == place ? EIO : 0) << nodes[node];
+        }
+        plan_.clear();
+    }
+}
+
+TEST_F(FaultPlanTest, NodesOfNoAdapterHaveNoFaults)
+{
+    plan_.add(open_fault(""));
+    Fault proc = open_fault("");
+    proc.directory = NodeDirectory::kProc;
+    plan_.add(proc);
+    Fault gone;
+    gone.kind = FaultKind::kGone;
+    plan_.add(gone);
+    for (const char* path : {"", "proc", "proc/3", "proc/gpuinfo_", "proc/gpuinfo_x", "info/x/eclk",
+                             "other/3/jw", "hwmon"}) {
+        EXPECT_EQ(open_error(path), 0) << path;
+        EXPECT_FALSE(plan_.hides(path)) << path;
+    }
+}
+
+TEST_F(FaultPlanTest, DriverThatIsGoneTakesAllItsDirectoriesAlong)
+{
+    Fault gone;
+    gone.kind = FaultKind::kGone;
+    gone.card = 3;
+    plan_.add(gone);
+    for (const char* path : {"dri/3", "dri/3/jw/info", "info/3", "info/3/eclk", "hwmon/3",
+                             "hwmon/3/hwmon3", "hwmon/3/hwmon3/temp1_input", "proc/gpuinfo_3"}) {
+        EXPECT_TRUE(plan_.hides(path)) << path;
+        EXPECT_EQ(plan_.absences(path), 1U) << path;
+    }
+    for (const char* path : {"info", "info/4/eclk", "proc/gpuinfo_33"}) {
+        EXPECT_FALSE(plan_.hides(path)) << path;
+        EXPECT_EQ(plan_.absences(path), 0U) << path;
+    }
+}
+
+TEST_F(FaultPlanTest, CommandsAreCountedApartFromOpenings)
+{
+    Fault fault = open_fault("eclk");
+    fault.kind = FaultKind::kWrite;
+    fault.directory = NodeDirectory::kInfo;
+    fault.error = EBUSY;
+    fault.times = FaultTimes::kFirst;
+    fault.count = 1;
+    plan_.add(fault);
+    EXPECT_EQ(open_error("info/0/eclk"), 0);
+    EXPECT_EQ(plan_.command("dri/0/jw/eclk"), 0);
+    EXPECT_EQ(plan_.command("info/0/eclk"), EBUSY);
+    EXPECT_EQ(plan_.command("info/0/eclk"), 0);
+}
+
+TEST_F(FaultPlanTest, EarliestFaultOfACommandHasItsError)
+{
+    Fault fault = open_fault("*");
+    fault.kind = FaultKind::kWrite;
+    fault.error = EPERM;
+    plan_.add(fault);
+    fault.error = EBUSY;
+    plan_.add(fault);
+    EXPECT_EQ(plan_.command("dri/0/jw/eclk"), EPERM);
 }
 
 TEST_F(FaultPlanTest, ClearingBringsEverythingBack)

@@ -29,6 +29,8 @@ TEST(FaultReader, EachKindIsReadWithItsDefaults)
     EXPECT_EQ(read_back("kind = \"block\"\nms = 20"), "kind = \"block\"\nms = 20\n");
     EXPECT_EQ(read_back("kind = \"garbage\"\npath = \"info\""),
               "kind = \"garbage\"\npath = \"info\"\nbytes = 4096\nseed = 0\n");
+    EXPECT_EQ(read_back("kind = \"write\"\npath = \"info\""),
+              "kind = \"write\"\npath = \"info\"\nerror = \"EIO\"\n");
     EXPECT_EQ(read_back("kind = \"vanish\"\npath = \"allocations/*\""),
               "kind = \"vanish\"\npath = \"allocations/*\"\n");
     EXPECT_EQ(read_back("kind = \"list\""), "kind = \"list\"\nerror = \"EIO\"\n");
@@ -46,6 +48,20 @@ TEST(FaultReader, EveryKeyIsKept)
     EXPECT_EQ(read_back(list), list);
     const std::string garbage = "kind = \"garbage\"\npath = \"info\"\nbytes = 10\nseed = 99\n";
     EXPECT_EQ(read_back(garbage), garbage);
+    const std::string write =
+        "kind = \"write\"\ndirectory = \"info\"\npath = \"dvfs_level\"\nerror = \"EBUSY\"\n"
+        "every = 3\n";
+    EXPECT_EQ(read_back(write), write);
+}
+
+TEST(FaultReader, DirectoryIsThatOfDebugfsIfNothingIsSaid)
+{
+    EXPECT_EQ(read_back("kind = \"list\"\ndirectory = \"debug\""),
+              "kind = \"list\"\nerror = \"EIO\"\n");
+    EXPECT_EQ(read_back("kind = \"list\"\ndirectory = \"hwmon\""),
+              "kind = \"list\"\ndirectory = \"hwmon\"\nerror = \"EIO\"\n");
+    EXPECT_EQ(read_back("kind = \"read\"\ndirectory = \"proc\""),
+              "kind = \"read\"\ndirectory = \"proc\"\nerror = \"EIO\"\nbytes = 0\n");
 }
 
 TEST(FaultReader, MachineHasItsFaultsInOrder)
@@ -74,12 +90,12 @@ TEST_P(FaultError, IsOneLineWithPlaceKeyAndExpectation)
 // clang-format off
 const std::vector<BadFile> kBadFaults{
     {"UnknownKey", FAULT("node = \"info\"\n"),
-     ":7: key 'fault[0].node': unknown key, expected one of \"kind\", \"adapter\", \"path\", "
-     "\"error\", \"bytes\", \"entries\", \"ms\", \"seed\", \"first\", \"every\", \"after_ms\", "
+     ":7: key 'fault[0].node': unknown key, expected one of \"kind\", \"adapter\", "
+     "\"directory\", \"path\", \"error\", \"bytes\", \"entries\", \"ms\", \"seed\", \"first\", \"every\", \"after_ms\", "
      "\"for_ms\""},
     {"NoKind", FAULT("path = \"info\"\n"),
      ":6: key 'fault[0].kind': expected one of \"open\", \"read\", \"short\", \"block\", "
-     "\"garbage\", \"vanish\", \"list\", \"gone\", got nothing"},
+     "\"garbage\", \"write\", \"vanish\", \"list\", \"gone\", got nothing"},
     {"AdapterThatIsNotThere", FAULT("kind = \"gone\"\nadapter = 1\n"),
      ":8: key 'fault[0].adapter': expected the card number of an adapter, got 1"},
     {"PathOutside", FAULT("kind = \"open\"\npath = \"../info\"\n"),
@@ -90,6 +106,17 @@ const std::vector<BadFile> kBadFaults{
      "\"-\", \".\" and \"*\" for a whole name, got \"al*/info\""},
     {"ReadWithoutPath", FAULT("kind = \"read\"\n"),
      ":6: key 'fault[0].path': expected the path of a file, got nothing"},
+    {"WriteWithoutPath", FAULT("kind = \"write\"\n"),
+     ":6: key 'fault[0].path': expected the path of a file, got nothing"},
+    {"UnknownDirectory", FAULT("kind = \"open\"\ndirectory = \"sysfs\"\n"),
+     ":8: key 'fault[0].directory': expected one of \"debug\", \"info\", \"hwmon\", \"proc\", "
+     "got \"sysfs\""},
+    {"PathInAFile", FAULT("kind = \"open\"\ndirectory = \"proc\"\npath = \"info\"\n"),
+     ":9: key 'fault[0].path': expected no such key beside the directory \"proc\", got \"info\""},
+    {"ListOfAFile", FAULT("kind = \"list\"\ndirectory = \"proc\"\n"),
+     ":8: key 'fault[0].directory': expected a directory that can be listed, got \"proc\""},
+    {"DirectoryOfAWholeDriver", FAULT("kind = \"gone\"\ndirectory = \"info\"\n"),
+     ":8: key 'fault[0].directory': expected no such key for a fault \"gone\", got \"info\""},
     {"UnknownError", FAULT("kind = \"open\"\nerror = \"EODD\"\n"),
      ":8: key 'fault[0].error': expected the name of an error, such as \"EIO\" or \"ENOENT\", "
      "got \"EODD\""},

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the drivers of a machine show in debugfs: where, with which permissions, and when.
+// What the drivers of a machine show: where, with which permissions, and when.
 #include "driver/live_driver.hpp"
 
 #include "driver/snapshot.hpp"
@@ -57,18 +57,23 @@ card = 3
 driver = "none"
 context = []
 )")};
-    EXPECT_EQ(driver.list(""), Names{"dri"});
+    EXPECT_EQ(driver.list(""), (Names{"dri", "info", "hwmon", "proc"}));
     EXPECT_EQ(driver.list("dri"), (Names{"10", "3"}));
     EXPECT_EQ(driver.list("dri/10"), Names{"qv"});
-    EXPECT_EQ(driver.list("dri/10/qv"), (Names{"info", "allocations", "devices"}));
+    EXPECT_EQ(driver.list("dri/10/qv"), (Names{"info", "heaps", "allocations", "devices"}));
     EXPECT_EQ(driver.list("dri/3/jw"), (Names{"allocations", "devices"}));
     EXPECT_EQ(driver.list("dri/3/jw/allocations"), Names{});
     EXPECT_EQ(driver.list("dri/3/jw/devices"), Names{});
+    EXPECT_EQ(driver.list("info"), (Names{"10", "1", "3"}));
+    EXPECT_EQ(driver.list("hwmon"), (Names{"10", "1", "3"}));
+    EXPECT_EQ(driver.list("hwmon/10"), Names{"hwmon10"});
+    EXPECT_EQ(driver.list("proc"), (Names{"gpuinfo_10", "gpuinfo_1", "gpuinfo_3"}));
 }
 
-TEST(LiveDriver, NothingIsShownWithoutADebugDirectory)
+TEST(LiveDriver, NothingIsShownWithoutADirectory)
 {
-    LiveDriver driver{machine_of(adapter("debug = false", ""))};
+    LiveDriver driver{
+        machine_of(adapter("debug = false\ninfo = false\nhwmon = false\nproc = false", ""))};
     EXPECT_EQ(driver.list(""), Names{});
     EXPECT_EQ(driver.look_up("dri"), std::nullopt);
     EXPECT_EQ(driver.look_up(""), (NodeAttributes{true, 0755}));
@@ -212,7 +217,7 @@ TEST(Snapshot, HasEveryNodeInListingOrderEachDirectoryBeforeItsNodes)
     const NodeAttributes directory{true, 0755};
     const NodeAttributes setting{false, 0644};
     const NodeAttributes state{false, 0444};
-    EXPECT_EQ(take_snapshot(driver),
+    EXPECT_EQ(take_snapshot(driver, "dri"),
               (std::vector<SnapshotNode>{
                   {"dri", directory, ""},
                   {"dri/2", directory, ""},
@@ -244,7 +249,7 @@ TEST(Snapshot, HasTheNodesOfEachDirectoryInReverseIfWanted)
 {
     LiveDriver driver{machine_of(adapter("", "[adapter.debug]\nb = \"2\"\n\"a/c\" = \"3\"\n"))};
     std::vector<std::string> paths;
-    for (const SnapshotNode& node : take_snapshot(driver, SnapshotOrder::kReverseListing)) {
+    for (const SnapshotNode& node : take_snapshot(driver, "dri", SnapshotOrder::kReverseListing)) {
         paths.push_back(node.path);
     }
     EXPECT_EQ(paths, (std::vector<std::string>{

@@ -93,7 +93,8 @@ const std::vector<BadFile> kBadFiles{
      ":1: key 'description': expected a text, got 1"},
     {"UnknownKey", "description = \"a\"\ncolour = \"red\"\n",
      ":2: key 'colour': unknown key, expected one of \"description\", \"adapter\", \"foreign_gpu\", "
-     "\"platform_device\", \"process\", \"kernel_interface\", \"fault\""},
+     "\"platform_device\", \"process\", \"kernel_interface\", \"memory_module\", "
+     "\"fault\""},
     {"NotAList", "description = \"a\"\n[adapter]\ncard = 0\n",
      ":2: key 'adapter': expected a list of tables, [[adapter]], got a table"},
     {"ListOfNumbers", "description = \"a\"\nadapter = [1]\n",
@@ -102,8 +103,9 @@ const std::vector<BadFile> kBadFiles{
     {"UnknownAdapterKey", ADAPTER("color = 1\n"),
      ":3: key 'adapter[0].color': unknown key, expected one of "
      "\"chip\", \"vendor\", \"device\", \"bus_id\", \"card\", \"render\", \"nodes\", \"unopenable\", "
-     "\"version\", \"driver\", \"debug\", \"info\", \"hwmon\", \"unreadable\", \"context\", "
-     "\"allocation\", \"shape\", \"generated\", \"change\", \"leak\""},
+     "\"version\", \"driver\", \"debug\", \"info\", \"hwmon\", \"proc\", \"unreadable\", \"missing\", "
+     "\"context\", \"allocation\", \"shape\", \"generated\", \"change\", \"leak\", \"clocks\", "
+     "\"activity\", \"cooling\", \"board\", \"segment\""},
     {"UnknownChip", ADAPTER("chip = \"nimba-k9\"\n"),
      ":3: key 'adapter[0].chip': expected one of \"nimba-k1\", \"nimba-k2\", \"nimba-k3\", "
      "\"nimba-k3t\", \"nimba-k5\", \"nimba-k6\", \"qv-m20\", \"qv-m30\", \"qv-m40\", "
@@ -168,18 +170,31 @@ const std::vector<BadFile> kBadFiles{
      "got \"../x\""},
     {"NodeBelowAnotherNode", GOOD_ADAPTER "[adapter.debug]\na = \"1\"\n\"a-c\" = \"\"\n\"a/b\" = \"2\"\n",
      ":9: key 'adapter[0].debug': expected a path that is not below the file \"a\", got \"a/b\""},
-    {"NodeBelowADefaultNode", GOOD_ADAPTER "[adapter.info]\n\"enable_usage/x/y\" = \"1\"\n",
-     ":7: key 'adapter[0].info': expected a path that is not below the file \"enable_usage\", "
-     "got \"enable_usage/x/y\""},
+    {"NodeBelowADefaultNode", GOOD_ADAPTER "[adapter.debug]\n\"info/x/y\" = \"1\"\n",
+     ":7: key 'adapter[0].debug': expected a path that is not below the file \"info\", "
+     "got \"info/x/y\""},
+    {"ProcNoText", GOOD_ADAPTER "proc = true\n",
+     ":6: key 'adapter[0].proc': expected a text or false, got true"},
     {"UnreadableUnknown", GOOD_ADAPTER "unreadable = [\"info\", \"card0\"]\n",
      ":6: key 'adapter[0].unreadable[1]': expected a directory that the adapter has (\"debug\", "
-     "\"info\", \"hwmon\") or a node in it (\"info/enable_usage\"), got \"card0\""},
-    {"UnreadableAbsentNode", GOOD_ADAPTER "unreadable = [\"info/fan_speed\"]\n",
+     "\"info\", \"hwmon\", \"proc\") or a node in it (\"info/enable_usage\"), got \"card0\""},
+    {"UnreadableAbsentNode", GOOD_ADAPTER "unreadable = [\"info/fan\"]\n",
      ":6: key 'adapter[0].unreadable[0]': expected a directory that the adapter has (\"debug\", "
-     "\"info\", \"hwmon\") or a node in it (\"info/enable_usage\"), got \"info/fan_speed\""},
+     "\"info\", \"hwmon\", \"proc\") or a node in it (\"info/enable_usage\"), got \"info/fan\""},
     {"UnreadableAbsentDirectory", GOOD_ADAPTER "hwmon = false\nunreadable = [\"hwmon\"]\n",
      ":7: key 'adapter[0].unreadable[0]': expected a directory that the adapter has (\"debug\", "
-     "\"info\", \"hwmon\") or a node in it (\"info/enable_usage\"), got \"hwmon\""},
+     "\"info\", \"hwmon\", \"proc\") or a node in it (\"info/enable_usage\"), got \"hwmon\""},
+
+    {"UnreadableMissingNode",
+     GOOD_ADAPTER "missing = [\"info/eclk\"]\nunreadable = [\"info/eclk\"]\n",
+     ":7: key 'adapter[0].unreadable[0]': expected a directory that the adapter has (\"debug\", "
+     "\"info\", \"hwmon\", \"proc\") or a node in it (\"info/enable_usage\"), got \"info/eclk\""},
+    {"MissingUnknown", GOOD_ADAPTER "missing = [\"info\", \"info/\"]\n",
+     ":6: key 'adapter[0].missing[1]': expected a directory that the adapter has (\"debug\", "
+     "\"info\", \"hwmon\", \"proc\") or a node in it (\"info/enable_usage\"), got \"info/\""},
+    {"MissingPartOfAName", GOOD_ADAPTER "missing = [\"info/enable\"]\n",
+     ":6: key 'adapter[0].missing[0]': expected a directory that the adapter has (\"debug\", "
+     "\"info\", \"hwmon\", \"proc\") or a node in it (\"info/enable_usage\"), got \"info/enable\""},
 
     {"CardTwice",
      GOOD_ADAPTER "[[adapter]]\nchip = \"qv-m20\"\nbus_id = \"0000:02:00.0\"\ncard = 0\n",
@@ -254,6 +269,18 @@ const std::vector<BadFile> kBadFiles{
      LIBRARY("file = \"libdrm_mv9.so.0.0.0\"\nstruct_size = 4294967296\n"),
      ":4: key 'kernel_interface[0].struct_size': expected a whole number from 0 to 4294967295, "
      "got 4294967296"},
+    {"UnknownCounter",
+     LIBRARY("file = \"libdrm_mv9.so.0.0.0\"\ncounters = [\"qvGetHwqInfo\", \"qv_hwq\"]\n"),
+     ":4: key 'kernel_interface[0].counters[1]': expected one of \"gfx_flip_count\", "
+     "\"gfx_init_hwinfo\", \"gfx_deinit_hwinfo\", \"gfx_get_hwinfo\", \"gfx_get_hwinfo_ext\", "
+     "\"gfx_get_usage_info\", \"gfx_get_usage_info_ext\", \"qv_init_hwinfo\", "
+     "\"qv_deinit_hwinfo\", \"qv_get_hwinfo\", \"qvGetHwqInfo\", got \"qv_hwq\""},
+    {"CountersText", LIBRARY("file = \"libdrm_mv9.so.0.0.0\"\ncounters = \"none\"\n"),
+     ":4: key 'kernel_interface[0].counters': expected a list of texts, got \"none\""},
+    {"InitResultTooLarge",
+     LIBRARY("file = \"libdrm_mv9.so.0.0.0\"\ninit_result = 2147483648\n"),
+     ":4: key 'kernel_interface[0].init_result': expected a whole number from -2147483648 to "
+     "2147483647, got 2147483648"},
 };
 // clang-format on
 

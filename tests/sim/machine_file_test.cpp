@@ -41,12 +41,12 @@ card = 5
     EXPECT_TRUE(adapter.drm.unopenable.empty());
     EXPECT_TRUE(adapter.drm.answers_version);
     EXPECT_EQ(adapter.drm.driver, "jw");
-    EXPECT_EQ(
-        adapter.directories,
-        (NodeDirectories{{NodeDirectory::kDebug, {{"info", "VA=1\n"}}},
-                         {NodeDirectory::kInfo, {{"enable_usage", "0\n"}}},
-                         {NodeDirectory::kHwmon, {{"name", "jw\n"}, {"temp1_input", "45 *C\n"}}}}));
+    EXPECT_EQ(adapter.directories, (NodeDirectories{{NodeDirectory::kDebug, {{"info", "VA=1\n"}}},
+                                                    {NodeDirectory::kInfo, {}},
+                                                    {NodeDirectory::kHwmon, {}},
+                                                    {NodeDirectory::kProc, {}}}));
     EXPECT_TRUE(adapter.unreadable.empty());
+    EXPECT_TRUE(adapter.missing.empty());
 }
 
 TEST(MachineFile, AdapterSaysOtherwise)
@@ -62,7 +62,9 @@ nodes = ["control", "primary"]
 unopenable = ["control"]
 version = false
 driver = "legacy"
+proc = "Device ID : 2fff\n"
 unreadable = ["hwmon", "info/a/b"]
+missing = ["info/eclk"]
 
 [adapter.debug]
 info = "VA=7\n"
@@ -85,13 +87,17 @@ temp1_input = ""
     EXPECT_FALSE(adapter.drm.answers_version);
     EXPECT_EQ(adapter.directories,
               (NodeDirectories{{NodeDirectory::kDebug, {{"info", "VA=7\n"}}},
-                               {NodeDirectory::kInfo, {{"a/b", "1"}, {"enable_usage", "0\n"}}},
-                               {NodeDirectory::kHwmon, {{"name", "qv\n"}, {"temp1_input", ""}}}}));
+                               {NodeDirectory::kInfo, {{"a/b", "1"}}},
+                               {NodeDirectory::kHwmon, {{"temp1_input", ""}}},
+                               {NodeDirectory::kProc, {{"", "Device ID : 2fff\n"}}}}));
     ASSERT_EQ(adapter.unreadable.size(), 2U);
     EXPECT_EQ(adapter.unreadable.at(0).directory, NodeDirectory::kHwmon);
     EXPECT_EQ(adapter.unreadable.at(0).path, "");
     EXPECT_EQ(adapter.unreadable.at(1).directory, NodeDirectory::kInfo);
     EXPECT_EQ(adapter.unreadable.at(1).path, "a/b");
+    ASSERT_EQ(adapter.missing.size(), 1U);
+    EXPECT_EQ(adapter.missing.at(0).directory, NodeDirectory::kInfo);
+    EXPECT_EQ(adapter.missing.at(0).path, "eclk");
 }
 
 TEST(MachineFile, DriverKindDecidesTheDebugDirectory)
@@ -120,6 +126,7 @@ card = 0
 debug = false
 info = false
 hwmon = false
+proc = false
 )");
     EXPECT_TRUE(machine.adapters.at(0).directories.empty());
 }

@@ -33,6 +33,56 @@ TEST(NodeDirectories, InfoAndHwmonAreInThePciDirectory)
                   "45 *C\n");
 }
 
+TEST(NodeDirectories, ProcHasAFileForEachCard)
+{
+    expect_output("two-qv", "sh -c 'head -n 1 /proc/gpuinfo_0 /proc/gpuinfo_1 | grep Device'",
+                  "Device ID : 2030\nDevice ID : 2020\n");
+    expect_output("two-qv", "test -e /proc/gpuinfo_2; echo $?", "1\n");
+}
+
+TEST(NodeDirectories, ListingsHaveRealDirectoriesOfNodes)
+{
+    expect_output("default",
+                  "sh -c 'cd /sys/bus/pci/devices/0000:01:00.0; stat -L -c %F jw_info hwmon; "
+                  "stat -c %F hwmon/hwmon0 jw_info/eclk; stat -c %a jw_info/eclk "
+                  "jw_info/dvfs_level hwmon/hwmon0/temp1_input; stat -L -c %a /proc/gpuinfo_0; ls "
+                  "jw_info | wc -l'",
+                  "directory\ndirectory\ndirectory\nregular empty file\n444\n644\n444\n444\n30\n");
+}
+
+TEST(NodeDirectories, PlainOnesShowTheFirstMoment)
+{
+    const std::string plain = fmt::format("{} run --drivers plain -- ", NIMBA_SIM);
+    const Result result =
+        run_shell(plain +
+                  "sh -c 'cd /sys/bus/pci/devices/0000:01:00.0; cat jw_info/fps_count "
+                  "jw_info/dvfs_level hwmon/hwmon0/temp1_input; head -n 1 /proc/gpuinfo_0; "
+                  "stat -c %a jw_info/eclk jw_info/dvfs_level; ls jw_info | wc -l; "
+                  "test -L jw_info; echo $?'");
+    EXPECT_EQ(result.output, "0 0\ndvfs_level:balance\n45 *C\nDevice ID : 1001\n444\n644\n30\n1\n");
+}
+
+TEST(NodeDirectories, MissingAndUnreadableOnesAreSoInEitherForm)
+{
+    const nimba::test::TempDirectory directory;
+    const std::string file = directory.write("machine.toml", R"(description = "Own nodes"
+[[adapter]]
+chip = "nimba-k6"
+bus_id = "0002:0b:00.1"
+card = 4
+missing = ["info/eclk", "hwmon"]
+unreadable = ["info/vclk", "proc"]
+)");
+    const std::string look =
+        "sh -c 'cd /sys/bus/pci/devices/0002:0b:00.1; ls jw_info | wc -l; "
+        "ls -d hwmon jw_info/eclk 2>/dev/null; stat -c %a jw_info/vclk; stat -L -c %a "
+        "/proc/gpuinfo_4'";
+    expect_output(file, look, "29\n0\n0\n");
+    EXPECT_EQ(
+        run_shell(fmt::format("{} run --drivers plain -m {} -- ", NIMBA_SIM, file) + look).output,
+        "29\n0\n0\n");
+}
+
 TEST(NodeDirectories, NodesKeepWhatIsWrittenDuringTheRunOnly)
 {
     const std::string node = "/sys/bus/pci/devices/0000:01:00.0/jw_info/enable_usage";
@@ -46,6 +96,7 @@ TEST(NodeDirectories, BareAdapterHasNone)
                   "class\nconfig\ndevice\ndrm\nrevision\nsubsystem\nsubsystem_device\n"
                   "subsystem_vendor\nuevent\nvendor\n");
     expect_output("bare-adapter", "test -e /sys/kernel/debug; echo $?", "1\n");
+    expect_output("bare-adapter", "test -e /proc/gpuinfo_0; echo $?", "1\n");
 }
 
 TEST(NodeDirectories, ProcessesShowTheirCommandLine)

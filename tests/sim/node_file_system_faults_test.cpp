@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What programs see of a driver's nodes while faults are switched on.
-#include "debug_fs_fixture.hpp"
+#include "node_file_system_fixture.hpp"
 
 #include <future>
 #include <semaphore>
@@ -16,9 +16,9 @@ namespace {
 using namespace std::chrono_literals;
 using nimba::test::Descriptor;
 
-class DebugFsFaultsTest : public DebugFsTest {};
+class NodeFileSystemFaultsTest : public NodeFileSystemTest {};
 
-TEST_F(DebugFsFaultsTest, FaultOfOpeningHasItsError)
+TEST_F(NodeFileSystemFaultsTest, FaultOfOpeningHasItsError)
 {
     fault("kind = \"open\"\npath = \"info\"\nerror = \"ENOENT\"\nfirst = 2\n");
     EXPECT_EQ(open_error("dri/0/jw/info"), ENOENT);
@@ -29,7 +29,7 @@ TEST_F(DebugFsFaultsTest, FaultOfOpeningHasItsError)
     EXPECT_EQ(open_error("dri/0/jw"), EIO);
 }
 
-TEST_F(DebugFsFaultsTest, FaultOfReadingComesAtOnceOrBehindSomeBytes)
+TEST_F(NodeFileSystemFaultsTest, FaultOfReadingComesAtOnceOrBehindSomeBytes)
 {
     fault("kind = \"read\"\npath = \"info\"\n");
     fault("kind = \"read\"\npath = \"other\"\nbytes = 3\nerror = \"ENODEV\"\n");
@@ -37,13 +37,13 @@ TEST_F(DebugFsFaultsTest, FaultOfReadingComesAtOnceOrBehindSomeBytes)
     EXPECT_EQ(read_pieces("dri/0/jw/other", 100), (Texts{"oth", "errno 19"}));
 }
 
-TEST_F(DebugFsFaultsTest, ShortReadsLoseNothing)
+TEST_F(NodeFileSystemFaultsTest, ShortReadsLoseNothing)
 {
     fault("kind = \"short\"\npath = \"*\"\nbytes = 4\n");
     EXPECT_EQ(read_pieces("dri/0/jw/other", 100), (Texts{"othe", "r\n"}));
 }
 
-TEST_F(DebugFsFaultsTest, GarbageIsTheSameForTheSameSeed)
+TEST_F(NodeFileSystemFaultsTest, GarbageIsTheSameForTheSameSeed)
 {
     fault("kind = \"garbage\"\npath = \"*\"\nbytes = 64\nseed = 7\n");
     const std::string first = nimba::test::read_file(info());
@@ -54,7 +54,7 @@ TEST_F(DebugFsFaultsTest, GarbageIsTheSameForTheSameSeed)
     EXPECT_NE(nimba::test::read_file(path("dri/0/jw/other")), first);
 }
 
-TEST_F(DebugFsFaultsTest, ListingFailsInTheMiddle)
+TEST_F(NodeFileSystemFaultsTest, ListingFailsInTheMiddle)
 {
     fault("kind = \"list\"\nentries = 1\nfirst = 1\n");
     EXPECT_EQ(names("dri/0/jw"), (Texts{"info", "errno 5"}));
@@ -63,7 +63,7 @@ TEST_F(DebugFsFaultsTest, ListingFailsInTheMiddle)
     EXPECT_EQ(names("dri/0/jw"), (Texts{"info", "errno 12"}));
 }
 
-TEST_F(DebugFsFaultsTest, VanishedNodeIsInNoListing)
+TEST_F(NodeFileSystemFaultsTest, VanishedNodeIsInNoListing)
 {
     fault("kind = \"vanish\"\npath = \"info\"\n");
     EXPECT_EQ(open_error("dri/0/jw/info"), ENOENT);
@@ -72,7 +72,7 @@ TEST_F(DebugFsFaultsTest, VanishedNodeIsInNoListing)
     EXPECT_EQ(names("dri/0/jw"), (Texts{"info", "other"}));
 }
 
-TEST_F(DebugFsFaultsTest, DriverThatIsGoneTakesItsNodesAndOpenFilesAlong)
+TEST_F(NodeFileSystemFaultsTest, DriverThatIsGoneTakesItsNodesAndOpenFilesAlong)
 {
     source_.set("dri/1/jw/info", "another\n");
     const Descriptor file{::open(info().c_str(), O_RDWR)};
@@ -89,7 +89,7 @@ TEST_F(DebugFsFaultsTest, DriverThatIsGoneTakesItsNodesAndOpenFilesAlong)
     EXPECT_EQ(read_pieces("dri/0/jw/info", 100), Texts{"VA=1\n"});
 }
 
-TEST_F(DebugFsFaultsTest, BlockedNodeLetsOthersBeReadAndThenGivesItsText)
+TEST_F(NodeFileSystemFaultsTest, BlockedNodeLetsOthersBeReadAndThenGivesItsText)
 {
     fault("kind = \"block\"\npath = \"info\"\nms = 300\n");
     auto blocked =
@@ -98,7 +98,7 @@ TEST_F(DebugFsFaultsTest, BlockedNodeLetsOthersBeReadAndThenGivesItsText)
     EXPECT_EQ(blocked.get(), (Texts{"VA=", "1\n"}));
 }
 
-TEST_F(DebugFsFaultsTest, ProcessThatWaitsForABlockedNodeCanBeKilled)
+TEST_F(NodeFileSystemFaultsTest, ProcessThatWaitsForABlockedNodeCanBeKilled)
 {
     fault("kind = \"block\"\npath = \"info\"\nms = 3600000\n");
     const pid_t child = ::fork();
@@ -114,7 +114,7 @@ TEST_F(DebugFsFaultsTest, ProcessThatWaitsForABlockedNodeCanBeKilled)
     EXPECT_TRUE(WIFSIGNALED(status));
 }
 
-TEST_F(DebugFsFaultsTest, BlockedNodesDoNotHoldUpTheEnd)
+TEST_F(NodeFileSystemFaultsTest, BlockedNodesDoNotHoldUpTheEnd)
 {
     fault("kind = \"block\"\npath = \"info\"\nms = 3600000\n");
     std::vector<std::future<Texts>> readers;
@@ -132,7 +132,7 @@ TEST_F(DebugFsFaultsTest, BlockedNodesDoNotHoldUpTheEnd)
     }
 }
 
-TEST_F(DebugFsFaultsTest, ReadsBeyondTwoHundredThatWaitAreNotHeldUp)
+TEST_F(NodeFileSystemFaultsTest, ReadsBeyondTwoHundredThatWaitAreNotHeldUp)
 {
     fault("kind = \"block\"\npath = \"info\"\nms = 3600000\n");
     std::counting_semaphore<> done{0};
@@ -157,7 +157,7 @@ TEST_F(DebugFsFaultsTest, ReadsBeyondTwoHundredThatWaitAreNotHeldUp)
     EXPECT_EQ(undisturbed, 3);
 }
 
-TEST_F(DebugFsFaultsTest, FaultNodeIsInNoListingAndTellsWhatIsSwitchedOn)
+TEST_F(NodeFileSystemFaultsTest, FaultNodeIsInNoListingAndTellsWhatIsSwitchedOn)
 {
     fault("kind = \"read\"\npath = \"allocations/*/info\"\nadapter = 0\nevery = 2\n");
     EXPECT_EQ(names(""), Texts{"dri"});

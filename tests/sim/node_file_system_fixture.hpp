@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "driver/debug_fs.hpp"
 #include "driver/fault_control.hpp"
+#include "driver/node_file_system.hpp"
 #include "map_source.hpp"
 #include "support/descriptor.hpp"
 #include "support/temp_directory.hpp"
@@ -21,7 +21,7 @@
 namespace nimba::sim::test {
 
 // A driver with two nodes of one adapter, mounted; skips the test where that cannot be.
-class DebugFsTest : public ::testing::Test {
+class NodeFileSystemTest : public ::testing::Test {
   protected:
     void SetUp() override
     {
@@ -100,7 +100,7 @@ class DebugFsTest : public ::testing::Test {
     MapSource source_;
     FaultPlan faults_;
     FaultControl control_{source_, faults_};
-    std::optional<DebugFs> mounted_;
+    std::optional<NodeFileSystem> mounted_;
 };
 
 }  // namespace nimba::sim::test

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // A driver's nodes as files: what programs see of them, and what is left when they go away.
-#include "debug_fs_fixture.hpp"
+#include "node_file_system_fixture.hpp"
 
 #include <future>
 
@@ -14,13 +14,13 @@ namespace {
 
 using nimba::test::Descriptor;
 
-TEST_F(DebugFsTest, TextIsReadInPiecesOfAnySize)
+TEST_F(NodeFileSystemTest, TextIsReadInPiecesOfAnySize)
 {
     EXPECT_EQ(read_pieces("dri/0/jw/info", 4096), Texts{"VA=1\n"});
     EXPECT_EQ(read_pieces("dri/0/jw/info", 2), (Texts{"VA", "=1", "\n"}));
 }
 
-TEST_F(DebugFsTest, TextOfAnyLengthIsReadToItsEnd)
+TEST_F(NodeFileSystemTest, TextOfAnyLengthIsReadToItsEnd)
 {
     std::string text;
     for (int i = 0; i < 300000; ++i) {
@@ -32,7 +32,7 @@ TEST_F(DebugFsTest, TextOfAnyLengthIsReadToItsEnd)
     EXPECT_EQ(read_pieces("dri/0/jw/empty", 10), Texts{});
 }
 
-TEST_F(DebugFsTest, ReadsAtOffsetsGiveThatPart)
+TEST_F(NodeFileSystemTest, ReadsAtOffsetsGiveThatPart)
 {
     const Descriptor file{::open(info().c_str(), O_RDONLY)};
     std::string part(3, '\0');
@@ -44,7 +44,7 @@ TEST_F(DebugFsTest, ReadsAtOffsetsGiveThatPart)
     EXPECT_EQ(part, "VA=");
 }
 
-TEST_F(DebugFsTest, OneOpeningSeesOneTextAndTheNextOneTheNew)
+TEST_F(NodeFileSystemTest, OneOpeningSeesOneTextAndTheNextOneTheNew)
 {
     const Descriptor file{::open(info().c_str(), O_RDONLY)};
     source_.set("dri/0/jw/info", "VA=0 and more\n");
@@ -52,7 +52,7 @@ TEST_F(DebugFsTest, OneOpeningSeesOneTextAndTheNextOneTheNew)
     EXPECT_EQ(read_pieces("dri/0/jw/info", 100), Texts{"VA=0 and more\n"});
 }
 
-TEST_F(DebugFsTest, NodesComeAndGoAtOnce)
+TEST_F(NodeFileSystemTest, NodesComeAndGoAtOnce)
 {
     EXPECT_EQ(open_error("dri/0/jw/new"), ENOENT);
     source_.set("dri/0/jw/new", "new");
@@ -63,7 +63,7 @@ TEST_F(DebugFsTest, NodesComeAndGoAtOnce)
     EXPECT_EQ(names("dri/0/jw/new"), Texts{"inside"});
 }
 
-TEST_F(DebugFsTest, NodeThatIsGoneIsNotThereForWhoHasJustSeenIt)
+TEST_F(NodeFileSystemTest, NodeThatIsGoneIsNotThereForWhoHasJustSeenIt)
 {
     struct stat status {};
     EXPECT_EQ(::stat(info().c_str(), &status), 0);
@@ -75,7 +75,7 @@ TEST_F(DebugFsTest, NodeThatIsGoneIsNotThereForWhoHasJustSeenIt)
     EXPECT_EQ(errno, ENOENT);
 }
 
-TEST_F(DebugFsTest, OpeningAsksTheDriverOnceForEachNameOfThePath)
+TEST_F(NodeFileSystemTest, OpeningAsksTheDriverOnceForEachNameOfThePath)
 {
     EXPECT_EQ(open_error("dri/0/jw/info"), 0);
     const int before = source_.look_ups();
@@ -83,7 +83,7 @@ TEST_F(DebugFsTest, OpeningAsksTheDriverOnceForEachNameOfThePath)
     EXPECT_EQ(source_.look_ups() - before, 4);
 }
 
-TEST_F(DebugFsTest, OpenNodeThatIsGoneKeepsItsTextAndAttributes)
+TEST_F(NodeFileSystemTest, OpenNodeThatIsGoneKeepsItsTextAndAttributes)
 {
     const Descriptor file{::open(info().c_str(), O_RDONLY)};
     source_.remove("dri/0/jw/info");
@@ -93,7 +93,7 @@ TEST_F(DebugFsTest, OpenNodeThatIsGoneKeepsItsTextAndAttributes)
     EXPECT_EQ(read_pieces(file.get(), 100), Texts{"VA=1\n"});
 }
 
-TEST_F(DebugFsTest, EachWriteIsOneCommand)
+TEST_F(NodeFileSystemTest, EachWriteIsOneCommand)
 {
     const Descriptor file{::open(info().c_str(), O_WRONLY | O_TRUNC)};
     EXPECT_EQ(::write(file.get(), "one", 3), 3);
@@ -101,7 +101,7 @@ TEST_F(DebugFsTest, EachWriteIsOneCommand)
     EXPECT_EQ(source_.commands(), (Texts{"dri/0/jw/info<one", "dri/0/jw/info<two\n"}));
 }
 
-TEST_F(DebugFsTest, RejectedCommandFailsInTheWriteAndAtTheCloseOfAStream)
+TEST_F(NodeFileSystemTest, RejectedCommandFailsInTheWriteAndAtTheCloseOfAStream)
 {
     const Descriptor file{::open(info().c_str(), O_WRONLY)};
     EXPECT_EQ(::write(file.get(), "bad", 3), -1);
@@ -114,7 +114,7 @@ TEST_F(DebugFsTest, RejectedCommandFailsInTheWriteAndAtTheCloseOfAStream)
     EXPECT_EQ(errno, EINVAL);
 }
 
-TEST_F(DebugFsTest, NothingCanBeMadeMovedOrRemoved)
+TEST_F(NodeFileSystemTest, NothingCanBeMadeMovedOrRemoved)
 {
     EXPECT_EQ(::mkdir(path("dri/x").c_str(), 0755), -1);
     EXPECT_EQ(errno, EPERM);
@@ -128,7 +128,7 @@ TEST_F(DebugFsTest, NothingCanBeMadeMovedOrRemoved)
     EXPECT_EQ(errno, EPERM);
 }
 
-TEST_F(DebugFsTest, ListingOfAHundredThousandIsWholeAndInOrder)
+TEST_F(NodeFileSystemTest, ListingOfAHundredThousandIsWholeAndInOrder)
 {
     Texts expected;
     for (int i = 0; i < 100000; ++i) {
@@ -138,7 +138,7 @@ TEST_F(DebugFsTest, ListingOfAHundredThousandIsWholeAndInOrder)
     EXPECT_TRUE(names("dri/0/jw/allocations") == expected);
 }
 
-TEST_F(DebugFsTest, ListingIsThatOfTheOpeningUntilItIsRewound)
+TEST_F(NodeFileSystemTest, ListingIsThatOfTheOpeningUntilItIsRewound)
 {
     DIR* const stream = ::opendir(path("dri/0/jw").c_str());
     ASSERT_NE(stream, nullptr);
@@ -156,7 +156,7 @@ TEST_F(DebugFsTest, ListingIsThatOfTheOpeningUntilItIsRewound)
     ::closedir(stream);
 }
 
-TEST_F(DebugFsTest, DriverThatTakesLongHoldsUpOnlyWhoReadsThatNode)
+TEST_F(NodeFileSystemTest, DriverThatTakesLongHoldsUpOnlyWhoReadsThatNode)
 {
     source_.hold("dri/0/jw/info");
     Texts held(20);
@@ -174,7 +174,7 @@ TEST_F(DebugFsTest, DriverThatTakesLongHoldsUpOnlyWhoReadsThatNode)
     }
 }
 
-TEST_F(DebugFsTest, ManyReadersAtOnceAllSeeWhatTheyRead)
+TEST_F(NodeFileSystemTest, ManyReadersAtOnceAllSeeWhatTheyRead)
 {
     std::vector<std::future<int>> readers;
     readers.reserve(8);
@@ -194,7 +194,7 @@ TEST_F(DebugFsTest, ManyReadersAtOnceAllSeeWhatTheyRead)
     }
 }
 
-TEST_F(DebugFsTest, NothingIsMountedAfterwardsThoughFilesAreOpen)
+TEST_F(NodeFileSystemTest, NothingIsMountedAfterwardsThoughFilesAreOpen)
 {
     const Descriptor file{::open(info().c_str(), O_RDONLY)};
     mounted_.reset();

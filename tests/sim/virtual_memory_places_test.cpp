@@ -60,7 +60,7 @@ TEST(VirtualMemoryPlaces, QvChipHasItInTheDebugDirectoryAndNamesAllocationsByHan
 {
     LiveDriver driver{machine_of(qv_adapter("", std::string{kTwoContexts} + kThreeAllocations))};
     EXPECT_EQ(driver.list("dri/3"), Names{"qv"});
-    EXPECT_EQ(driver.list("dri/3/qv"), (Names{"info", "allocations", "devices"}));
+    EXPECT_EQ(driver.list("dri/3/qv"), (Names{"info", "heaps", "allocations", "devices"}));
     EXPECT_EQ(driver.list("dri/3/qv/devices"), (Names{"1", "12"}));
     EXPECT_EQ(driver.list("dri/3/qv/devices/12"), (Names{"info", "vm_info"}));
     EXPECT_EQ(driver.list("dri/3/qv/allocations"),

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "adapter_reader.hpp"
 
+#include "adapter_power_reader.hpp"
 #include "device_reader.hpp"
+#include "driver/model_nodes.hpp"
 #include "product.hpp"
 #include "video_memory_reader.hpp"
 
@@ -18,13 +20,6 @@ constexpr std::array<std::string_view, 3> kDriverKinds{"va", "legacy", "none"};
 
 constexpr std::size_t kLongestName = 255;  // of a file, in bytes
 constexpr std::size_t kLongestPath = 1024;
-
-// The keys of an adapter that describe directories.
-constexpr std::array<std::pair<std::string_view, NodeDirectory>, 3> kDirectories{{
-    {"debug", NodeDirectory::kDebug},
-    {"info", NodeDirectory::kInfo},
-    {"hwmon", NodeDirectory::kHwmon},
-}};
 
 void read_identity(const TableReader& reader, PciDevice& pci)
 {
@@ -50,22 +45,13 @@ void read_identity(const TableReader& reader, PciDevice& pci)
     pci.device = chip->device;
 }
 
-// What the directory holds when the machine file does not say otherwise.
-Nodes default_nodes(NodeDirectory directory, const std::string& driver_kind,
-                    const std::string& driver_dir)
+// The texts that are in the debug directory when the machine file does not say otherwise.
+Nodes default_debug_nodes(const std::string& driver_kind)
 {
-    switch (directory) {
-        case NodeDirectory::kDebug:
-            if (driver_kind == "none") {
-                return {};
-            }
-            return {{"info", driver_kind == "va" ? "VA=1\n" : "VA=0\n"}};
-        case NodeDirectory::kInfo:
-            return {{"enable_usage", "0\n"}};
-        case NodeDirectory::kHwmon:
-            break;
+    if (driver_kind == "none") {
+        return {};
     }
-    return {{"name", driver_dir + "\n"}, {"temp1_input", "45 *C\n"}};
+    return {{"info", driver_kind == "va" ? "VA=1\n" : "VA=0\n"}};
 }
 
 void check_node_path(const TableReader& reader, std::string_view key, const std::string& path)
@@ -101,53 +87,109 @@ void check_directories_of_nodes(const TableReader& reader, std::string_view key,
     }
 }
 
-NodeDirectories read_directories(const TableReader& reader, const std::string& driver_kind,
-                                 const std::string& driver_dir)
+// What is in /proc is one file; it has the path "".
+std::optional<Nodes> read_proc(const TableReader& reader)
 {
-    NodeDirectories directories;
-    for (const auto& [key, directory] : kDirectories) {
-        auto nodes = reader.texts_by_name_or(key, {});
-        if (!nodes) {
-            continue;
-        }
+    constexpr std::string_view kKey = to_text(NodeDirectory::kProc);
+    if (!reader.has(kKey)) {
+        return Nodes{};
+    }
+    if (const auto text = reader.is_text(kKey) ? reader.any_text(kKey) : std::nullopt) {
+        return Nodes{{"", *text}};
+    }
+    if (reader.flag_or(kKey, false)) {
+        reader.reject(kKey, "a text or false");
+    }
+    return std::nullopt;
+}
+
+// Reads the table of a directory's texts; nothing if it is the word `false`.
+std::optional<Nodes> read_texts(const TableReader& reader, std::string_view key)
+{
+    auto nodes = reader.texts_by_name_or(key, {});
+    if (nodes) {
         for (const auto& [path, text] : *nodes) {
             check_node_path(reader, key, path);
         }
-        nodes->merge(default_nodes(directory, driver_kind, driver_dir));
+    }
+    return nodes;
+}
+
+NodeDirectories read_directories(const TableReader& reader, const std::string& driver_kind)
+{
+    NodeDirectories directories;
+    for (const auto& [key, directory] : kNodeDirectories) {
+        auto nodes =
+            directory == NodeDirectory::kProc ? read_proc(reader) : read_texts(reader, key);
+        if (!nodes) {
+            continue;
+        }
+        if (directory == NodeDirectory::kDebug) {
+            nodes->merge(default_debug_nodes(driver_kind));
+        }
         check_directories_of_nodes(reader, key, *nodes);
-        if (!nodes->empty()) {
+        if (!nodes->empty() || directory != NodeDirectory::kDebug) {
             directories.emplace(directory, std::move(*nodes));
         }
     }
     return directories;
 }
 
-// Reads places such as "info" (a directory) and "info/enable_usage" (a node in it).
-std::vector<NodePlace> read_unreadable(const TableReader& reader,
-                                       const NodeDirectories& directories)
+// Whether the adapter has the directory, or the node in it, or a directory of such nodes there.
+bool has_place(const Adapter& adapter, const NodePlace& place)
+{
+    const auto found = adapter.directories.find(place.directory);
+    if (found == adapter.directories.end() || place.path.empty()) {
+        return found != adapter.directories.end();
+    }
+    const auto is_in_place = [&](const std::string& node) { return is_at_or_below(node, place); };
+    return std::ranges::any_of(found->second, is_in_place, &Nodes::value_type::first) ||
+           std::ranges::any_of(shown_model_nodes(adapter, place.directory), is_in_place,
+                               &ModelNode::name);
+}
+
+// Reads a list of places such as "info" (a directory) and "info/enable_usage" (a node in it).
+std::vector<NodePlace> read_places(const TableReader& reader, std::string_view key,
+                                   const Adapter& adapter)
 {
     std::vector<NodePlace> places;
-    if (!reader.has("unreadable")) {
+    if (!reader.has(key)) {
         return places;
     }
-    const auto texts = reader.texts("unreadable");
+    const auto texts = reader.texts(key);
     for (std::size_t index = 0; index < texts.size(); ++index) {
         const std::string& text = texts[index];
         const auto slash = std::min(text.find('/'), text.size());
         const std::string path = slash < text.size() ? text.substr(slash + 1) : "";
-        const auto* const row = std::ranges::find_if(kDirectories, [&](const auto& candidate) {
-            return candidate.first == text.substr(0, slash);
-        });
-        const auto found =
-            row == kDirectories.end() ? directories.end() : directories.find(row->second);
-        if (found == directories.end() || (slash < text.size() && !found->second.contains(path))) {
-            reader.reject_item("unreadable", index,
-                               "a directory that the adapter has (\"debug\", \"info\", \"hwmon\") "
-                               "or a node in it (\"info/enable_usage\")");
+        const auto* const row = std::ranges::find(kNodeDirectories, text.substr(0, slash),
+                                                  &decltype(kNodeDirectories)::value_type::first);
+        if (row == kNodeDirectories.end() || (slash < text.size() && path.empty()) ||
+            !has_place(adapter, {row->second, path})) {
+            reader.reject_item(key, index,
+                               "a directory that the adapter has (\"debug\", \"info\", \"hwmon\", "
+                               "\"proc\") or a node in it (\"info/enable_usage\")");
         }
         places.push_back({row->second, path});
     }
     return places;
+}
+
+// Takes texts away, too.
+void take_away(Adapter& adapter, const std::vector<NodePlace>& places)
+{
+    for (const NodePlace& place : places) {
+        if (!place.path.empty()) {
+            std::erase_if(adapter.directories.at(place.directory),
+                          [&](const auto& node) { return is_at_or_below(node.first, place); });
+            adapter.missing.push_back(place);
+        }
+    }
+    for (const NodePlace& place : places) {
+        if (place.path.empty()) {
+            adapter.directories.erase(place.directory);
+            adapter.video_memory.shown &= place.directory != NodeDirectory::kDebug;
+        }
+    }
 }
 
 }  // namespace
@@ -163,11 +205,13 @@ Adapter read_adapter(const TableReader& reader, Claims& claims,
     const std::string driver_kind =
         reader.has("driver") ? reader.choice("driver", kDriverKinds) : "va";
     adapter.va_driver = driver_kind == "va";
-    adapter.directories = read_directories(reader, driver_kind, adapter.driver_dir);
+    adapter.directories = read_directories(reader, driver_kind);
     adapter.video_memory = read_video_memory(
         reader, processes, driver_kind != "none",
         has_virtual_memory_beside(adapter) ? AllocationNames::kEntries : AllocationNames::kHandles);
-    adapter.unreadable = read_unreadable(reader, adapter.directories);
+    adapter.power = read_adapter_power(reader, !has_virtual_memory_beside(adapter));
+    take_away(adapter, read_places(reader, "missing", adapter));
+    adapter.unreadable = read_places(reader, "unreadable", adapter);
     return adapter;
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "drm_driver.hpp"
 
+#include "kernel_interface_ioctl.h"
 #include "test_bed_error.hpp"
 
 #include <drm.h>
@@ -46,8 +47,11 @@ bool write_text(UMockdevIoctlData* record, std::size_t offset, std::size_t lengt
 
 }  // namespace
 
-DrmDriver::DrmDriver(std::string name, bool answers_version)
-    : name_{std::move(name)}, answers_version_{answers_version}, handler_{umockdev_ioctl_base_new()}
+DrmDriver::DrmDriver(std::string name, bool answers_version, std::function<Counters()> counters)
+    : name_{std::move(name)},
+      answers_version_{answers_version},
+      counters_{std::move(counters)},
+      handler_{umockdev_ioctl_base_new()}
 {
     g_signal_connect(handler_.get(), "handle-ioctl", G_CALLBACK(handle_ioctl), this);
 }
@@ -63,18 +67,57 @@ void DrmDriver::attach(UMockdevTestbed* test_bed, const std::string& node) const
 gboolean DrmDriver::handle_ioctl(UMockdevIoctlBase* /*handler*/, UMockdevIoctlClient* client,
                                  gpointer driver)
 {
-    if (umockdev_ioctl_client_get_request(client) != DRM_IOCTL_VERSION) {
-        return FALSE;
-    }
     const auto& self = *static_cast<const DrmDriver*>(driver);
-    if (!self.answers_version_) {
+    switch (umockdev_ioctl_client_get_request(client)) {
+        case DRM_IOCTL_VERSION:
+            self.answer_version(client);
+            return TRUE;
+        case NIMBA_SIM_IOCTL_COUNTERS:
+            self.answer_counters(client);
+            return TRUE;
+        default:
+            return FALSE;
+    }
+}
+
+void DrmDriver::answer_version(UMockdevIoctlClient* client) const
+{
+    if (!answers_version_) {
         umockdev_ioctl_client_complete(client, -1, ENODEV);
-    } else if (!self.write_version(client)) {
+    } else if (!write_version(client)) {
         umockdev_ioctl_client_complete(client, -1, EFAULT);
     } else {
         umockdev_ioctl_client_complete(client, 0, 0);
     }
-    return TRUE;
+}
+
+void DrmDriver::answer_counters(UMockdevIoctlClient* client) const
+{
+    if (!counters_) {
+        umockdev_ioctl_client_complete(client, -1, ENOTTY);
+    } else if (!write_counters(client)) {
+        umockdev_ioctl_client_complete(client, -1, EFAULT);
+    } else {
+        umockdev_ioctl_client_complete(client, 0, 0);
+    }
+}
+
+bool DrmDriver::write_counters(UMockdevIoctlClient* client) const
+{
+    GErrorReport report;
+    const GObjectOwner<UMockdevIoctlData> record{umockdev_ioctl_data_resolve(
+        umockdev_ioctl_client_get_arg(client), 0, sizeof(nimba_sim_counters), report.receiver())};
+    if (!record) {
+        return false;
+    }
+    const Counters counters = counters_();
+    nimba_sim_counters told{};
+    told.time = counters.time;
+    told.flips = counters.flips;
+    std::ranges::copy(counters.hardware, told.hardware);
+    std::ranges::copy(counters.usage, told.usage);
+    overwrite(record.get(), 0, std::as_bytes(std::span{&told, 1}));
+    return true;
 }
 
 // A caller asks twice: first with lengths of 0, to learn the lengths, then with buffers.

@@ -1,22 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "fault_command.hpp"
 
+#include "control_node.hpp"
 #include "driver/fault_control.hpp"
 #include "fault_reader.hpp"
 #include "machine_file_error.hpp"
 #include "test_bed_error.hpp"
-#include "tools/descriptor.hpp"
-
-#include <fcntl.h>
-#include <stdlib.h>
-#include <unistd.h>
 
 #include <fmt/format.h>
 
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
 #include <string_view>
 
 namespace nimba::sim {
@@ -36,54 +31,19 @@ constexpr std::array kNumberOptions{
     NumberOption{"--entries", "entries", "list: the entries before it fails; else half of them"},
     NumberOption{"--ms", "ms", "block: how long"},
     NumberOption{"--seed", "seed", "garbage: another number gives other bytes"},
-    NumberOption{"--first", "first", "The first N openings only"},
-    NumberOption{"--every", "every", "Each Nth opening only"},
+    NumberOption{"--first", "first", "The first N openings, or commands, only"},
+    NumberOption{"--every", "every", "Each Nth opening, or command, only"},
     NumberOption{"--after-ms", "after_ms", "Begins N ms from now"},
     NumberOption{"--for-ms", "for_ms", "Ends N ms after it has begun"},
 };
 
-// The machine's node, as a file of this one.
-std::filesystem::path fault_node()
-{
-    const char* const root = getenv("UMOCKDEV_DIR");
-    if (root == nullptr || *root == '\0') {
-        throw TestBedError{
-            "no simulated machine here: this is for commands that `nimba-sim run` runs"};
-    }
-    return std::filesystem::path{root} / "sys/kernel/debug" / kFaultNode;
-}
-
-tools::Descriptor open_node(int flags)
-{
-    tools::Descriptor node{open(fault_node().c_str(), flags | O_CLOEXEC)};
-    if (!node) {
-        throw TestBedError{
-            fmt::format("the simulated machine has no live drivers: {}", std::strerror(errno))};
-    }
-    return node;
-}
-
 void command(std::string_view text)
 {
-    const tools::Descriptor node = open_node(O_WRONLY);
-    if (write(node.get(), text.data(), text.size()) >= 0) {
-        return;
+    if (const int error = write_control_node(kFaultNode, text); error != 0) {
+        throw TestBedError{error == ENODEV
+                               ? "the simulated machine has no such adapter"
+                               : fmt::format("the fault is refused: {}", std::strerror(error))};
     }
-    throw TestBedError{errno == ENODEV
-                           ? "the simulated machine has no such adapter"
-                           : fmt::format("the fault is refused: {}", std::strerror(errno))};
-}
-
-std::string list_faults()
-{
-    const tools::Descriptor node = open_node(O_RDONLY);
-    std::string text;
-    std::array<char, 4096> part{};
-    ssize_t length = 0;
-    while ((length = read(node.get(), part.data(), part.size())) > 0) {
-        text.append(part.data(), static_cast<std::size_t>(length));
-    }
-    return text;
 }
 
 }  // namespace
@@ -95,10 +55,12 @@ FaultCommand::FaultCommand(CLI::App& app)
                              "nimba-sim fault KIND [PATH] [OPTIONS], or --list, or --clear")}
 {
     subcommand_->add_option("KIND", texts_["kind"],
-                            "open, read, short, block, garbage, vanish, list or gone");
+                            "open, read, short, block, garbage, write, vanish, list or gone");
     subcommand_->add_option("PATH", texts_["path"],
-                            "Node in the debug directory of an adapter; \"*\" is any name");
-    subcommand_->add_option("--error", texts_["error"], "open, read, list: such as ENOENT");
+                            "Node in the directory of an adapter's driver; \"*\" is any name");
+    subcommand_->add_option("--directory", texts_["directory"],
+                            "debug, info, hwmon or proc, which is one file; else debug");
+    subcommand_->add_option("--error", texts_["error"], "open, read, write, list: such as ENOENT");
     for (const auto& [option, key, help] : kNumberOptions) {
         subcommand_->add_option(option, numbers_[key], help)->option_text("N");
     }
@@ -137,7 +99,7 @@ void FaultCommand::check()
 std::string FaultCommand::run() const
 {
     if (list_) {
-        return list_faults();
+        return read_control_node(kFaultNode);
     }
     command(clear_ ? kClearFaults : std::string_view{fault_});
     return "";

@@ -23,17 +23,18 @@ constexpr std::size_t kLongestPath = 1024;
 // A kind, and the keys that only some kinds have.
 struct Row {
     FaultKind kind;
-    std::array<std::string_view, 5> keys;
+    std::array<std::string_view, 6> keys;
 };
 
 constexpr std::array kRows{
-    Row{FaultKind::kOpen, {"path", "error", "first", "every"}},
-    Row{FaultKind::kRead, {"path", "error", "bytes", "first", "every"}},
-    Row{FaultKind::kShort, {"path", "bytes", "first", "every"}},
-    Row{FaultKind::kBlock, {"path", "ms", "first", "every"}},
-    Row{FaultKind::kGarbage, {"path", "bytes", "seed", "first", "every"}},
-    Row{FaultKind::kVanish, {"path"}},
-    Row{FaultKind::kList, {"path", "error", "entries", "first", "every"}},
+    Row{FaultKind::kOpen, {"directory", "path", "error", "first", "every"}},
+    Row{FaultKind::kRead, {"directory", "path", "error", "bytes", "first", "every"}},
+    Row{FaultKind::kShort, {"directory", "path", "bytes", "first", "every"}},
+    Row{FaultKind::kBlock, {"directory", "path", "ms", "first", "every"}},
+    Row{FaultKind::kGarbage, {"directory", "path", "bytes", "seed", "first", "every"}},
+    Row{FaultKind::kWrite, {"directory", "path", "error", "first", "every"}},
+    Row{FaultKind::kVanish, {"directory", "path"}},
+    Row{FaultKind::kList, {"directory", "path", "error", "entries", "first", "every"}},
     Row{FaultKind::kGone, {}},
 };
 
@@ -48,14 +49,28 @@ const Row& read_row(const TableReader& reader)
 void reject_keys_of_others(const TableReader& reader, const Row& row)
 {
     for (const std::string_view key :
-         {"path", "error", "bytes", "entries", "ms", "seed", "first", "every"}) {
+         {"directory", "path", "error", "bytes", "entries", "ms", "seed", "first", "every"}) {
         if (reader.has(key) && std::ranges::find(row.keys, key) == row.keys.end()) {
             reader.reject(key, fmt::format("no such key for a fault \"{}\"", to_text(row.kind)));
         }
     }
 }
 
-// Without the key it is the debug directory itself.
+NodeDirectory read_directory(const TableReader& reader)
+{
+    if (!reader.has("directory")) {
+        return NodeDirectory::kDebug;
+    }
+    std::array<std::string_view, kNodeDirectories.size()> names{};
+    std::ranges::transform(kNodeDirectories, names.begin(),
+                           [](const auto& row) { return row.first; });
+    const std::string name = reader.choice("directory", names);
+    return std::ranges::find_if(kNodeDirectories,
+                                [&](const auto& row) { return row.first == name; })
+        ->second;
+}
+
+// Without the key it is the directory itself.
 std::string read_path(const TableReader& reader)
 {
     static const std::regex kShape{
@@ -74,7 +89,25 @@ std::string read_path(const TableReader& reader)
 
 bool is_of_files(FaultKind kind)
 {
-    return kind == FaultKind::kRead || kind == FaultKind::kShort || kind == FaultKind::kGarbage;
+    return kind == FaultKind::kRead || kind == FaultKind::kShort || kind == FaultKind::kGarbage ||
+           kind == FaultKind::kWrite;
+}
+
+// What is in /proc is a file; it has no path, and cannot be listed.
+void read_place(const TableReader& reader, Fault& fault)
+{
+    fault.directory = read_directory(reader);
+    fault.path = read_path(reader);
+    if (fault.directory == NodeDirectory::kProc) {
+        if (fault.kind == FaultKind::kList) {
+            reader.reject("directory", "a directory that can be listed");
+        }
+        if (!fault.path.empty()) {
+            reader.reject("path", "no such key beside the directory \"proc\"");
+        }
+    } else if (is_of_files(fault.kind) && fault.path.empty()) {
+        reader.reject("path", "the path of a file");
+    }
 }
 
 int read_error(const TableReader& reader)
@@ -126,10 +159,7 @@ Fault read_fault(const TableReader& reader)
     if (reader.has("adapter")) {
         fault.card = static_cast<int>(reader.integer("adapter", 0, kGreatestCard));
     }
-    fault.path = read_path(reader);
-    if (is_of_files(fault.kind) && fault.path.empty()) {
-        reader.reject("path", "the path of a file");
-    }
+    read_place(reader, fault);
     fault.error = read_error(reader);
     fault.bytes = read_bytes(reader, fault.kind);
     if (reader.has("entries")) {

@@ -12,9 +12,9 @@
 
 namespace nimba::sim {
 
-inline constexpr std::array<std::string_view, 12> kFaultKeys{
-    "kind", "adapter", "path",  "error", "bytes",    "entries",
-    "ms",   "seed",    "first", "every", "after_ms", "for_ms"};
+inline constexpr std::array<std::string_view, 13> kFaultKeys{
+    "kind", "adapter", "directory", "path",  "error",    "bytes", "entries",
+    "ms",   "seed",    "first",     "every", "after_ms", "for_ms"};
 
 // Reads a [[fault]]. Throws MachineFileError.
 Fault read_fault(const TableReader& reader);

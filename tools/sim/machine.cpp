@@ -57,9 +57,25 @@ int node_minor(const DrmDevice& device, DrmNode node)
     return device.render;
 }
 
+std::string node_path(const Adapter& adapter, NodeDirectory directory)
+{
+    const int card = adapter.drm.card;
+    switch (directory) {
+        case NodeDirectory::kDebug:
+            return fmt::format("dri/{}/{}", card, adapter.driver_dir);
+        case NodeDirectory::kInfo:
+            return fmt::format("info/{}", card);
+        case NodeDirectory::kHwmon:
+            return fmt::format("hwmon/{0}/hwmon{0}", card);
+        case NodeDirectory::kProc:
+            break;
+    }
+    return fmt::format("proc/gpuinfo_{}", card);
+}
+
 std::string debug_directory(const Adapter& adapter)
 {
-    return fmt::format("dri/{}/{}", adapter.drm.card, adapter.driver_dir);
+    return node_path(adapter, NodeDirectory::kDebug);
 }
 
 std::string virtual_memory_directory(const Adapter& adapter)

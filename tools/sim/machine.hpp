@@ -2,7 +2,9 @@
 // What a simulated machine is made of.
 #pragma once
 
+#include "adapter_power.hpp"
 #include "driver/fault.hpp"
+#include "node_directory.hpp"
 #include "video_memory.hpp"
 
 #include <compare>
@@ -53,11 +55,11 @@ std::string node_name(const DrmDevice& device, DrmNode node);
 // Returns the minor number of the node's device file; the major number is 226.
 int node_minor(const DrmDevice& device, DrmNode node);
 
-// A directory's text files: path in the directory -> text.
+// A directory's text files: path in the directory -> text. The file in /proc has the path "".
 using Nodes = std::map<std::string, std::string>;
 
-// The directories in which an adapter's driver shows its state; those without a value do not exist.
-enum class NodeDirectory { kDebug, kInfo, kHwmon };
+// The directories of an adapter's driver, with the texts that replace those of the driver. What has
+// no value does not exist.
 using NodeDirectories = std::map<NodeDirectory, Nodes>;
 
 // A place in these directories; an empty path is the directory itself.
@@ -74,8 +76,14 @@ struct Adapter {
     bool va_driver = true;
     NodeDirectories directories;
     VideoMemory video_memory;
+    AdapterPower power;
     std::vector<NodePlace> unreadable;  // without any permission, which does not stop root
+    std::vector<NodePlace> missing;     // nodes that other drivers have, or directories of them
 };
+
+// Returns the place of an adapter's directory among the nodes of all drivers: "dri/0/jw", "info/0",
+// "hwmon/0/hwmon0", or the file "proc/gpuinfo_0".
+std::string node_path(const Adapter& adapter, NodeDirectory directory);
 
 // Returns the adapter's directory in /sys/kernel/debug, such as "dri/0/jw".
 std::string debug_directory(const Adapter& adapter);
@@ -111,6 +119,19 @@ struct KernelInterface {
     std::string file;
     std::string size_function;  // "none": the library has no size function
     uint32_t struct_size = 0;
+    std::set<std::string> counters;  // the entry points for counters that the library has
+    int32_t init_result = 0;         // of preparing the hardware information
+};
+
+// A place for a module of the machine's own memory, or a module in it.
+struct MemoryModule {
+    std::string locator;
+    std::string bank_locator;  // empty: none
+    uint8_t type = 0;          // as SMBIOS numbers them
+    uint16_t total_width = 0;  // in bits; 0: not known
+    uint16_t data_width = 0;   // in bits; 0: not known
+    uint16_t speed = 0;        // in MT/s; 0: not known
+    uint32_t size = 0;         // in MiB; 0: there is no module
 };
 
 struct Machine {
@@ -120,6 +141,7 @@ struct Machine {
     std::vector<PlatformDevice> platform_devices;
     std::vector<Process> processes;
     std::vector<KernelInterface> kernel_interfaces;
+    std::vector<MemoryModule> memory_modules;
     std::vector<Fault> faults;
 };
 

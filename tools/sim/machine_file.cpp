@@ -5,6 +5,8 @@
 #include "claims.hpp"
 #include "device_reader.hpp"
 #include "fault_reader.hpp"
+#include "kernel_interface_reader.hpp"
+#include "memory_module_reader.hpp"
 #include "message.hpp"
 #include "product.hpp"
 #include "toml_table.hpp"
@@ -15,26 +17,20 @@
 #include <array>
 #include <cctype>
 #include <iterator>
-#include <limits>
-#include <set>
+#include <string>
+#include <string_view>
 
 namespace nimba::sim {
 namespace {
 
-constexpr std::array<std::string_view, 7> kMachineKeys{
-    "description", "adapter",          "foreign_gpu", "platform_device",
-    "process",     "kernel_interface", "fault"};
+constexpr std::array<std::string_view, 8> kMachineKeys{
+    "description", "adapter",          "foreign_gpu",   "platform_device",
+    "process",     "kernel_interface", "memory_module", "fault"};
 constexpr std::array<std::string_view, 8> kForeignGpuKeys{
     "vendor", "device", "bus_id", "card", "render", "nodes", "unopenable", "version"};
 constexpr std::array<std::string_view, 6> kPlatformDeviceKeys{"name",  "card",       "render",
                                                               "nodes", "unopenable", "version"};
 constexpr std::array<std::string_view, 4> kProcessKeys{"pid", "name", "arguments", "comm"};
-constexpr std::array<std::string_view, 3> kKernelInterfaceKeys{"file", "size_function",
-                                                               "struct_size"};
-
-constexpr std::array<std::string_view, 3> kSizeFunctions{"gfx_get_struct_size",
-                                                         "qv_get_struct_size", "none"};
-constexpr uint32_t kDefaultStructSize = 4096;
 constexpr std::size_t kLongestPlatformName = 64;
 constexpr std::size_t kLongestComm = 15;
 
@@ -114,39 +110,6 @@ Process read_process(const TableReader& reader, Claims& claims)
     return process;
 }
 
-KernelInterface read_kernel_interface(const TableReader& reader, Claims& claims)
-{
-    KernelInterface library;
-    library.file = reader.choice("file", kernel_interface_files());
-    claims.take("file name", library.file, reader, "file");
-    library.size_function = reader.has("size_function")
-                                ? reader.choice("size_function", kSizeFunctions)
-                                : std::string{kSizeFunctions.front()};
-    library.struct_size = static_cast<uint32_t>(reader.integer_or(
-        "struct_size", 0, std::numeric_limits<uint32_t>::max(), kDefaultStructSize));
-    return library;
-}
-
-// One library for each file that an adapter's chip needs.
-std::vector<KernelInterface> default_kernel_interfaces(const std::vector<Adapter>& adapters)
-{
-    std::set<std::string_view> files;
-    for (const Adapter& adapter : adapters) {
-        for (const Chip& chip : chips()) {
-            if (chip.vendor == adapter.pci.vendor && chip.device == adapter.pci.device) {
-                files.insert(chip.kernel_interface);
-            }
-        }
-    }
-    std::vector<KernelInterface> libraries;
-    libraries.reserve(files.size());
-    for (const std::string_view file : files) {
-        libraries.push_back(
-            {std::string{file}, std::string{kSizeFunctions.front()}, kDefaultStructSize});
-    }
-    return libraries;
-}
-
 }  // namespace
 
 Machine read_machine(const std::string& file)
@@ -168,13 +131,9 @@ Machine read_machine(const std::string& file)
     for (const TableReader& table : reader.tables("platform_device", kPlatformDeviceKeys)) {
         machine.platform_devices.push_back(read_platform_device(table, claims));
     }
-    for (const TableReader& table : reader.tables("kernel_interface", kKernelInterfaceKeys)) {
-        machine.kernel_interfaces.push_back(read_kernel_interface(table, claims));
-    }
+    machine.kernel_interfaces = read_kernel_interfaces(reader, machine.adapters);
+    machine.memory_modules = read_memory_modules(reader);
     machine.faults = read_faults(reader, machine.adapters);
-    if (!reader.has("kernel_interface")) {
-        machine.kernel_interfaces = default_kernel_interfaces(machine.adapters);
-    }
     return machine;
 }
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "commands_command.hpp"
 #include "exit_status.hpp"
 #include "fault_command.hpp"
 #include "machine_file.hpp"
@@ -151,7 +152,7 @@ int main_with_arguments(int argument_count, char** arguments)
         ->option_text("MACHINE")
         ->capture_default_str();
     run->add_option("--drivers", options.drivers,
-                    "Whether the drivers live, in debugfs, or leave plain files there: auto, live "
+                    "Whether the drivers live, or leave plain files as their nodes: auto, live "
                     "or plain; without it what NIMBA_SIM_DRIVERS says, or auto")
         ->option_text("WHICH");
 
@@ -169,6 +170,7 @@ int main_with_arguments(int argument_count, char** arguments)
     check->add_option("FILE", options.file, "Machine file, or name of a machine")->required();
 
     const FaultCommand fault{app};
+    const CommandsCommand commands{app};
 
     std::vector<std::string> words(arguments + 1, arguments + argument_count);
     options.command = cut_command(words);
@@ -184,8 +186,8 @@ int main_with_arguments(int argument_count, char** arguments)
         return app.exit(error) == 0 ? flush_output() : kBadUsage;
     }
 
-    if (fault.parsed()) {
-        print(fault.run());
+    if (fault.parsed() || commands.parsed()) {
+        print(fault.parsed() ? fault.run() : commands.run());
         return flush_output();
     }
     const Installation installation = find_installation();

@@ -52,6 +52,8 @@ void set_up_environment(Environment& environment, const TestBed& test_bed,
     }
     environment.prepend("PATH", (installation.stand_ins / "bin").native(), ':');
     environment.append("PATH", installation.programs.native(), ':');
+    // Where dmidecode is, which an ordinary user's own list does not lead to.
+    environment.append("PATH", "/usr/sbin", ':');
     // The address sanitizer refuses to start behind a preload library.
     environment.append("ASAN_OPTIONS", "verify_asan_link_order=0", ':');
 }
@@ -72,8 +74,9 @@ int run_command_on_machine(const Run& run, const std::filesystem::path& director
     end_on_glib_warnings();
     Simulation simulation = simulate(run.machine, directory, run.drivers);
     set_up_environment(environment, *simulation.test_bed, run.installation);
-    install_kernel_interfaces(run.machine.kernel_interfaces, run.installation.stand_ins,
-                              directory / "lib", environment);
+    install_kernel_interfaces(run.machine.kernel_interfaces,
+                              run.installation.stand_ins / "kernel_interface.so", directory / "lib",
+                              environment);
     drop_glib_warnings();
     const int status = run_command(run.command, environment, run.inheritance, run.starter);
     // Its threads end with this process, at once, and its files with the directory.

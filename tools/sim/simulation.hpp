@@ -10,14 +10,14 @@
 
 namespace nimba::sim {
 
-// How the nodes of debugfs are to be made: as a file system that the machine's drivers answer for,
-// or as plain files, which nothing changes.
+// How the drivers' nodes are to be made: as a file system that the machine's drivers answer for, or
+// as plain files, which nothing changes.
 enum class Drivers { kLiveIfPossible, kLive, kPlain };
 
 // A machine, while it is there.
 struct Simulation {
     std::unique_ptr<TestBed> test_bed;
-    std::unique_ptr<ServedDriver> driver;  // none: the nodes of debugfs are plain files
+    std::unique_ptr<ServedDriver> driver;  // none: the nodes are plain files
 };
 
 // Makes the machine inside `directory`. Where the drivers cannot be live, says so in one line on

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "test_bed.hpp"
 
-#include "driver/live_driver.hpp"
 #include "driver/snapshot.hpp"
 #include "glib.hpp"
 #include "run_directory.hpp"
+#include "served_nodes.hpp"
+#include "smbios.hpp"
 #include "sysfs_text.hpp"
 #include "test_bed_error.hpp"
 #include "tools/descriptor.hpp"
@@ -28,8 +29,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kDebugRoot = "sys/kernel/debug";
-
 // What new files and directories have with the file mode mask of a run.
 constexpr mode_t kFileMode = 0644;
 constexpr mode_t kDirectoryMode = 0755;
@@ -39,6 +38,7 @@ struct DrmParent {
     DrmDevice drm;
     std::string path;
     std::string description;
+    bool has_counters;
 };
 
 std::vector<DrmParent> drm_parents(const Machine& machine)
@@ -46,17 +46,39 @@ std::vector<DrmParent> drm_parents(const Machine& machine)
     std::vector<DrmParent> parents;
     for (const Adapter& adapter : machine.adapters) {
         parents.push_back({adapter.drm, pci_device_path(adapter.pci.address),
-                           describe_pci_device(adapter.pci, adapter.drm.driver)});
+                           describe_pci_device(adapter.pci, adapter.drm.driver), true});
     }
     for (const ForeignGpu& gpu : machine.foreign_gpus) {
         parents.push_back({gpu.drm, pci_device_path(gpu.pci.address),
-                           describe_pci_device(gpu.pci, gpu.drm.driver)});
+                           describe_pci_device(gpu.pci, gpu.drm.driver), false});
     }
     for (const PlatformDevice& device : machine.platform_devices) {
         parents.push_back(
-            {device.drm, platform_device_path(device), describe_platform_device(device)});
+            {device.drm, platform_device_path(device), describe_platform_device(device), false});
     }
     return parents;
+}
+
+// Where the test bed shows nodes of a driver: their path as in LiveDriver, and that in the test
+// bed.
+struct ShownNodes {
+    std::string nodes;
+    fs::path place;
+};
+
+std::vector<ShownNodes> shown_nodes(const Machine& machine)
+{
+    std::vector<ShownNodes> shown{{"dri", "sys/kernel/debug/dri"}};
+    for (const Adapter& adapter : machine.adapters) {
+        const int card = adapter.drm.card;
+        const std::string pci = "sys" + pci_device_path(adapter.pci.address);
+        const std::string proc = node_path(adapter, NodeDirectory::kProc);
+        shown.push_back({node_path(adapter, NodeDirectory::kInfo),
+                         fmt::format("{}/{}_info", pci, adapter.driver_dir)});
+        shown.push_back({fmt::format("hwmon/{}", card), pci + "/hwmon"});
+        shown.push_back({proc, proc});
+    }
+    return shown;
 }
 
 UMockdevTestbed* make_test_bed(const fs::path& directory)
@@ -91,6 +113,40 @@ void write_file(const fs::path& file, std::string_view text)
     write_file_in_place(file, text, kFileMode);
 }
 
+// Makes the files, the first of them at the place and the others below it, in an order that lists
+// them as the driver does, if the file system keeps one.
+void write_nodes(const std::vector<SnapshotNode>& nodes, const fs::path& place)
+{
+    if (nodes.empty()) {
+        return;
+    }
+    fs::create_directories(place.parent_path());
+    const auto target = [&](const SnapshotNode& node) {
+        return fs::path{place.native() + node.path.substr(nodes.front().path.size())};
+    };
+    for (const SnapshotNode& node : nodes) {
+        if (node.attributes.directory) {
+            fs::create_directory(target(node));
+        } else {
+            write_file_in_place(target(node), node.text, node.attributes.mode);
+        }
+    }
+    // What is in a directory comes behind it, and is reached through it.
+    for (auto node = nodes.rbegin(); node != nodes.rend(); ++node) {
+        if (node->attributes.directory && node->attributes.mode != kDirectoryMode) {
+            fs::permissions(target(*node), fs::perms{node->attributes.mode});
+        }
+    }
+}
+
+void add_firmware(const fs::path& root, const std::vector<MemoryModule>& modules)
+{
+    const SmbiosFiles files = make_smbios_files(modules);
+    const fs::path directory = root / "sys/firmware/dmi/tables";
+    write_file(directory / "smbios_entry_point", files.smbios_entry_point);
+    write_file(directory / "DMI", files.dmi);
+}
+
 }  // namespace
 
 void TestBedRemoval::operator()(UMockdevTestbed* test_bed) const
@@ -99,19 +155,18 @@ void TestBedRemoval::operator()(UMockdevTestbed* test_bed) const
     g_object_unref(test_bed);
 }
 
-TestBed::TestBed(const Machine& machine, const fs::path& directory, DebugFiles debug_files)
+TestBed::TestBed(const Machine& machine, const fs::path& directory,
+                 const std::shared_ptr<LiveDriver>& driver, NodeFiles node_files)
     : test_bed_{make_test_bed(directory)}, root_{root_of(test_bed_.get())}
 {
     // It is there without any device, too, so that the real machine's devices do not show.
     fs::create_directories(root_ / "dev/dri");
-    add_drm_devices(machine);
-    for (const Adapter& adapter : machine.adapters) {
-        add_directories(adapter);
-    }
-    if (debug_files == DebugFiles::kServed) {
-        fs::create_directories(root_ / kDebugRoot);
+    add_firmware(root_, machine.memory_modules);
+    add_drm_devices(machine, driver);
+    if (node_files == NodeFiles::kServed) {
+        add_node_links(machine, *driver);
     } else {
-        add_debug_files(machine);
+        add_node_files(machine);
     }
     for (const Process& process : machine.processes) {
         add_process(process);
@@ -120,7 +175,7 @@ TestBed::TestBed(const Machine& machine, const fs::path& directory, DebugFiles d
 
 // libdrm lists devices in the order in which /dev/dri lists their nodes; the nodes are made in an
 // order that makes this the order of the card numbers.
-void TestBed::add_drm_devices(const Machine& machine)
+void TestBed::add_drm_devices(const Machine& machine, const std::shared_ptr<LiveDriver>& driver)
 {
     auto parents = drm_parents(machine);
     std::ranges::sort(parents, {}, [](const DrmParent& parent) { return parent.drm.card; });
@@ -129,10 +184,14 @@ void TestBed::add_drm_devices(const Machine& machine)
     }
     for (const DrmParent& parent : parents) {
         add_description(parent.description);
-        const auto& driver = *drivers_.emplace_back(
-            std::make_unique<DrmDriver>(parent.drm.driver, parent.drm.answers_version));
+        std::function<Counters()> counters;
+        if (parent.has_counters) {
+            counters = [driver, card = parent.drm.card] { return driver->counters(card); };
+        }
+        const auto& drm_driver = *drivers_.emplace_back(std::make_unique<DrmDriver>(
+            parent.drm.driver, parent.drm.answers_version, std::move(counters)));
         for (const DrmNode node : parent.drm.nodes) {
-            add_drm_node(parent.path, parent.drm, node, driver);
+            add_drm_node(parent.path, parent.drm, node, drm_driver);
         }
     }
 }
@@ -160,55 +219,28 @@ void TestBed::add_description(const std::string& description)
     }
 }
 
-void TestBed::add_directories(const Adapter& adapter)
+// The links are relative: behind the preload library, an absolute one would lead out of the test
+// bed.
+void TestBed::add_node_links(const Machine& machine, LiveDriver& driver)
 {
-    const std::string pci = pci_device_path(adapter.pci.address);
-    const auto place = [&](NodeDirectory directory) -> fs::path {
-        return root_ / (directory == NodeDirectory::kInfo
-                            ? fmt::format("sys{}/{}_info", pci, adapter.driver_dir)
-                            : fmt::format("sys{}/hwmon/hwmon{}", pci, adapter.drm.card));
-    };
-    for (const auto& [directory, nodes] : adapter.directories) {
-        if (directory != NodeDirectory::kDebug) {
-            for (const auto& [path, text] : nodes) {
-                write_file(place(directory) / path, text);
-            }
-        }
-    }
-    auto unreadable_places = adapter.unreadable;
-    // Nodes before their directories, through which they are reached.
-    std::ranges::sort(unreadable_places, std::ranges::greater{}, &NodePlace::path);
-    for (const NodePlace& unreadable : unreadable_places) {
-        if (unreadable.directory != NodeDirectory::kDebug) {
-            fs::permissions(place(unreadable.directory) / unreadable.path, fs::perms::none);
+    const fs::path served = root_ / kServedNodes;
+    fs::create_directory(served);
+    for (const auto& [nodes, place] : shown_nodes(machine)) {
+        if (driver.look_up(nodes)) {
+            const fs::path link = root_ / place;
+            fs::create_directories(link.parent_path());
+            fs::create_symlink((served / nodes).lexically_relative(link.parent_path()), link);
         }
     }
 }
 
-// Made in an order that lists them as the driver does, if the file system keeps one.
-void TestBed::add_debug_files(const Machine& machine)
+void TestBed::add_node_files(const Machine& machine)
 {
     LiveDriver driver{machine, [] { return std::chrono::nanoseconds{0}; }};
-    const auto nodes =
-        take_snapshot(driver, lists_newest_first(root_) ? SnapshotOrder::kReverseListing
-                                                        : SnapshotOrder::kListing);
-    if (nodes.empty()) {
-        return;
-    }
-    const fs::path root = root_ / kDebugRoot;
-    fs::create_directories(root);
-    for (const SnapshotNode& node : nodes) {
-        if (node.attributes.directory) {
-            fs::create_directory(root / node.path);
-        } else {
-            write_file_in_place(root / node.path, node.text, node.attributes.mode);
-        }
-    }
-    // What is in a directory comes behind it, and is reached through it.
-    for (auto node = nodes.rbegin(); node != nodes.rend(); ++node) {
-        if (node->attributes.directory && node->attributes.mode != kDirectoryMode) {
-            fs::permissions(root / node->path, fs::perms{node->attributes.mode});
-        }
+    const SnapshotOrder order =
+        lists_newest_first(root_) ? SnapshotOrder::kReverseListing : SnapshotOrder::kListing;
+    for (const auto& [nodes, place] : shown_nodes(machine)) {
+        write_nodes(take_snapshot(driver, nodes, order), root_ / place);
     }
 }
 

@@ -70,6 +70,9 @@ Allocations::Allocations(const VideoMemory& description, bool va_driver)
       choice_{~description.change.source.seed},
       next_entry_{first_entry(description)}
 {
+    for (const Allocation& allocation : description.allocations) {
+        count({&allocation.values, {}}, true);
+    }
     for (const AllocationLeak& leak : description.leaks) {
         leaks_.emplace_back(leak.source, description.shapes);
     }
@@ -90,9 +93,21 @@ uint64_t Allocations::add(Draw& draw)
         next_address_ = kFirstAddress;
     }
     live_.emplace_hint(live_.end(), next_entry_, allocation);
+    count(view(allocation), true);
     by_handle_.emplace(allocation.handle, next_entry_);
     by_device_[allocation.device].insert(next_entry_);
     return next_entry_++;
+}
+
+void Allocations::count(const AllocationView& allocation, bool comes)
+{
+    const NodeValue segment =
+        value_of(*allocation.values, AllocationKey::kSegmentid, allocation.own);
+    if (const auto* number = std::get_if<int64_t>(&segment)) {
+        const auto size = static_cast<uint64_t>(allocation.values->number(AllocationKey::kSize));
+        uint64_t& used = used_[*number];
+        used = comes ? used + size : used - size;
+    }
 }
 
 void Allocations::remove_any()
@@ -102,6 +117,7 @@ void Allocations::remove_any()
     handles_.give_back(allocation->second.handle);
     by_handle_.erase(allocation->second.handle);
     by_device_.at(allocation->second.device).erase(chosen);
+    count(view(allocation->second), false);
     live_.erase(allocation);
     chosen = mortal_.back();
     mortal_.pop_back();

@@ -46,6 +46,10 @@ class Allocations {
 
     bool contains(const std::string& entry) const { return find(entry).has_value(); }
 
+    // The bytes in use in each segment, by those of the description too. What has a text as its
+    // segment, or as its size, uses nothing.
+    const std::map<int64_t, uint64_t>& used() const { return used_; }
+
     // The text of an allocation's info node.
     std::optional<std::string> info(const std::string& name,
                                     AllocationNames names = AllocationNames::kEntries) const;
@@ -87,6 +91,8 @@ class Allocations {
 
     static AllocationView view(const Live& live);
     uint64_t add(Draw& draw);  // returns the entry
+    // Adds what the allocation takes to what is in use, as it comes; else takes it off.
+    void count(const AllocationView& allocation, bool comes);
     void remove_any();
     void tick();
 
@@ -100,6 +106,7 @@ class Allocations {
     std::unordered_map<int64_t, uint64_t> by_handle_;            // the entries
     std::unordered_map<int64_t, std::set<uint64_t>> by_device_;  // the entries, in listing order
     std::vector<uint64_t> mortal_;                               // entries of those that can go
+    std::map<int64_t, uint64_t> used_;                           // bytes, by segment
     uint64_t next_entry_ = 0;
     int64_t next_address_ = kFirstAddress;
     uint64_t ticks_ = 0;

@@ -25,7 +25,8 @@ constexpr std::array kErrors{
 
 bool has_error(FaultKind kind)
 {
-    return kind == FaultKind::kOpen || kind == FaultKind::kRead || kind == FaultKind::kList;
+    return kind == FaultKind::kOpen || kind == FaultKind::kRead || kind == FaultKind::kWrite ||
+           kind == FaultKind::kList;
 }
 
 bool has_bytes(FaultKind kind)
@@ -48,6 +49,8 @@ std::string_view to_text(FaultKind kind)
             return "block";
         case FaultKind::kGarbage:
             return "garbage";
+        case FaultKind::kWrite:
+            return "write";
         case FaultKind::kVanish:
             return "vanish";
         case FaultKind::kList:
@@ -70,6 +73,9 @@ std::string to_text(const Fault& fault)
     const auto add = [&](std::string_view key, auto value) {
         text += fmt::format("{} = {}\n", key, value);
     };
+    if (fault.directory != NodeDirectory::kDebug) {
+        text += fmt::format("directory = \"{}\"\n", to_text(fault.directory));
+    }
     if (!fault.path.empty()) {
         text += fmt::format("path = \"{}\"\n", fault.path);
     }

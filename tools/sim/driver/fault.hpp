@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "node_directory.hpp"
+
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
@@ -16,19 +18,21 @@ enum class FaultKind {
     kShort,    // a read gives few bytes
     kBlock,    // the first read waits
     kGarbage,  // the text is random bytes
+    kWrite,    // a command fails, and does nothing
     kVanish,   // the node is not there
     kList,     // listing fails behind some entries
     kGone,     // the whole driver is not there, and what was open is dead
 };
 
-// Of the openings of nodes that a fault fits, those that it befalls.
+// Of the openings of nodes that a fault fits, or the commands, those that it befalls.
 enum class FaultTimes { kAlways, kFirst, kEvery };
 
 // Something that goes wrong in a simulated driver.
 struct Fault {
     FaultKind kind = FaultKind::kOpen;
     std::optional<int> card;  // none: every adapter
-    std::string path;         // in the debug directory; a component "*" is any; "" is the directory
+    NodeDirectory directory = NodeDirectory::kDebug;
+    std::string path;  // in the directory; a component "*" is any; "" is the directory itself
     int error = EIO;
     uint64_t bytes = 0;                   // kRead, kShort, kGarbage
     std::optional<uint64_t> entries;      // kList; none: half of them

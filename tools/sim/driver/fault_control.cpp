@@ -6,6 +6,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 
 namespace nimba::sim {
@@ -37,6 +39,15 @@ int FaultControl::write(const std::string& file, std::string_view text)
     return file == kFaultNode ? command(text) : driver_.write(file, text);
 }
 
+// Whether a driver shows anything of such a one.
+bool FaultControl::has_adapter(int card)
+{
+    const std::array places{fmt::format("dri/{}", card), fmt::format("info/{}", card),
+                            fmt::format("hwmon/{}", card), fmt::format("proc/gpuinfo_{}", card)};
+    return std::ranges::any_of(
+        places, [&](const std::string& place) { return driver_.look_up(place).has_value(); });
+}
+
 int FaultControl::command(std::string_view text)
 {
     if (text == kClearFaults) {
@@ -45,7 +56,7 @@ int FaultControl::command(std::string_view text)
     }
     try {
         const Fault fault = parse_fault(text);
-        if (fault.card && !driver_.look_up(fmt::format("dri/{}", *fault.card))) {
+        if (fault.card && !has_adapter(*fault.card)) {
             return ENODEV;
         }
         plan_.add(fault);

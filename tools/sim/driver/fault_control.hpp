@@ -8,7 +8,7 @@
 
 namespace nimba::sim {
 
-// The node at the top of debugfs, in no listing, through which `nimba-sim fault` has its way.
+// The node at the top, in no listing, through which `nimba-sim fault` has its way.
 inline constexpr std::string_view kFaultNode = ".nimba-sim-faults";
 // The command that switches all faults off.
 inline constexpr std::string_view kClearFaults = "clear\n";
@@ -28,6 +28,7 @@ class FaultControl final : public NodeSource {
 
   private:
     int command(std::string_view text);
+    bool has_adapter(int card);
 
     NodeSource& driver_;
     FaultPlan& plan_;

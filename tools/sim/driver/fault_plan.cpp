@@ -2,7 +2,9 @@
 #include "driver/fault_plan.hpp"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
+#include <cstddef>
 #include <random>
 #include <string_view>
 #include <utility>
@@ -11,6 +13,23 @@ namespace nimba::sim {
 namespace {
 
 using Components = std::vector<std::string>;
+
+// Where the directories of all adapters are.
+struct Root {
+    std::string_view name;
+    std::string_view before_card;  // in the second component
+    NodeDirectory directory;
+    std::size_t depth;  // components of the directory's own path
+};
+
+constexpr std::array kRoots{
+    Root{"dri", "", NodeDirectory::kDebug, 3},
+    Root{"info", "", NodeDirectory::kInfo, 2},
+    Root{"hwmon", "", NodeDirectory::kHwmon, 3},
+    Root{"proc", "gpuinfo_", NodeDirectory::kProc, 2},
+};
+
+constexpr std::string_view kVirtualMemory = "qv";  // beside a debug directory
 
 Components split(std::string_view path)
 {
@@ -45,6 +64,7 @@ bool is_for(FaultKind kind, bool directory)
             return !directory;
         case FaultKind::kList:
             return directory;
+        case FaultKind::kWrite:
         case FaultKind::kVanish:
         case FaultKind::kGone:
             break;
@@ -115,6 +135,7 @@ void apply(const Fault& fault, const std::string& path, OpeningFaults& faults)
                 faults.list_error = fault.error;
             }
             break;
+        case FaultKind::kWrite:
         case FaultKind::kVanish:
         case FaultKind::kGone:
             break;
@@ -132,16 +153,25 @@ FaultPlan::AdapterPath FaultPlan::parse(const std::string& path) const
 {
     const Components all = split(path);
     AdapterPath result;
-    if (all.size() < 2 || all[0] != "dri") {
+    if (all.size() < 2) {
         return result;
     }
+    const auto* const root = std::ranges::find(kRoots, all[0], &Root::name);
+    if (root == kRoots.end() || !all[1].starts_with(root->before_card)) {
+        return result;
+    }
+    const char* const begin = all[1].data() + root->before_card.size();
     const char* const end = all[1].data() + all[1].size();
-    if (std::from_chars(all[1].data(), end, result.card).ptr != end) {
+    if (std::from_chars(begin, end, result.card).ptr != end) {
         result.card = -1;
-    } else if (all.size() > 2) {
-        const bool is_beside = all[2] == "qv" && cards_with_qv_beside_.contains(result.card);
+    } else if (all.size() >= root->depth) {
+        const bool is_beside = root->directory == NodeDirectory::kDebug &&
+                               all[2] == kVirtualMemory &&
+                               cards_with_qv_beside_.contains(result.card);
+        const std::size_t depth = root->depth - (is_beside ? 1U : 0U);
         result.in_driver = true;
-        result.components.assign(all.begin() + (is_beside ? 2 : 3), all.end());
+        result.directory = root->directory;
+        result.components.assign(all.begin() + static_cast<std::ptrdiff_t>(depth), all.end());
     }
     return result;
 }
@@ -149,6 +179,13 @@ FaultPlan::AdapterPath FaultPlan::parse(const std::string& path) const
 bool FaultPlan::fits(const std::optional<int>& card, const AdapterPath& path)
 {
     return path.card >= 0 && (!card || *card == path.card);
+}
+
+// Whether the fault is for the node, or for a directory above it.
+bool FaultPlan::fits(const Active& active, const AdapterPath& path)
+{
+    return path.in_driver && path.directory == active.fault.directory &&
+           fits(active.fault.card, path) && starts_with(path.components, active.pattern);
 }
 
 FaultPlan::Time FaultPlan::monotonic_time()
@@ -208,13 +245,13 @@ bool FaultPlan::hides(const std::string& path)
         return is_on(absence, time) && fits(absence.card, place);
     };
     const auto is_vanished = [&](const Active& active) {
-        return active.fault.kind == FaultKind::kVanish && is_on(active, time) && place.in_driver &&
-               fits(active.fault.card, place) && starts_with(place.components, active.pattern);
+        return active.fault.kind == FaultKind::kVanish && is_on(active, time) &&
+               fits(active, place);
     };
     return std::ranges::any_of(absences_, is_gone) || std::ranges::any_of(active_, is_vanished);
 }
 
-// Counts the opening.
+// Counts the opening, or the command.
 bool FaultPlan::is_due(Active& active)
 {
     ++active.openings;
@@ -240,26 +277,43 @@ OpeningFaults FaultPlan::open(const std::string& path, bool directory)
     const std::scoped_lock lock{mutex_};
     for (Active& active : active_) {
         const Fault& fault = active.fault;
-        if (is_for(fault.kind, directory) && is_on(active, time) && place.in_driver &&
-            fits(fault.card, place) && place.components.size() == active.pattern.size() &&
-            starts_with(place.components, active.pattern) && is_due(active)) {
+        if (is_for(fault.kind, directory) && is_on(active, time) && fits(active, place) &&
+            place.components.size() == active.pattern.size() && is_due(active)) {
             apply(fault, path, faults);
         }
     }
     return faults;
 }
 
-bool FaultPlan::is_dead(const std::string& path, Time opened)
+int FaultPlan::command(const std::string& path)
 {
     if (!any_) {
-        return false;
+        return 0;
+    }
+    const AdapterPath place = parse(path);
+    const Time time = now();
+    int error = 0;
+    const std::scoped_lock lock{mutex_};
+    for (Active& active : active_) {
+        if (active.fault.kind == FaultKind::kWrite && is_on(active, time) && fits(active, place) &&
+            place.components.size() == active.pattern.size() && is_due(active)) {
+            error = error == 0 ? active.fault.error : error;
+        }
+    }
+    return error;
+}
+
+uint64_t FaultPlan::absences(const std::string& path)
+{
+    if (!any_) {
+        return 0;
     }
     const AdapterPath place = parse(path);
     const Time time = now();
     const std::scoped_lock lock{mutex_};
-    return std::ranges::any_of(absences_, [&](const Absence& absence) {
-        return absence.begin > opened && absence.begin <= time && fits(absence.card, place);
-    });
+    return static_cast<uint64_t>(std::ranges::count_if(absences_, [&](const Absence& absence) {
+        return absence.begin <= time && fits(absence.card, place);
+    }));
 }
 
 }  // namespace nimba::sim

@@ -29,7 +29,7 @@ struct OpeningFaults {
 };
 
 // The faults that are switched on. Where several fit a node, each has its effect; of one kind the
-// earliest that befalls it. Paths are those of a NodeSource. Where virtual memory has a directory
+// earliest that befalls it. Paths are those of a LiveDriver. Where virtual memory has a directory
 // beside the debug directory, faults know it as "qv" in the debug directory. Every member may be
 // called from several threads at once.
 class FaultPlan {
@@ -55,8 +55,12 @@ class FaultPlan {
     // Counts as one opening.
     OpeningFaults open(const std::string& path, bool directory);
 
-    // Whether the driver has gone away since `opened`, back now or not.
-    bool is_dead(const std::string& path, Time opened);
+    // Counts as one command. Returns 0, or the error with which it fails.
+    int command(const std::string& path);
+
+    // How often the driver has gone away until now, back or not. What was there before it went is
+    // dead for ever.
+    uint64_t absences(const std::string& path);
 
     Time now() const { return clock_(); }
 
@@ -78,15 +82,18 @@ class FaultPlan {
         std::optional<Time> end;
     };
 
-    // A path as one of an adapter: "dri/CARD/DRIVER/..." and the directory "dri/CARD" above.
+    // A path as one of an adapter, such as "dri/CARD/DRIVER/...", and the directory "dri/CARD"
+    // above.
     struct AdapterPath {
-        int card = -1;                          // negative: of no adapter
-        bool in_driver = false;                 // in the driver's directory, or that directory
+        int card = -1;           // negative: of no adapter
+        bool in_driver = false;  // in the driver's directory, or that directory
+        NodeDirectory directory = NodeDirectory::kDebug;
         std::vector<std::string> components{};  // in the driver's directory
     };
 
     AdapterPath parse(const std::string& path) const;
     static bool fits(const std::optional<int>& card, const AdapterPath& path);
+    static bool fits(const Active& active, const AdapterPath& path);
     static bool is_due(Active& active);
 
     const Clock clock_;

@@ -2,6 +2,7 @@
 #include "driver/live_driver.hpp"
 
 #include "driver/allocation_text.hpp"
+#include "driver/model_nodes.hpp"
 #include "handle_name.hpp"
 
 #include <fmt/format.h>
@@ -20,6 +21,11 @@ constexpr const char* kInfo = "info";
 constexpr const char* kVmInfo = "vm_info";
 constexpr std::size_t kContextDigits = 8;  // of a handle that names a context's directory
 
+std::string path_in(const std::string& directory, const std::string& path)
+{
+    return path.empty() ? directory : fmt::format("{}/{}", directory, path);
+}
+
 }  // namespace
 
 std::chrono::nanoseconds LiveDriver::monotonic_time()
@@ -37,22 +43,41 @@ LiveDriver::LiveDriver(Machine machine, Clock clock)
 
 void LiveDriver::add(const Adapter& adapter)
 {
-    const std::string directory = debug_directory(adapter);
-    if (const auto nodes = adapter.directories.find(NodeDirectory::kDebug);
-        nodes != adapter.directories.end()) {
-        for (const auto& [path, text] : nodes->second) {
-            fixed_.add_file(fmt::format("{}/{}", directory, path), text, kSettingMode);
-        }
+    models_.try_emplace(adapter.drm.card, adapter);
+    for (const auto& [directory, texts] : adapter.directories) {
+        add_directory(adapter, directory, texts);
     }
     if (adapter.video_memory.shown) {
         add_video_memory(adapter);
     }
+    set_modes(adapter);
+}
+
+void LiveDriver::add_directory(const Adapter& adapter, NodeDirectory directory, const Nodes& texts)
+{
+    const std::string top = node_path(adapter, directory);
+    const bool is_file = directory == NodeDirectory::kProc;
+    if (!is_file) {
+        fixed_.add_directory(top);
+    }
+    for (const auto& [path, text] : texts) {
+        fixed_.add_file(path_in(top, path), text, is_file ? kStateMode : kSettingMode);
+    }
+    for (ModelNode& node : shown_model_nodes(adapter, directory)) {
+        const std::string path = path_in(top, node.name);
+        fixed_.add_file(path, "", node.mode);
+        model_places_.try_emplace(
+            path, ModelPlace{&models_.at(adapter.drm.card), directory, std::move(node.name)});
+    }
+}
+
+void LiveDriver::set_modes(const Adapter& adapter)
+{
     for (const NodePlace& place : adapter.unreadable) {
-        if (place.directory == NodeDirectory::kDebug) {
-            fixed_.set_mode(place.path.empty() ? directory : directory + "/" + place.path, 0);
-            if (place.path.empty() && adapter.video_memory.shown) {
-                fixed_.set_mode(virtual_memory_directory(adapter), 0);
-            }
+        fixed_.set_mode(path_in(node_path(adapter, place.directory), place.path), 0);
+        if (place.directory == NodeDirectory::kDebug && place.path.empty() &&
+            adapter.video_memory.shown) {
+            fixed_.set_mode(virtual_memory_directory(adapter), 0);
         }
     }
 }
@@ -60,10 +85,10 @@ void LiveDriver::add(const Adapter& adapter)
 void LiveDriver::add_video_memory(const Adapter& adapter)
 {
     const std::string directory = debug_directory(adapter);
-    const Memory& memory =
-        memories_
-            .try_emplace(directory, adapter.video_memory, adapter.va_driver, machine_.processes)
-            .first->second;
+    const Memory& memory = memories_
+                               .try_emplace(adapter.drm.card, adapter.video_memory,
+                                            adapter.va_driver, machine_.processes)
+                               .first->second;
     fixed_.add_directory(directory + "/allocations");
     fixed_.add_directory(directory + "/devices");
     if (has_virtual_memory_beside(adapter)) {
@@ -136,9 +161,19 @@ void LiveDriver::add_context(const Adapter& adapter, const Memory& memory,
 void LiveDriver::advance()
 {
     using Ticks = std::chrono::duration<uint64_t, std::ratio<1, Allocations::kTicksPerSecond>>;
-    const auto ticks = std::chrono::duration_cast<Ticks>(clock_() - start_);
-    for (auto& [directory, memory] : memories_) {
+    const auto time = clock_() - start_;
+    const auto ticks = std::chrono::duration_cast<Ticks>(time);
+    for (auto& [card, memory] : memories_) {
         memory.allocations.advance_to(ticks.count());
+        AdapterModel& model = models_.at(card);
+        for (const auto& [segment, bytes] : memory.allocations.used()) {
+            if (segment >= 0) {
+                model.set_used(static_cast<std::size_t>(segment), bytes);
+            }
+        }
+    }
+    for (auto& [card, model] : models_) {
+        model.advance_to(time);
     }
 }
 
@@ -214,6 +249,10 @@ std::optional<std::string> LiveDriver::read(const std::string& file)
         lock.unlock();  // others need not wait for a long text
         return VirtualMemory::dump(*context, space);
     }
+    if (const auto place = model_places_.find(file); place != model_places_.end()) {
+        const auto& [model, directory, name] = place->second;
+        return model->read(directory, name);
+    }
     if (const auto place = find(file)) {
         return read(*place);
     }
@@ -230,7 +269,18 @@ int LiveDriver::write(const std::string& file, std::string_view text)
         }
         return place->is_file() ? EACCES : ENOENT;
     }
+    if (const auto model_place = model_places_.find(file); model_place != model_places_.end()) {
+        const auto& [model, directory, name] = model_place->second;
+        return model->write(directory, name, text);
+    }
     return fixed_.write(file, text);
+}
+
+Counters LiveDriver::counters(int card)
+{
+    const std::lock_guard lock{mutex_};
+    advance();
+    return models_.at(card).counters();
 }
 
 }  // namespace nimba::sim

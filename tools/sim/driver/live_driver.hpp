@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "driver/adapter_model.hpp"
 #include "driver/allocations.hpp"
 #include "driver/fixed_nodes.hpp"
 #include "driver/node_source.hpp"
@@ -18,7 +19,8 @@
 
 namespace nimba::sim {
 
-// What the drivers of a machine's adapters show in debugfs, now.
+// What the drivers of a machine's adapters show now: in the directory "dri" the nodes of debugfs,
+// in "info", "hwmon" and "proc" those of each adapter, where node_path() says.
 class LiveDriver final : public NodeSource {
   public:
     // Tells the time since some moment; never goes back.
@@ -31,6 +33,9 @@ class LiveDriver final : public NodeSource {
     std::vector<std::string> list(const std::string& directory) override;
     std::optional<std::string> read(const std::string& file) override;
     int write(const std::string& file, std::string_view text) override;
+
+    // Those of the adapter with that card number, which the machine must have.
+    Counters counters(int card);
 
     static std::chrono::nanoseconds monotonic_time();
 
@@ -70,7 +75,16 @@ class LiveDriver final : public NodeSource {
         const DeviceContext* context;
     };
 
+    // A node of an adapter's model.
+    struct ModelPlace {
+        AdapterModel* model;
+        NodeDirectory directory;
+        std::string name;
+    };
+
     void add(const Adapter& adapter);
+    void add_directory(const Adapter& adapter, NodeDirectory directory, const Nodes& texts);
+    void set_modes(const Adapter& adapter);
     void add_video_memory(const Adapter& adapter);
     void add_allocation(const Adapter& adapter, const Memory& memory, const Allocation& allocation);
     void add_context(const Adapter& adapter, const Memory& memory, const DeviceContext& context);
@@ -83,9 +97,11 @@ class LiveDriver final : public NodeSource {
     const std::chrono::nanoseconds start_;
     std::mutex mutex_;  // guards what follows
     FixedNodes fixed_;
-    std::map<std::string, Memory> memories_;     // by debug directory
-    std::map<std::string, LiveDirectory> live_;  // by their paths, with a "/" behind
-    std::map<std::string, Dump> dumps_;          // by their paths
+    std::map<int, AdapterModel> models_;              // by card
+    std::map<int, Memory> memories_;                  // by card
+    std::map<std::string, LiveDirectory> live_;       // by their paths, with a "/" behind
+    std::map<std::string, Dump> dumps_;               // by their paths
+    std::map<std::string, ModelPlace> model_places_;  // by their paths
 };
 
 }  // namespace nimba::sim

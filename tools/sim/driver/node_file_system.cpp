@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "driver/debug_fs.hpp"
+#include "driver/node_file_system.hpp"
 
 #include "driver/fuse.hpp"
 #include "driver/node_server.hpp"
@@ -47,12 +47,13 @@ fuse_session* make_session(NodeServer& server)
 
 }  // namespace
 
-void DebugFs::SessionEnd::operator()(fuse_session* session) const
+void NodeFileSystem::SessionEnd::operator()(fuse_session* session) const
 {
     fuse_session_destroy(session);
 }
 
-DebugFs::DebugFs(NodeSource& source, FaultPlan& faults, const std::filesystem::path& directory)
+NodeFileSystem::NodeFileSystem(NodeSource& source, FaultPlan& faults,
+                               const std::filesystem::path& directory)
     : mount_{directory},
       server_{std::make_unique<NodeServer>(source, faults)},
       session_{make_session(*server_)}
@@ -70,7 +71,7 @@ DebugFs::DebugFs(NodeSource& source, FaultPlan& faults, const std::filesystem::p
     start_thread();
 }
 
-DebugFs::~DebugFs()
+NodeFileSystem::~NodeFileSystem()
 {
     server_->end_pauses();
     {
@@ -86,7 +87,7 @@ DebugFs::~DebugFs()
 }
 
 // Threads that wait for a request end with the next one that comes: lets it come.
-void DebugFs::knock()
+void NodeFileSystem::knock()
 {
     struct stat ignored {};
     while (working_ > 0) {
@@ -94,7 +95,7 @@ void DebugFs::knock()
     }
 }
 
-void DebugFs::start_thread()
+void NodeFileSystem::start_thread()
 {
     const std::scoped_lock lock{threads_mutex_};
     if (stopping_ || threads_.size() == kMostThreads) {
@@ -115,7 +116,7 @@ void DebugFs::start_thread()
 
 // A thread that has received a request answers it itself; the last one that could receive the next
 // request gets company first.
-void DebugFs::work()
+void NodeFileSystem::work()
 {
     Request request;
     while (!stopping_) {

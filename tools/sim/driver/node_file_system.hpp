@@ -23,16 +23,16 @@ class NodeServer;
 //
 // Whoever opens a file sees the text of that moment until it is closed, in reads of any size. Each
 // write(2) is one command. Nothing but attributes is remembered: each look goes to the driver.
-class DebugFs {
+class NodeFileSystem {
   public:
     // Mounts the nodes at `directory`. Throws MountError.
-    DebugFs(NodeSource& source, FaultPlan& faults, const std::filesystem::path& directory);
+    NodeFileSystem(NodeSource& source, FaultPlan& faults, const std::filesystem::path& directory);
 
     // Unmounts. Who still has a file open can read it no more.
-    ~DebugFs();
+    ~NodeFileSystem();
 
-    DebugFs(const DebugFs&) = delete;
-    DebugFs& operator=(const DebugFs&) = delete;
+    NodeFileSystem(const NodeFileSystem&) = delete;
+    NodeFileSystem& operator=(const NodeFileSystem&) = delete;
 
   private:
     struct SessionEnd {

@@ -31,7 +31,7 @@ struct Call<member> {
     }
 };
 
-// Nothing can be made, moved or removed in debugfs, be it by root.
+// Nothing can be made, moved or removed, be it by root.
 constexpr auto refuse = [](fuse_req_t request, auto...) { fuse_reply_err(request, EPERM); };
 
 void begin_session(void* /*server*/, fuse_conn_info* connection)
@@ -97,16 +97,25 @@ std::optional<NodeAttributes> NodeServer::find(const std::string& path)
     return faults_.hides(path) ? std::nullopt : source_.look_up(path);
 }
 
+// Whether what was there after so many absences of the driver is of one that has gone away since,
+// back now or not.
+bool NodeServer::is_dead(const std::string& path, uint64_t absences)
+{
+    return faults_.absences(path) != absences;
+}
+
 void NodeServer::look_up(fuse_req_t request, fuse_ino_t parent, const char* name)
 {
-    const std::string path = child_path(nodes_.node(parent).path, name);
-    const auto attributes = find(path);
+    const NodeTable::Node directory = nodes_.node(parent);
+    const std::string path = child_path(directory.path, name);
+    const uint64_t absences = faults_.absences(path);
+    const auto attributes = is_dead(directory.path, directory.absences) ? std::nullopt : find(path);
     if (!attributes) {
         fuse_reply_err(request, ENOENT);
         return;
     }
     fuse_entry_param entry{};
-    entry.ino = nodes_.add({path, *attributes});
+    entry.ino = nodes_.add({path, *attributes, absences});
     entry.attr = status_of(path, *attributes);
     entry.attr_timeout = kAttributesHold;
     if (fuse_reply_entry(request, &entry) == -ENOENT) {  // the caller was interrupted
@@ -132,7 +141,7 @@ void NodeServer::forget_many(fuse_req_t request, std::size_t count, fuse_forget_
 void NodeServer::get_attributes(fuse_req_t request, fuse_ino_t number, fuse_file_info* /*file*/)
 {
     NodeTable::Node node = nodes_.node(number);
-    const auto attributes = find(node.path);
+    const auto attributes = is_dead(node.path, node.absences) ? std::nullopt : find(node.path);
     if (attributes && attributes->directory == node.attributes.directory) {
         node.attributes = *attributes;
         nodes_.set_attributes(number, *attributes);
@@ -178,15 +187,18 @@ void NodeServer::answer_opened(fuse_req_t request, fuse_file_info* file,
 
 void NodeServer::open(fuse_req_t request, fuse_ino_t number, fuse_file_info* file)
 {
+    const NodeTable::Node node = nodes_.node(number);
     auto opening = std::make_shared<Opening>();
-    opening->path = nodes_.node(number).path;
-    opening->time = faults_.now();
+    opening->path = node.path;
+    opening->absences = node.absences;
     opening->faults = faults_.open(opening->path, false);
     if (opening->faults.open_error != 0) {
         fuse_reply_err(request, opening->faults.open_error);
         return;
     }
-    auto text = faults_.hides(opening->path) ? std::nullopt : source_.read(opening->path);
+    auto text = is_dead(node.path, node.absences) || faults_.hides(node.path)
+                    ? std::nullopt
+                    : source_.read(node.path);
     if (!text) {
         fuse_reply_err(request, ENOENT);
         return;
@@ -203,7 +215,7 @@ int NodeServer::start_reading(fuse_req_t request, Opening& opening)
         !pauses_.wait(request, opening.faults.pause)) {
         return EINTR;
     }
-    return faults_.is_dead(opening.path, opening.time) ? ENODEV : 0;
+    return is_dead(opening.path, opening.absences) ? ENODEV : 0;
 }
 
 void NodeServer::read(fuse_req_t request, fuse_ino_t /*number*/, std::size_t size, off_t offset,
@@ -231,7 +243,7 @@ void NodeServer::write(fuse_req_t request, fuse_ino_t /*number*/, const char* by
                        std::size_t size, off_t /*offset*/, fuse_file_info* file)
 {
     const auto file_opening = opening(file);
-    const int error = faults_.is_dead(file_opening->path, file_opening->time)
+    const int error = is_dead(file_opening->path, file_opening->absences)
                           ? ENODEV
                           : source_.write(file_opening->path, {bytes, size});
     if (error != 0) {
@@ -262,11 +274,12 @@ void NodeServer::take_names(Opening& opening)
 
 void NodeServer::open_directory(fuse_req_t request, fuse_ino_t number, fuse_file_info* file)
 {
+    const NodeTable::Node node = nodes_.node(number);
     auto opening = std::make_shared<Opening>();
-    opening->path = nodes_.node(number).path;
-    opening->time = faults_.now();
+    opening->path = node.path;
+    opening->absences = node.absences;
     opening->faults = faults_.open(opening->path, true);
-    const int gone = find(opening->path) ? 0 : ENOENT;
+    const int gone = !is_dead(node.path, node.absences) && find(node.path) ? 0 : ENOENT;
     if (const int error = opening->faults.open_error; error != 0 || gone != 0) {
         fuse_reply_err(request, error != 0 ? error : gone);
         return;

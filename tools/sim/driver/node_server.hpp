@@ -55,7 +55,7 @@ class NodeServer {
     // A node that a process has open: what it showed then.
     struct Opening {
         std::string path;
-        FaultPlan::Time time;
+        uint64_t absences;  // of the driver, before
         OpeningFaults faults;
         std::string text;                // of a file
         std::vector<std::string> names;  // of a directory, with "." and ".."
@@ -64,6 +64,7 @@ class NodeServer {
 
     struct stat status_of(const std::string& path, NodeAttributes attributes) const;
     std::optional<NodeAttributes> find(const std::string& path);
+    bool is_dead(const std::string& path, uint64_t absences);
     void take_names(Opening& opening);
     void answer_opened(fuse_req_t request, fuse_file_info* file, std::shared_ptr<Opening> opening);
     std::shared_ptr<Opening> opening(const fuse_file_info* file);

@@ -17,9 +17,9 @@ struct NodeAttributes {
     bool operator==(const NodeAttributes&) const = default;
 };
 
-// A tree of nodes as a kernel driver shows it in debugfs. Paths are relative to /sys/kernel/debug,
-// without a leading slash ("dri/0/jw/allocations/7/info"); "" is the root. Every member may be
-// called from several threads at once.
+// A tree of nodes as kernel drivers show them. Paths have no leading slash
+// ("dri/0/jw/allocations/7/info", "info/0/power_mode"); "" is the root. Every member may be called
+// from several threads at once.
 class NodeSource {
   public:
     NodeSource() = default;

@@ -5,8 +5,14 @@ namespace nimba::sim {
 
 NodeTable::NodeTable(uint64_t root) : last_number_{root}
 {
-    entries_.emplace(root, Entry{{"", {true, 0755}}, 1});
-    numbers_.emplace(Key{"", true}, root);
+    const Node node{"", {true, 0755}};
+    entries_.emplace(root, Entry{node, 1});
+    numbers_.emplace(key(node), root);
+}
+
+NodeTable::Key NodeTable::key(const Node& node)
+{
+    return {node.path, node.attributes.directory, node.absences};
 }
 
 NodeTable::Node NodeTable::node(uint64_t number)
@@ -18,8 +24,7 @@ NodeTable::Node NodeTable::node(uint64_t number)
 uint64_t NodeTable::add(const Node& node)
 {
     const std::scoped_lock lock{mutex_};
-    const auto [place, is_new] =
-        numbers_.try_emplace({node.path, node.attributes.directory}, last_number_ + 1);
+    const auto [place, is_new] = numbers_.try_emplace(key(node), last_number_ + 1);
     if (is_new) {
         ++last_number_;
         entries_.emplace(last_number_, Entry{node, 1});
@@ -47,7 +52,7 @@ void NodeTable::forget(uint64_t number, uint64_t times)
     Entry& entry = found->second;
     entry.times -= times;
     if (entry.times == 0) {
-        numbers_.erase({entry.node.path, entry.node.attributes.directory});
+        numbers_.erase(key(entry.node));
         entries_.erase(found);
     }
 }

@@ -7,19 +7,21 @@
 #include <map>
 #include <mutex>
 #include <string>
+#include <tuple>
 #include <unordered_map>
-#include <utility>
 
 namespace nimba::sim {
 
 // The nodes that the kernel knows, under the numbers by which it names them. A node stays, with
 // what was last known of it, for as long as the kernel has it, be it gone from the driver. A file
-// and a directory of the same path are two nodes.
+// and a directory of the same path are two nodes, and so are those of a driver before and after it
+// was gone.
 class NodeTable {
   public:
     struct Node {
         std::string path;
         NodeAttributes attributes;
+        uint64_t absences = 0;  // of the driver, before the node was there
     };
 
     // `root` is the number of the root.
@@ -37,12 +39,15 @@ class NodeTable {
     void forget(uint64_t number, uint64_t times);
 
   private:
-    using Key = std::pair<std::string, bool>;  // the path, whether it is a directory
+    // The path, whether it is a directory, and the absences.
+    using Key = std::tuple<std::string, bool, uint64_t>;
 
     struct Entry {
         Node node;
         uint64_t times;
     };
+
+    static Key key(const Node& node);
 
     std::mutex mutex_;  // guards what follows
     uint64_t last_number_;

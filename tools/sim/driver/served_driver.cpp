@@ -20,12 +20,13 @@ std::set<int> cards_with_qv_beside(const Machine& machine)
 
 }  // namespace
 
-ServedDriver::ServedDriver(std::unique_ptr<NodeSource> driver, const Machine& machine,
+ServedDriver::ServedDriver(std::shared_ptr<NodeSource> driver, const Machine& machine,
                            const std::filesystem::path& directory)
     : driver_{std::move(driver)},
       faults_{FaultPlan::monotonic_time, cards_with_qv_beside(machine)},
-      control_{*driver_, faults_},
-      debug_fs_{control_, faults_, directory}
+      command_control_{*driver_, faults_},
+      fault_control_{command_control_, faults_},
+      file_system_{fault_control_, faults_, directory}
 {
     for (const Fault& fault : machine.faults) {
         faults_.add(fault);

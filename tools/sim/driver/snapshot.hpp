@@ -19,9 +19,9 @@ struct SnapshotNode {
 // In which order the nodes of a directory come.
 enum class SnapshotOrder { kListing, kReverseListing };
 
-// All nodes below the root as they are now, each directory before what is in it. A node that
+// What is at the path now, and all nodes below it, each directory before what is in it. A node that
 // vanishes meanwhile is left out.
-std::vector<SnapshotNode> take_snapshot(NodeSource& source,
+std::vector<SnapshotNode> take_snapshot(NodeSource& source, const std::string& path,
                                         SnapshotOrder order = SnapshotOrder::kListing);
 
 }  // namespace nimba::sim
