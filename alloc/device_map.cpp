@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The open device contexts and their processes.
-#include "core/debug_directory.hpp"
 #include "alloc/key_value.hpp"
 #include "core/current_adapter.hpp"
+#include "core/debug_directory.hpp"
 #include "core/entries.hpp"
 #include "core/node_pieces.hpp"
 #include "nimba_mgmt_interface.h"
