@@ -2,39 +2,14 @@
 // The name of a process, as `ps` tells it.
 #include "process_command_fixture.hpp"
 #include "support/captured_stdout.hpp"
-#include "support/descriptor.hpp"
+#include "support/no_more_descriptors.hpp"
 
-#include <fcntl.h>
-
-#include <sys/resource.h>
 #include <sys/wait.h>
 
 #include <cerrno>
 
 namespace nimba::test {
 namespace {
-
-// In its scope the process can open no further descriptor.
-class NoMoreDescriptors final {
-  public:
-    NoMoreDescriptors()
-    {
-        ::getrlimit(RLIMIT_NOFILE, &before_);
-        const rlimit full{first_free_descriptor(), before_.rlim_max};
-        ::setrlimit(RLIMIT_NOFILE, &full);
-    }
-    ~NoMoreDescriptors() { ::setrlimit(RLIMIT_NOFILE, &before_); }
-    NoMoreDescriptors(const NoMoreDescriptors&) = delete;
-    NoMoreDescriptors& operator=(const NoMoreDescriptors&) = delete;
-
-  private:
-    static rlim_t first_free_descriptor()
-    {
-        return static_cast<rlim_t>(Descriptor{::open("/dev/null", O_RDONLY | O_CLOEXEC)}.get());
-    }
-
-    rlimit before_{};
-};
 
 // The status of asking for the name of a process. In its scope nothing is called that a sanitizer
 // watches: its checks open descriptors, too.

@@ -5,12 +5,10 @@
 #include "nimba_mgmt_interface.h"
 #include "support/captured_stdout.hpp"
 #include "support/environment.hpp"
+#include "support/no_more_descriptors.hpp"
 #include "support/temp_directory.hpp"
 
-#include <fcntl.h>
-
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <cstdint>
 #include <filesystem>
@@ -18,28 +16,6 @@
 #include <string_view>
 
 namespace nimba::test {
-
-// In its scope the process can open no further descriptor, and so start no command.
-class NoMoreDescriptors final {
-  public:
-    NoMoreDescriptors()
-    {
-        ::getrlimit(RLIMIT_NOFILE, &before_);
-        const rlimit full{first_free_descriptor(), before_.rlim_max};
-        ::setrlimit(RLIMIT_NOFILE, &full);
-    }
-    ~NoMoreDescriptors() { ::setrlimit(RLIMIT_NOFILE, &before_); }
-    NoMoreDescriptors(const NoMoreDescriptors&) = delete;
-    NoMoreDescriptors& operator=(const NoMoreDescriptors&) = delete;
-
-  private:
-    static rlim_t first_free_descriptor()
-    {
-        return static_cast<rlim_t>(Descriptor{::open("/dev/null", O_RDONLY | O_CLOEXEC)}.get());
-    }
-
-    rlimit before_{};
-};
 
 // A memory module as dmidecode tells of it, up to its type.
 inline std::string module_of(const std::string& width, const std::string& channel,
