@@ -934,7 +934,8 @@ NIMBA_MGMT_ASSERT_OFFSET(SegmentInfo, total_size, 64);
 /* Chooses where get_segment_info reads, once for the adapter in slot rec->chip_id_idx, which must
  * be the current one: a Nimba chip's node "segment_info", any other chip's heaps, or, when the
  * attempt to read them fails, the allocations.
- * Return: 1, or -1 when the attempt failed. */
+ * Return: 1, or -1 when the attempt failed. Without a directory of heaps "Error opening directory"
+ * is written to standard output. */
 NIMBA_MGMT_API int32_t segment_init(find_adapter* rec);
 
 /* Reads use and size of the segments from the source that segment_init chose; before it, from the
@@ -943,28 +944,32 @@ NIMBA_MGMT_API int32_t segment_init(find_adapter* rec);
  * 4, too. From the heaps: heaps 0 to 3, to which the use by allocations is added, with 4 standing
  * for the allocations of all segments from 4 on. From the allocations: their use alone, in segments
  * 0 to 4, and no sizes.
- * Return: from the node 1 or -1; else what get_segment_info_through_allocation returned: 0 or -1.
- */
+ * Errors, with the allocations: as told for video memory; passes may take 50 ms. That heaps cannot
+ * be read is not told but by "Error opening directory" on standard output. Return: from the node 1
+ * or -1; else what get_segment_info_through_allocation returned: 0 or -1. */
 NIMBA_MGMT_API int32_t get_segment_info(SegmentInfo* info);
 
 /* Reads the node "segment_info" of the info directory, up to 512 bytes of it.
- * info: zero it before. Segments are read from 0 on until one is missing, at most 16; both sizes of
- * each are divided by 1000. With more than five, those from 5 on are added to segment 4 and stay.
- * Return: 1, or -1: fewer than 20 bytes could be read, or there is no segment 0. */
+ * info: zero it before: what a segment's line does not tell is divided, too. Segments are read from
+ * 0 on until one is missing, at most 16; both sizes of each are divided by 1000. With more than
+ * five, those from 5 on are added to segment 4 and stay. Return: 1, or -1: fewer than 20 bytes
+ * could be read, or there is no segment 0. */
 NIMBA_MGMT_API int32_t gpuinfo_get_segment_info(SegmentInfo* info);
 
 /* Reads the driver's heaps: <debug directory>/heaps/<heap>/info of heap_invalid, heap_local,
- * heap_pcie_unsnoop and heap_pcie_snoop, which are segments 0 to 3.
+ * heap_pcie_unsnoop and heap_pcie_snoop, up to 512 bytes of each, which are segments 0 to 3.
  * info: sizes in MiB, each cut to 32 bits of bytes before: a heap of 4 GiB and more shows its size
- * modulo 4 GiB. Segment 4 is set to 0, the others stay as they were. A heap without its own text
- * shows that of the heap before it.
+ * modulo 4 GiB; one without a number behind its key is 0. Segment 4 is set to 0, the others stay as
+ * they were. Behind the text of a heap stands the rest of a longer one before it, so that a heap
+ * without a node shows the sizes of the heap before.
  * unused: ignored.
  * Return: 1, or -1: no such directory ("Error opening directory" on standard output), or a heap
  * lacks a size; what was read before stays. */
 NIMBA_MGMT_API int32_t gpuinfo_get_kmd_segment_info(SegmentInfo* info, int32_t unused);
 
 /* Runs a shell command and reads what it writes on standard output.
- * buf, size: all size bytes are cleared; at most size - 1 are read. With a size of 0 nothing is.
+ * buf, size: all size bytes are cleared; at most size - 1 are read, and then the command's end is
+ * waited for. With a size of 0 nothing is read.
  * Return: the number of bytes read, or 1 when the command cannot be started ("Failed to run
  * command" on standard output, and the buffer as it was). */
 NIMBA_MGMT_API int32_t runShellCommand(const char* command, char* buf, uint32_t size);
@@ -985,17 +990,17 @@ NIMBA_MGMT_API int32_t runShellCommand_getMemoryTYpe(void);
  * from functions of the kernel-interface library. Run the *_init functions after gfx_global_init,
  * which does not; they choose the functions by name. A query of hardware information or engine use
  * before a success of its *_init writes nothing, and neither does one whose function is gone with
- * its library.
+ * its library. After another gfx_global_init the functions of the same names are called: run the
+ * *_init functions again.
  * ------------------------------------------------------------------------------------------- */
 
 /* Frame rates, 16 bytes. When time stamps differ by less than single precision shows, a rate is
  * infinite or no number. */
 typedef struct FpsInfo {
-    float flips;       /*  0: flips per second since the call before */
-    float blits;       /*  4: blits per second since the call before */
-    float flips_blits; /*  8: the sum of the two */
-    float
-        average_since; /* 12: since fps_init: flips and blits per second; from the library: flips */
+    float flips;         /*  0: flips per second since the call before */
+    float blits;         /*  4: blits per second since the call before */
+    float flips_blits;   /*  8: the sum of the two */
+    float average_since; /* 12: since fps_init: the sum; from the library: flips alone */
 } FpsInfo;
 
 NIMBA_MGMT_ASSERT(sizeof(FpsInfo) == 16);
@@ -1024,7 +1029,7 @@ NIMBA_MGMT_ASSERT(sizeof(GpuBusyInfo) == 40);
 extern NIMBA_MGMT_API int32_t use_IOCTL_get_fps;
 
 /* Which function tells engine use: 1 "qvGetHwqInfo", 2, also at load, "gfx_get_usage_info", 3
- * "gfx_get_usage_info_ext". Set by gfxbusy_init. */
+ * "gfx_get_usage_info_ext". Set by gfxbusy_init; a host may set it to another that was found. */
 extern NIMBA_MGMT_API int32_t gfxbusy_apiversion;
 
 /* Reads the driver's counts of frames.
@@ -1039,16 +1044,18 @@ NIMBA_MGMT_API int32_t gpuinfo_get_fps_count(uint32_t* flip_count, int64_t* time
  * Return: 0 always. */
 NIMBA_MGMT_API int32_t fps_init(void);
 
-/* Computes frame rates since the call before (or fps_init) and since fps_init, in single precision.
+/* Computes frame rates since the last call that returned 0 (or fps_init) and since fps_init, in
+ * single precision. Before fps_init the driver's nodes are read, and rates are those since zero.
  * info: all four are written in node mode; flips and average_since alone in library mode.
- * Return: 0, or -1 when the time stamp is still that of the call before; then nothing is written.
- */
+ * Return: 0, or -1 when the time stamp is still that of before, as also when nothing tells it; then
+ * nothing is written. */
 NIMBA_MGMT_API int32_t get_fps_info(FpsInfo* info);
 
-/* Chooses the functions that tell hardware information, and prepares it: "gfx_get_hwinfo_ext",
- * "gfx_get_hwinfo" or "qv_get_hwinfo", with "gfx_init_hwinfo" or "qv_init_hwinfo" called once
- * unless pdev is null. Return: 0; or -1, logged: the library lacks one of the functions to prepare,
- * end and get, or the preparation failed. */
+/* Chooses the functions that tell hardware information, and prepares it by calling the first of
+ * them once, unless pdev is null: "gfx_init_hwinfo", "gfx_deinit_hwinfo", and "gfx_get_hwinfo_ext"
+ * or else "gfx_get_hwinfo". Where one of the three is missing, "qv_init_hwinfo", "qv_deinit_hwinfo"
+ * and "qv_get_hwinfo" take their places; "gfx_get_hwinfo_ext" is kept, and goes before the last.
+ * Return: 0; or -1, logged: one of the three is still missing, or the preparation failed. */
 NIMBA_MGMT_API int32_t bandwidth_init(void);
 
 /* Reads hardware information.
@@ -1058,7 +1065,8 @@ NIMBA_MGMT_API int32_t bandwidth_init(void);
 NIMBA_MGMT_API int32_t get_bandwidth_info(BandwidthInfo* info);
 
 /* Chooses the function that tells engine use (see gfxbusy_apiversion), and logs which.
- * Return: 0; or -1, logged, when the library has neither of the first two. */
+ * Return: 0; or -1, logged, when the library has neither of the first two; the version then stays.
+ */
 NIMBA_MGMT_API int32_t gfxbusy_init(void);
 
 /* Reads engine use.

@@ -12,7 +12,7 @@ namespace {
 using Prepare = int (*)(int drm_fd, void* device);
 using GetInformation = int (*)(int drm_fd, void* device, uint32_t* words);
 
-// Chosen by bandwidth_init alone; none of them when it failed.
+// Chosen by bandwidth_init alone; none to get information with when it failed.
 KernelFunction<Prepare> prepare;
 KernelFunction<Prepare> finish;  // required, never called
 KernelFunction<GetInformation> get_information;

@@ -20,7 +20,7 @@ using UsageRecord = std::array<uint32_t, 13>;
 using GetUsage = int (*)(int drm_fd, void* device, uint32_t* record);
 using GetQueues = int (*)(int drm_fd, uint32_t* record);
 
-// Chosen by gfxbusy_init alone.
+// Chosen by gfxbusy_init alone; none of them when it failed.
 KernelFunction<GetUsage> get_usage;
 KernelFunction<GetUsage> get_usage_ext;
 KernelFunction<GetQueues> get_queues;
@@ -94,6 +94,7 @@ void take_queues(GpuBusyInfo& info)
 int32_t gfxbusy_init(void)
 {
     if (!nimba::choose_version()) {
+        nimba::get_usage_ext = {};
         return -1;
     }
     nimba::get_usage_ext.choose("gfx_get_usage_info_ext");

@@ -81,6 +81,18 @@ float blits_between(const FrameSample& later, const FrameSample& earlier)
     return count_between(later.blits, earlier.blits);
 }
 
+void compute_rates(const FrameSample& sample, FpsInfo& info)
+{
+    info.flips = per_second(flips_between(sample, last_sample), sample, last_sample);
+    float count = flips_between(sample, first_sample);
+    if (use_IOCTL_get_fps == 0) {
+        info.blits = per_second(blits_between(sample, last_sample), sample, last_sample);
+        info.flips_blits = info.flips + info.blits;
+        count += blits_between(sample, first_sample);
+    }
+    info.average_since = per_second(count, sample, first_sample);
+}
+
 }  // namespace
 }  // namespace nimba
 
@@ -107,21 +119,12 @@ int32_t fps_init(void)
 
 int32_t get_fps_info(FpsInfo* info)
 {
-    using nimba::first_sample;
-    using nimba::last_sample;
-    nimba::FrameSample sample = last_sample;
+    nimba::FrameSample sample = nimba::last_sample;
     nimba::take_sample(sample);
-    if (sample.flip.time == last_sample.flip.time) {
+    if (sample.flip.time == nimba::last_sample.flip.time) {
         return -1;
     }
-    info->flips = per_second(flips_between(sample, last_sample), sample, last_sample);
-    float count = flips_between(sample, first_sample);
-    if (use_IOCTL_get_fps == 0) {
-        info->blits = per_second(blits_between(sample, last_sample), sample, last_sample);
-        info->flips_blits = info->flips + info->blits;
-        count += blits_between(sample, first_sample);
-    }
-    info->average_since = per_second(count, sample, first_sample);
-    last_sample = sample;
+    nimba::compute_rates(sample, *info);
+    nimba::last_sample = sample;
     return 0;
 }

@@ -63,7 +63,7 @@ int32_t memory_width(const MemoryModules& modules)
 
 int32_t ddr_generation(const MemoryModules& modules)
 {
-    return modules.count() > 0 && modules.mark(0) == 5 ? 5 : 4;
+    return modules.mark(0) == 5 ? 5 : 4;
 }
 
 }  // namespace nimba

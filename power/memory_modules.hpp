@@ -24,8 +24,8 @@ class MemoryModules final {
     // Takes the next lines of the text. Returns whether more are of use: eight modules are enough.
     bool take(std::string_view lines);
 
-    // Of the modules in `count`, and the width of one without a mark behind them.
     [[nodiscard]] std::size_t count() const { return count_; }
+    // 0 where there is none. A width without a mark stands behind those of the modules.
     [[nodiscard]] uint32_t width(std::size_t index) const { return widths_[index]; }
     [[nodiscard]] unsigned mark(std::size_t index) const { return marks_[index]; }
 

@@ -7,6 +7,8 @@
 
 #include <dirent.h>
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <optional>
@@ -15,13 +17,12 @@ namespace nimba {
 namespace {
 
 // By segment. Their names follow from the directory "heaps".
-constexpr const char* kHeaps[] = {
+constexpr std::array kHeaps{
     "heap_invalid/info",
     "heap_local/info",
     "heap_pcie_unsnoop/info",
     "heap_pcie_snoop/info",
 };
-constexpr uint32_t kHeapNum = sizeof kHeaps / sizeof kHeaps[0];
 
 using HeapBuffer = NodeBuffer<512>;
 
@@ -39,7 +40,7 @@ std::optional<uint32_t> mebibytes(const HeapBuffer& node, const char* key)
 }
 
 // Returns false when one of the two is missing.
-bool take_heap(const HeapBuffer& node, uint32_t heap, SegmentInfo& info)
+bool take_heap(const HeapBuffer& node, std::size_t heap, SegmentInfo& info)
 {
     const auto total = mebibytes(node, "Total segment size:  ");
     if (!total) {
@@ -65,13 +66,13 @@ int32_t gpuinfo_get_kmd_segment_info(SegmentInfo* info, int32_t /*unused*/)
         return -1;
     }
     nimba::HeapBuffer node;  // a heap without its own text shows that of the heap before it
-    for (uint32_t heap = 0; heap < nimba::kHeapNum; ++heap) {
+    for (std::size_t heap = 0; heap < nimba::kHeaps.size(); ++heap) {
         node.read(::dirfd(heaps.get()), nimba::kHeaps[heap]);
         if (!nimba::take_heap(node, heap, *info)) {
             return -1;
         }
     }
-    info->total_size[nimba::kHeapNum] = 0;
-    info->used_size[nimba::kHeapNum] = 0;
+    info->total_size[nimba::kHeaps.size()] = 0;
+    info->used_size[nimba::kHeaps.size()] = 0;
     return 1;
 }

@@ -142,6 +142,21 @@ TEST_F(Bandwidth, WritesNothingWithoutAnInitThatSucceeded)
     }
 }
 
+TEST_F(Bandwidth, WritesNothingAfterALaterInitFailed)
+{
+    for (const char* stub : {"hwinfo_IDE_", "hwinfo_IDG_"}) {
+        choose(stub, DEVICE_ID_NIMBA_K1);
+        results_["gfx_init_hwinfo"] = 1;
+        EXPECT_EQ(call("bandwidth_init"), -1);
+        take_calls();
+        EXPECT_EQ(query(), kUnwrittenInfo) << stub;
+        EXPECT_EQ(take_called(), Texts{}) << stub;
+        results_["gfx_init_hwinfo"] = 0;
+        exit(0);
+        empty_search_directory();
+    }
+}
+
 TEST_F(Bandwidth, WritesNothingAfterExit)
 {
     for (const char* stub : {"hwinfo_IDE_", "hwinfo_IDG_"}) {

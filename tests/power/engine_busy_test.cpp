@@ -304,5 +304,15 @@ TEST_F(EngineBusy, WritesNothingWhenAnotherLibraryTookThePlace)
     EXPECT_EQ(take_called(), Texts{});
 }
 
+TEST_F(EngineBusy, WritesNothingAfterALaterInitFailed)
+{
+    choose("busy_UX");
+    ASSERT_EQ(start("busy_X", DEVICE_ID_QV_M20), DEVICE_ID_QV_M20);
+    EXPECT_EQ(call("gfxbusy_init"), -1);
+    EXPECT_EQ(version(), 3);
+    EXPECT_EQ(query(), kUnwrittenBusy);
+    EXPECT_EQ(take_called(), Texts{});
+}
+
 }  // namespace
 }  // namespace nimba::test

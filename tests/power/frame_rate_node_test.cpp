@@ -294,6 +294,17 @@ TEST_F(FrameRateNodes, WithoutACountOfBlitsAreOfFlipsAlone)
     EXPECT_EQ(status_, 0);
 }
 
+TEST_F(FrameRateNodes, KeepTheCountsOfBeforeWhereANodeIsMissing)
+{
+    first("100", "1000000000", "7");
+    std::filesystem::remove(adapter_.info().path() / "fps_count");
+    std::filesystem::remove(adapter_.info().path() / "rxa_blt_scn_cnt");
+    EXPECT_EQ(fps_init(), 0);
+    info("fps_count", "164 2000000000\n");
+    EXPECT_EQ(next(), rates(64.0F, 0.0F, 64.0F, 64.0F));
+    EXPECT_EQ(next("196", "3000000000", "39"), rates(32.0F, 32.0F, 64.0F, 64.0F));
+}
+
 TEST_F(FrameRateNodes, NeedTheFirstNodesForANewTime)
 {
     first("0", "1000000000", "0");

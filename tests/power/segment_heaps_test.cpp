@@ -77,6 +77,18 @@ TEST_F(SegmentHeaps, AreCutToThirtyTwoBitsBeforeTheyAreScaled)
     EXPECT_EQ(used_in(info_), written({4095, 1, 4095, 0, 0}));
 }
 
+TEST_F(SegmentHeaps, AreZeroWithoutANumberBehindTheKey)
+{
+    four_heaps();
+    heap(kLocal, "all", "16777216");
+    heap(kUnsnoop, "536870912", "");
+    heap_text(kSnoop, "KMD used segment memory:  \nTotal segment size:  1073741824\n");
+    read();
+    EXPECT_EQ(status_, 1);
+    EXPECT_EQ(total_in(info_), written({1, 0, 512, 1024, 0}));
+    EXPECT_EQ(used_in(info_), written({0, 16, 0, 0, 0}));
+}
+
 TEST_F(SegmentHeaps, MayHaveOtherTextAroundTheirSizes)
 {
     four_heaps();

@@ -229,6 +229,22 @@ TEST_F(SegmentNode, WithoutAUsedSizeTellsTheTotalSizeAlone)
     EXPECT_EQ(used_in(info_), (SegmentWords{0, 0, 6}));
 }
 
+TEST_F(SegmentNode, DividesWhatTheCallerHadWhereASizeIsMissing)
+{
+    info("segment_info",
+         "segment_id:0,total_size:none,used_size:1000\n"
+         "segment_id:1,total_size:3000,used_size:none\n");
+    SegmentInfo before{};
+    before.total_size[0] = 70999;
+    before.used_size[0] = 80999;
+    before.total_size[1] = 90999;
+    before.used_size[1] = 60999;
+    before.total_size[2] = 50999;
+    EXPECT_EQ(gpuinfo_get_segment_info(&before), 1);
+    EXPECT_EQ(total_in(before), (SegmentWords{70, 3, 50999}));
+    EXPECT_EQ(used_in(before), (SegmentWords{80, 60}));
+}
+
 TEST_F(SegmentNode, CutsValuesToThirtyTwoBitsBeforeTheDivision)
 {
     read(
@@ -266,6 +282,18 @@ TEST_F(SegmentNode, CutsAValueAt512Bytes)
     EXPECT_EQ(status_, 1);
     EXPECT_EQ(total_in(info_), (SegmentWords{1}));
     EXPECT_EQ(used_in(info_), (SegmentWords{2000}));
+}
+
+TEST_F(SegmentNode, ShowsNothingOfAnEarlierReading)
+{
+    read(
+        "segment_id:0,total_size:1000,used_size:2000\n"
+        "segment_id:1,total_size:3000,used_size:4000\n");
+    EXPECT_EQ(total_in(info_), (SegmentWords{1, 3}));
+    read("segment_id:0,total_size:5000,used_size:6000\n");
+    EXPECT_EQ(status_, 1);
+    EXPECT_EQ(total_in(info_), (SegmentWords{5}));
+    EXPECT_EQ(used_in(info_), (SegmentWords{6}));
 }
 
 TEST_F(SegmentNode, LeavesNoDescriptorOpenAndWritesNoMessage)

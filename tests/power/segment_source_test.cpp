@@ -84,6 +84,7 @@ TEST_F(SegmentSource, OfANimbaChipWithoutANodeIsTheAllocations)
     for (const std::uint32_t chip : kNimbaChips) {
         EXPECT_EQ(choose(chip), -1) << chip;
         EXPECT_EQ(output_, "");
+        EXPECT_EQ(take_messages(), Texts{});
         read();
         EXPECT_EQ(status_, 0);
         EXPECT_EQ(total_in(info_), SegmentWords{}) << chip;
@@ -113,6 +114,7 @@ TEST_F(SegmentSource, OfAnyOtherChipWithoutHeapsIsTheAllocations)
     for (const std::uint32_t chip : kOtherChips) {
         EXPECT_EQ(choose(chip), -1) << chip;
         EXPECT_EQ(output_, "Error opening directory\n");
+        EXPECT_EQ(take_messages(), Texts{});
         read();
         EXPECT_EQ(status_, 0);
         EXPECT_EQ(output_, "");

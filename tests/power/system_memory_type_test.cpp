@@ -66,6 +66,11 @@ TEST_F(SystemMemoryType, SkipsModulesOfUnknownWidth)
     EXPECT_EQ(type_of(module_of("Unknown", "A", "DDR4") + modules({"DDR5"})), 5);
 }
 
+TEST_F(SystemMemoryType, CountsAModuleWhoseWidthIsNoNumber)
+{
+    EXPECT_EQ(type_of(module_of("some bits", "A", "DDR5") + modules({"DDR4"})), 5);
+}
+
 TEST_F(SystemMemoryType, SkipsLinesThatLackTypeOrDdr)
 {
     EXPECT_EQ(type_of(module_of("64 bits", "A", "Unknown") + "\tPart Number: DDR4\n" +

@@ -4,6 +4,7 @@
 
 #include <initializer_list>
 #include <string>
+#include <string_view>
 
 namespace nimba::test {
 namespace {
@@ -134,6 +135,29 @@ TEST_F(SystemMemoryWidth, NeedsBitsTotalAndWidthInOneLine)
     EXPECT_EQ(width_of("\tTotal\n\tWidth: 64 bits\n" + bank), 0);
     EXPECT_EQ(width_of("bits Total Width:64\n" + bank), 64);
     EXPECT_EQ(width_of("\tWidth:  \t64 bits in Total\n" + bank), 64);
+}
+
+TEST_F(SystemMemoryWidth, StaysWhereALineTellsNoNumber)
+{
+    EXPECT_EQ(width_of(module_of("some bits", "A") + module_of("64 bits", "B")), 0);
+    EXPECT_EQ(width_of(module_of("64 bits", "A") + module_of("some bits", "B")), 64);
+    EXPECT_EQ(width_of("\tTotal Width: 32 bits\n" + module_of("some bits", "A")), 32);
+}
+
+TEST_F(SystemMemoryWidth, MayBeNegativeAndWraps)
+{
+    EXPECT_EQ(width_of(modules({"-64"})), -64);
+    EXPECT_EQ(width_of(modules({"-64", "-64"})), -128);
+    EXPECT_EQ(width_of(modules({"2147483647", "2147483647"})), -2);
+    EXPECT_EQ(width_of(modules({"2147483647", "1", "2147483647", "1"})), 0);
+}
+
+TEST_F(SystemMemoryWidth, IsReadFromLinesThatEndAtANul)
+{
+    constexpr std::string_view kHidden{"\tTotal Width: 64\0 bits\n", 23};
+    constexpr std::string_view kShown{"\tTotal Width: 64 bits\0\n", 23};
+    EXPECT_EQ(width_of(kHidden), 0);
+    EXPECT_EQ(width_of(kShown), 64);
 }
 
 TEST_F(SystemMemoryWidth, CountsAModuleAtItsBankAlone)
