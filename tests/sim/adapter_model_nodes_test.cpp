@@ -150,19 +150,29 @@ TEST(AdapterModelSegments, CanBeNone)
 
 TEST(AdapterModelHeaps, AreShownInBytes)
 {
-    AdapterModel model = model_of("", "qv-m30");
-    model.set_used(1, 4096);
+    const AdapterModel model = model_of("", "qv-m30");
     const auto heap = [&](const std::string& name) {
         return model.read(NodeDirectory::kDebug, "heaps/" + name + "/info");
     };
     EXPECT_EQ(heap("heap_invalid"), "Total segment size:  0\nKMD used segment memory:  0\n");
     EXPECT_EQ(heap("heap_local"),
-              "Total segment size:  2147483648\nKMD used segment memory:  67112960\n");
+              "Total segment size:  2147483648\nKMD used segment memory:  67108864\n");
     EXPECT_EQ(heap("heap_pcie_unsnoop"),
               "Total segment size:  1073741824\nKMD used segment memory:  16777216\n");
     EXPECT_EQ(heap("heap_pcie_snoop"),
               "Total segment size:  1073741824\nKMD used segment memory:  0\n");
     EXPECT_EQ(info(model, "fb_size"), "2048\n");
+}
+
+TEST(AdapterModelHeaps, TellWhatTheDriverUsesBesideTheAllocations)
+{
+    AdapterModel model =
+        model_of("[[adapter.segment]]\nid = 1\ntotal = 10485760\nused = 1048576\n", "qv-m30");
+    model.set_used(1, 2097152);
+    EXPECT_EQ(model.read(NodeDirectory::kDebug, "heaps/heap_local/info"),
+              "Total segment size:  10485760\nKMD used segment memory:  1048576\n");
+    EXPECT_EQ(info(model, "fb_size"), "10\n");
+    EXPECT_EQ(info(model, "free_fb_mem"), "7\n");
 }
 
 TEST(AdapterModelHeaps, AreThoseOfTheMachineFile)

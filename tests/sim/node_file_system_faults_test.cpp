@@ -54,6 +54,18 @@ TEST_F(NodeFileSystemFaultsTest, GarbageIsTheSameForTheSameSeed)
     EXPECT_NE(nimba::test::read_file(path("dri/0/jw/other")), first);
 }
 
+TEST_F(NodeFileSystemFaultsTest, GarbageStaysBehindACommandOfTheSameOpening)
+{
+    fault("kind = \"garbage\"\npath = \"info\"\nbytes = 8\nseed = 7\n");
+    const nimba::test::Descriptor file{::open(info().c_str(), O_RDWR)};
+    std::string first(8, ' ');
+    EXPECT_EQ(::pread(file.get(), first.data(), first.size(), 0), 8);
+    EXPECT_EQ(::write(file.get(), "good", 4), 4);
+    std::string second(100, ' ');
+    EXPECT_EQ(::pread(file.get(), second.data(), second.size(), 0), 8);
+    EXPECT_EQ(second.substr(0, 8), first);
+}
+
 TEST_F(NodeFileSystemFaultsTest, ListingFailsInTheMiddle)
 {
     fault("kind = \"list\"\nentries = 1\nfirst = 1\n");

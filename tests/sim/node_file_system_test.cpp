@@ -101,6 +101,27 @@ TEST_F(NodeFileSystemTest, EachWriteIsOneCommand)
     EXPECT_EQ(source_.commands(), (Texts{"dri/0/jw/info<one", "dri/0/jw/info<two\n"}));
 }
 
+TEST_F(NodeFileSystemTest, OneOpeningSeesWhatItsOwnAcceptedCommandHasChanged)
+{
+    const Descriptor file{::open(info().c_str(), O_RDWR)};
+    const Descriptor other{::open(info().c_str(), O_RDWR)};
+    const auto text = [](const Descriptor& opened) {
+        std::string part(100, '\0');
+        const ssize_t length = ::pread(opened.get(), part.data(), part.size(), 0);
+        return part.substr(0, static_cast<std::size_t>(length));
+    };
+    EXPECT_EQ(text(file), "VA=1\n");
+    source_.set("dri/0/jw/info", "VA=0 and more\n");
+    EXPECT_EQ(::write(file.get(), "bad", 3), -1);
+    EXPECT_EQ(text(file), "VA=1\n");
+    EXPECT_EQ(::write(file.get(), "good", 4), 4);
+    EXPECT_EQ(text(file), "VA=0 and more\n");
+    EXPECT_EQ(text(other), "VA=1\n");
+    source_.remove("dri/0/jw/info");
+    EXPECT_EQ(::write(file.get(), "last", 4), 4);
+    EXPECT_EQ(text(file), "VA=0 and more\n");
+}
+
 TEST_F(NodeFileSystemTest, RejectedCommandFailsInTheWriteAndAtTheCloseOfAStream)
 {
     const Descriptor file{::open(info().c_str(), O_WRONLY)};

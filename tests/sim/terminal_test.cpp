@@ -24,6 +24,7 @@ class Terminal {
     {
         pid_ = forkpty(&descriptor_, nullptr, nullptr, nullptr);
         if (pid_ == 0) {
+            signal(SIGINT, SIG_DFL);  // whoever runs the tests may ignore it
             execl(NIMBA_SIM, NIMBA_SIM, "run", "--", "sh", "-c", script, nullptr);
             _exit(125);
         }
@@ -58,7 +59,7 @@ class Terminal {
         return seen;
     }
 
-    void type(const std::string& keys)
+    void type(const std::string& keys) const
     {
         ASSERT_EQ(write(descriptor_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
     }

@@ -99,6 +99,7 @@ int run_command_on_machine(const Run& run, const std::filesystem::path& director
     }
     _exit(status);
 }
+
 }  // namespace
 
 Installation find_installation()

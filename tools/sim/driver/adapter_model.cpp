@@ -28,14 +28,15 @@ std::string heap_text(const MemorySegment& heap)
                        heap.used);
 }
 
-// The segment of a heap node.
+// The segment of a heap node, which tells what the driver itself uses: callers add the allocations.
 std::optional<MemorySegment> find_heap(const AdapterState& state, std::string_view path)
 {
     const auto* const heap = std::ranges::find(kHeapNames, path, heap_path);
     if (!state.is_qv || heap == kHeapNames.end()) {
         return std::nullopt;
     }
-    return state.segments.find(static_cast<std::size_t>(heap - kHeapNames.begin()));
+    return state.segments.find_without_allocations(
+        static_cast<std::size_t>(heap - kHeapNames.begin()));
 }
 
 std::vector<ModelNode> heap_nodes(const AdapterState& state)

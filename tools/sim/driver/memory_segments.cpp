@@ -41,8 +41,14 @@ std::vector<MemorySegment> MemorySegments::all() const
 
 std::optional<MemorySegment> MemorySegments::find(std::size_t id) const
 {
+    const auto segment = find_without_allocations(id);
+    return segment ? std::optional{now(*segment)} : std::nullopt;
+}
+
+std::optional<MemorySegment> MemorySegments::find_without_allocations(std::size_t id) const
+{
     const auto segment = std::ranges::find(description_, id, &MemorySegment::id);
-    return segment == description_.end() ? std::nullopt : std::optional{now(*segment)};
+    return segment == description_.end() ? std::nullopt : std::optional{*segment};
 }
 
 }  // namespace nimba::sim

@@ -35,6 +35,9 @@ class MemorySegments {
     std::vector<MemorySegment> all() const;
     std::optional<MemorySegment> find(std::size_t id) const;
 
+    // What is used is that of others than the allocations.
+    std::optional<MemorySegment> find_without_allocations(std::size_t id) const;
+
   private:
     MemorySegment now(const MemorySegment& segment) const;
 

@@ -21,8 +21,9 @@ class NodeServer;
 // A driver's nodes as files. Threads of this process answer for them, so that nothing in it may
 // wait for such a file while it holds up the end of the object.
 //
-// Whoever opens a file sees the text of that moment until it is closed, in reads of any size. Each
-// write(2) is one command. Nothing but attributes is remembered: each look goes to the driver.
+// Whoever opens a file sees the text of that moment, in reads of any size, until it is closed or a
+// command is written to the same opening. Each write(2) is one command. Nothing but attributes is
+// remembered: each look goes to the driver.
 class NodeFileSystem {
   public:
     // Mounts the nodes at `directory`. Throws MountError.

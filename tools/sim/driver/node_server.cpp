@@ -232,11 +232,25 @@ void NodeServer::read(fuse_req_t request, fuse_ino_t /*number*/, std::size_t siz
         fuse_reply_err(request, error);
         return;
     }
+    const std::scoped_lock lock{file_opening->text_mutex};
     const std::size_t end =
         std::min(file_opening->text.size(), faults.fails_behind.value_or(SIZE_MAX));
     std::size_t length = begin < end ? std::min(end - begin, size) : 0;
     length = std::min(length, faults.longest_read.value_or(SIZE_MAX));
     fuse_reply_buf(request, length == 0 ? nullptr : &file_opening->text[begin], length);
+}
+
+// A process that has a node open for both sees what its command has changed, if the node is still
+// there.
+void NodeServer::take_new_text(Opening& opening)
+{
+    if (opening.faults.garbage) {
+        return;
+    }
+    if (auto text = source_.read(opening.path)) {
+        const std::scoped_lock lock{opening.text_mutex};
+        opening.text = std::move(*text);
+    }
 }
 
 void NodeServer::write(fuse_req_t request, fuse_ino_t /*number*/, const char* bytes,
@@ -248,9 +262,12 @@ void NodeServer::write(fuse_req_t request, fuse_ino_t /*number*/, const char* by
                           : source_.write(file_opening->path, {bytes, size});
     if (error != 0) {
         fuse_reply_err(request, error);
-    } else {
-        fuse_reply_write(request, size);
+        return;
     }
+    if ((file->flags & O_ACCMODE) == O_RDWR) {
+        take_new_text(*file_opening);
+    }
+    fuse_reply_write(request, size);
 }
 
 void NodeServer::release(fuse_req_t request, fuse_ino_t /*number*/, fuse_file_info* file)

@@ -52,20 +52,22 @@ class NodeServer {
     void release(fuse_req_t request, fuse_ino_t number, fuse_file_info* file);
 
   private:
-    // A node that a process has open: what it showed then.
+    // A node that a process has open: what it showed then, or when that process last wrote there.
     struct Opening {
         std::string path;
         uint64_t absences;  // of the driver, before
         OpeningFaults faults;
-        std::string text;                // of a file
         std::vector<std::string> names;  // of a directory, with "." and ".."
         std::atomic<bool> was_read = false;
+        std::mutex text_mutex;  // guards what follows
+        std::string text;       // of a file
     };
 
     struct stat status_of(const std::string& path, NodeAttributes attributes) const;
     std::optional<NodeAttributes> find(const std::string& path);
     bool is_dead(const std::string& path, uint64_t absences);
     void take_names(Opening& opening);
+    void take_new_text(Opening& opening);
     void answer_opened(fuse_req_t request, fuse_file_info* file, std::shared_ptr<Opening> opening);
     std::shared_ptr<Opening> opening(const fuse_file_info* file);
     int start_reading(fuse_req_t request, Opening& opening);
