@@ -17,6 +17,7 @@
 // Its adapters have three allocations, one of them listed twice, and one device context.
 // It prints on standard output at load and whenever it is called, and on standard error at load.
 #include "nimba_mgmt_interface.h"
+#include "stub.hpp"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -167,17 +168,6 @@ void maybe_misbehave(std::string_view call)
     }
 }
 
-// The tool must have installed its callback before any other call.
-void enter(const char* call)
-{
-    std::printf("stub: %s\n", call);
-    if (pServerPrintCallback == nullptr) {
-        std::fprintf(stderr, "stub: %s without a callback\n", call);
-        ::_exit(99);
-    }
-    maybe_misbehave(call);
-}
-
 int adapters_here()
 {
     const std::string self = who();
@@ -238,6 +228,18 @@ __attribute__((constructor)) void load()
 }
 
 }  // namespace
+
+void stub::enter(const char* call)
+{
+    std::printf("stub: %s\n", call);
+    if (pServerPrintCallback == nullptr) {
+        std::fprintf(stderr, "stub: %s without a callback\n", call);
+        ::_exit(99);
+    }
+    maybe_misbehave(call);
+}
+
+using stub::enter;
 
 int32_t set_print_callback(nimba_print_callback callback)
 {

@@ -91,7 +91,8 @@ TEST(CommandLine, PrintsTheVersionAndTheHelp)
     const auto summary = parse({"--help"});
     ASSERT_TRUE(std::holds_alternative<PrintText>(summary));
     EXPECT_TRUE(std::get<PrintText>(summary).text.starts_with(
-        "Shows the adapters of the Nimba and QV chips, their video memory and page tables.\n"));
+        "Shows the adapters of the Nimba and QV chips, their memory, page tables, clocks,\n"
+        "sensors and use, and changes their settings.\n"));
     EXPECT_NE(std::get<PrintText>(help).text.find("--json, --verbose, --timeout and --library may "
                                                   "stand here too; see nimba-smi --help."),
               std::string::npos);

@@ -5,6 +5,7 @@
 #include "tools/smi/command_line.hpp"
 #include "tools/smi/leaks/command_options.hpp"
 #include "tools/smi/memory/command_options.hpp"
+#include "tools/smi/monitor/command_options.hpp"
 
 #include <gtest/gtest.h>
 
@@ -26,6 +27,8 @@ constexpr Command kCommands[] = {
     {"ps", "Sums", nothing, add_memory_options, memory_options_fault},
     {"alloc", "Allocations", nothing, add_alloc_options, memory_options_fault},
     {"leaks", "Leaks", nothing, add_leaks_options, leaks_options_fault},
+    {"clocks", "Clocks", nothing, add_monitor_options, monitor_options_fault},
+    {"usage", "Usage", nothing, add_usage_options, monitor_options_fault},
 };
 
 ParsedCommandLine parse(std::initializer_list<const char*> words)
@@ -161,6 +164,33 @@ TEST(LeaksOptions, NeedTwoSnapshotsForGrowth)
               "--help");
     EXPECT_EQ(usage_error({"leaks", "--fail-on-growth", "1"}), "accepted");
     EXPECT_EQ(usage_error({"leaks", "--count", "1"}), "accepted");
+}
+
+TEST(MonitorOptions, AreSingleSamplesUnlessToldOtherwise)
+{
+    const MonitorOptions usual = options({"clocks"}).monitor;
+    EXPECT_EQ(usual.watch, std::nullopt);
+    EXPECT_EQ(usual.count, std::nullopt);
+    const MonitorOptions watch =
+        options({"clocks", "--watch", "0.5", "--count", "4", "--adapter", "1"}).monitor;
+    EXPECT_EQ(watch.watch, 500ms);
+    EXPECT_EQ(watch.count, 4U);
+    EXPECT_EQ(options({"usage", "--interval", "2"}).monitor.interval, 2000ms);
+}
+
+TEST(MonitorOptions, ThatMakeNoSenseTogetherAreRefused)
+{
+    EXPECT_EQ(usage_error({"clocks", "--count", "2"}),
+              "--count needs --watch; see nimba-smi --help");
+    EXPECT_EQ(usage_error({"usage", "--watch", "1", "--interval", "1"}),
+              "--interval and --watch exclude each other; see nimba-smi --help");
+    EXPECT_EQ(usage_error({"clocks", "--csv", "--json"}),
+              "--csv and --json exclude each other; see nimba-smi --help");
+    EXPECT_EQ(usage_error({"clocks", "--watch", "0.001"}),
+              "--watch: expected seconds from 0.01 to 86400, got \"0.001\"; see nimba-smi --help");
+    EXPECT_EQ(usage_error({"clocks", "--watch", "1", "--count", "0"}),
+              "--count: expected a number of samples from 1 on, got \"0\"; see nimba-smi --help");
+    EXPECT_NE(usage_error({"clocks", "--interval", "1"}), "accepted");
 }
 
 }  // namespace

@@ -33,13 +33,15 @@ TEST(ExitStatus, NumbersAreTheDocumentedOnes)
     EXPECT_EQ(static_cast<int>(ExitStatus::kNoPermission), 6);
     EXPECT_EQ(static_cast<int>(ExitStatus::kWorkerLost), 7);
     EXPECT_EQ(static_cast<int>(ExitStatus::kGrowth), 8);
+    EXPECT_EQ(static_cast<int>(ExitStatus::kNotTaken), 9);
 }
 
 TEST(ExitStatus, GravestProblemDecidesWhereverItStands)
 {
     using enum ExitStatus;
     EXPECT_EQ(overall_status(problems({kOk, kGrowth})), kGrowth);
-    EXPECT_EQ(overall_status(problems({kGrowth, kNoAdapter})), kNoAdapter);
+    EXPECT_EQ(overall_status(problems({kGrowth, kNotTaken})), kNotTaken);
+    EXPECT_EQ(overall_status(problems({kNotTaken, kNoAdapter})), kNoAdapter);
     EXPECT_EQ(overall_status(problems({kNoAdapter, kNoPermission})), kNoPermission);
     EXPECT_EQ(overall_status(problems({kNoLibdrm, kNoPermission})), kNoLibdrm);
     EXPECT_EQ(overall_status(problems({kNoLibdrm, kWorkerLost})), kWorkerLost);

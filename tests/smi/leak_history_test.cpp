@@ -2,7 +2,7 @@
 #include "memory_records.hpp"
 #include "tools/smi/leaks/growth.hpp"
 #include "tools/smi/leaks/history.hpp"
-#include "tools/smi/leaks/problem_log.hpp"
+#include "tools/smi/watch/problem_log.hpp"
 #include "tools/smi/leaks/render.hpp"
 
 #include <gtest/gtest.h>

@@ -16,9 +16,8 @@ std::optional<Reading> through_the_channel(const Reading& reading)
 
 ReadingBase base()
 {
-    return {"0000:01:00.0",
-            {{0xFFFFFFFF, 4100001, "maze"}, {16, -1, ""}},
-            {{ExitStatus::kNoPermission, "get_device_pid_maps", "no"}}};
+    return {{"0000:01:00.0", {{ExitStatus::kNoPermission, "get_device_pid_maps", "no"}}},
+            {{0xFFFFFFFF, 4100001, "maze"}, {16, -1, ""}}};
 }
 
 TEST(Reading, MemorySurvivesTheChannel)

@@ -44,5 +44,17 @@ TEST(Table, NumbersEndAtTheSamePlace)
         "    12 B\n");
 }
 
+TEST(GrowingTable, ColumnsKeepTheWidthOfEarlierRows)
+{
+    GrowingTable table{{0}};
+    EXPECT_EQ(table.lines({{"N", "X"}, {"100", "a"}}),
+              "  N  X\n"
+              "100  a\n");
+    EXPECT_EQ(table.lines({{"5", "b"}}), "  5  b\n");
+    EXPECT_EQ(table.lines({{"1000", "c"}}), "1000  c\n");
+    EXPECT_EQ(table.lines({{"6", "d"}}), "   6  d\n");
+    EXPECT_EQ(table.lines({}), "");
+}
+
 }  // namespace
 }  // namespace nimba::smi

@@ -19,13 +19,14 @@ constexpr const char* kFooter =
     "  0  all right\n"
     "  1  output could not be written, leaks --fail-on-growth was cut short, or an\n"
     "     internal error\n"
-    "  2  the command line makes no sense\n"
+    "  2  the command line makes no sense, or does not fit the machine\n"
     "  3  no Nimba or QV adapter was found, or one does not answer or went away\n"
     "  4  the management library cannot be loaded or does not fit\n"
     "  5  libdrm is missing or unusable\n"
-    "  6  something could not be read for want of permission\n"
+    "  6  something could not be read or written for want of permission\n"
     "  7  a worker process died or gave no answer in time\n"
     "  8  leaks --fail-on-growth: a group grew by that much\n"
+    "  9  the driver did not take a setting, or does not have it\n"
     "See nimba-smi(1) for more.\n";
 
 constexpr const char* kCommandFooter =
@@ -82,8 +83,8 @@ ParsedCommandLine parse_command_line(int count, const char* const* arguments,
 {
     Options options;
     CLI::App app{
-        "Shows the adapters of the Nimba and QV chips, their video memory and page "
-        "tables.\n",
+        "Shows the adapters of the Nimba and QV chips, their memory, page tables, clocks,\n"
+        "sensors and use, and changes their settings.\n",
         "nimba-smi"};
     add_common_options(app, options);
     app.require_subcommand(0, 1);

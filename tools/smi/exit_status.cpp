@@ -10,7 +10,7 @@ namespace {
 constexpr std::array kGravestFirst{
     ExitStatus::kFailed,     ExitStatus::kUsage,    ExitStatus::kNoLibrary,
     ExitStatus::kWorkerLost, ExitStatus::kNoLibdrm, ExitStatus::kNoPermission,
-    ExitStatus::kNoAdapter,  ExitStatus::kGrowth,
+    ExitStatus::kNoAdapter,  ExitStatus::kNotTaken, ExitStatus::kGrowth,
 };
 
 }  // namespace

@@ -1,16 +1,26 @@
 // SPDX-License-Identifier: MIT
-// nimba-smi: shows the adapters of the Nimba and QV chips, their video memory and page tables.
+// nimba-smi: shows the adapters of the Nimba and QV chips, their memory, page tables, clocks, use
+// and settings.
 #include "tools/smi/alloc/command.hpp"
 #include "tools/smi/alloc/command_options.hpp"
+#include "tools/smi/clocks/command.hpp"
 #include "tools/smi/command_line.hpp"
+#include "tools/smi/dvfs/command.hpp"
+#include "tools/smi/dvfs/command_options.hpp"
+#include "tools/smi/flag/command.hpp"
+#include "tools/smi/flag/command_options.hpp"
 #include "tools/smi/leaks/command.hpp"
 #include "tools/smi/leaks/command_options.hpp"
 #include "tools/smi/list/command.hpp"
+#include "tools/smi/mem/command.hpp"
 #include "tools/smi/memory/command_options.hpp"
+#include "tools/smi/monitor/command_options.hpp"
 #include "tools/smi/pagetable/command.hpp"
 #include "tools/smi/pagetable/command_options.hpp"
 #include "tools/smi/ps/command.hpp"
+#include "tools/smi/sensors/command.hpp"
 #include "tools/smi/text/output.hpp"
+#include "tools/smi/usage/command.hpp"
 #include "tools/smi/version/command.hpp"
 #include "tools/smi/worker/worker.hpp"
 
@@ -18,9 +28,11 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstring>
 #include <exception>
+#include <iterator>
 #include <string_view>
 #include <variant>
 
@@ -35,8 +47,19 @@ constexpr Command kCommands[] = {
      memory_options_fault},
     {"leaks", "Watch the allocations and show those that pile up", leaks_command, add_leaks_options,
      leaks_options_fault},
+    {"mem", "Show use and size of the memory segments", mem_command, add_monitor_options,
+     monitor_options_fault},
+    {"clocks", "Show the clocks", clocks_command, add_monitor_options, monitor_options_fault},
+    {"sensors", "Show temperature and fans", sensors_command, add_monitor_options,
+     monitor_options_fault},
+    {"usage", "Show frame rate, engine use and bandwidth", usage_command, add_usage_options,
+     monitor_options_fault},
     {"pagetable", "Show the GPU page tables and address spaces of the processes", pagetable_command,
      add_page_table_options, page_table_options_fault},
+    {"dvfs", "Show, change, save and restore the power and DVFS settings", dvfs_command,
+     add_dvfs_options, dvfs_options_fault},
+    {"flag", "Show and change the driver's control flag", flag_command, add_flag_options,
+     flag_options_fault},
     {"version", "Show the versions of the tool, the library and its interface", version_command},
 };
 
@@ -64,6 +87,7 @@ ExitStatus publish(Report report)
     for (const Problem& problem : report.problems) {
         print_error_line(problem.message);
     }
+    std::ranges::move(report.told, std::back_inserter(report.problems));
     return overall_status(report.problems);
 }
 

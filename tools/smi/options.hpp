@@ -2,8 +2,11 @@
 #pragma once
 
 #include "tools/smi/alloc/options.hpp"
+#include "tools/smi/dvfs/options.hpp"
+#include "tools/smi/flag/options.hpp"
 #include "tools/smi/leaks/options.hpp"
 #include "tools/smi/memory/adapter_choice.hpp"
+#include "tools/smi/monitor/options.hpp"
 #include "tools/smi/pagetable/options.hpp"
 
 #include <chrono>
@@ -25,7 +28,10 @@ struct Options {
     std::optional<std::size_t> top;        // rows to show at most
     AllocOptions alloc{};
     LeaksOptions leaks{};
+    MonitorOptions monitor{};
     PageTableOptions page_tables{};
+    DvfsOptions dvfs{};
+    FlagOptions flag{};
 };
 
 }  // namespace nimba::smi

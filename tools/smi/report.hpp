@@ -13,6 +13,7 @@ namespace nimba::smi {
 struct Report {
     std::string output;
     std::vector<Problem> problems;
+    std::vector<Problem> told{};  // were printed when they came up; they count for the exit status
 };
 
 }  // namespace nimba::smi

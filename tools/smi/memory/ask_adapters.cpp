@@ -42,7 +42,7 @@ void tidy_up(const Options& options, std::span<const SlotIdentity> slots,
     static_cast<void>(ask_all(tidying, kTidyRequest, {std::min(options.timeout, kTidyTime)}));
 }
 
-std::vector<Problem> reading_problems(const Subject& subject, const ReadingBase& reading)
+std::vector<Problem> reading_problems(const Subject& subject, const AdapterReading& reading)
 {
     if (!is_there(subject, reading)) {
         return {gone_problem(subject)};
@@ -55,7 +55,7 @@ std::vector<Problem> reading_problems(const Subject& subject, const ReadingBase&
     return problems;
 }
 
-bool is_there(const Subject& subject, const ReadingBase& reading)
+bool is_there(const Subject& subject, const AdapterReading& reading)
 {
     return reading.bus_id == subject.bus_id;
 }

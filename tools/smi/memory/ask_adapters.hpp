@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-// The workers of the adapters that a command about memory asks.
+// The workers of the adapters that a command asks.
 #pragma once
 
 #include "tools/smi/exit_status.hpp"
-#include "tools/smi/memory/reading.hpp"
 #include "tools/smi/options.hpp"
 #include "tools/smi/process/ask.hpp"
 #include "tools/smi/process/diagnosis.hpp"
+#include "tools/smi/worker/adapter_reading.hpp"
 
 #include <optional>
 #include <span>
@@ -25,9 +25,9 @@ void tidy_up(const Options& options, std::span<const SlotIdentity> slots,
              std::span<const WorkerProcess> workers, std::span<const Reply> replies);
 
 // The problems behind the remarks of a reading, and that the adapter is gone when it is.
-std::vector<Problem> reading_problems(const Subject& subject, const ReadingBase& reading);
+std::vector<Problem> reading_problems(const Subject& subject, const AdapterReading& reading);
 
 // Whether the worker's slot still holds the adapter that discovery saw in it.
-bool is_there(const Subject& subject, const ReadingBase& reading);
+bool is_there(const Subject& subject, const AdapterReading& reading);
 
 }  // namespace nimba::smi

@@ -9,7 +9,10 @@ class App;
 
 namespace nimba::smi {
 
-// Adds what all commands about memory take: --adapter, --csv, --top.
+// Adds what all commands about adapters take: --adapter, --csv.
+void add_adapter_options(CLI::App& command, Options& options);
+
+// Adds what all commands about allocations take: these and --top.
 void add_memory_options(CLI::App& command, Options& options);
 
 // What is wrong with them taken together; empty when nothing is.

@@ -25,13 +25,12 @@ struct nlohmann::adl_serializer<nimba::smi::Allocation> {
 
 namespace nimba::smi {
 
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Failure, status, call, message)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(DeviceContext, device, pid, name)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(MemoryReading, bus_id, contexts, remarks, allocations)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(MemoryReading, bus_id, contexts, remarks, stale, allocations)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(DeviceCount, device, count)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Shape, width, height, size, hw_format, at_type)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(LeakGroup, shape, oldest_hits, owners)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(LeakReading, bus_id, contexts, remarks, groups)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(LeakReading, bus_id, contexts, remarks, stale, groups)
 
 nlohmann::json to_json_value(const MemoryReading& reading)
 {

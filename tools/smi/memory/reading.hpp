@@ -3,7 +3,7 @@
 #pragma once
 
 #include "tools/smi/memory/allocation.hpp"
-#include "tools/smi/worker/message.hpp"
+#include "tools/smi/worker/adapter_reading.hpp"
 #include "tools/smi/worker/payload.hpp"
 
 #include <nlohmann/json.hpp>
@@ -24,11 +24,9 @@ struct DeviceContext {
     bool operator==(const DeviceContext&) const = default;
 };
 
-// What every reading has.
-struct ReadingBase {
-    std::optional<std::string> bus_id;  // of the adapter; none when the worker's slot is empty
+// What every reading of allocations has.
+struct ReadingBase : AdapterReading {
     std::vector<DeviceContext> contexts;
-    std::vector<Failure> remarks;  // what the reading lacks
 
     bool operator==(const ReadingBase&) const = default;
 };

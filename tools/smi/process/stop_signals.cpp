@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/process/stop_signals.hpp"
 
+#include "tools/smi/process/held_signal.hpp"
+
 #include <poll.h>
 #include <unistd.h>
 
@@ -15,12 +17,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
-
-bool is_ignored(int signal)
-{
-    struct sigaction action {};
-    return ::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
-}
 
 }  // namespace
 

@@ -32,4 +32,9 @@ std::string json_text(const Document& document)
     return document.dump(2, ' ', false, Document::error_handler_t::replace) + '\n';
 }
 
+std::string json_line(const Document& document)
+{
+    return document.dump(-1, ' ', false, Document::error_handler_t::replace) + '\n';
+}
+
 }  // namespace nimba::smi

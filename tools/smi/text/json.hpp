@@ -31,4 +31,7 @@ Document json_errors(std::span<const Problem> problems);
 // bytes that are no UTF-8.
 std::string json_text(const Document& document);
 
+// The same as one line, for a document in a row of others.
+std::string json_line(const Document& document);
+
 }  // namespace nimba::smi

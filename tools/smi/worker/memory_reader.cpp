@@ -2,16 +2,15 @@
 #include "tools/smi/worker/memory_reader.hpp"
 
 #include "tools/smi/worker/driver_directory.hpp"
+#include "tools/smi/worker/driver_numbers.hpp"
 
 #include <unistd.h>
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstring>
 #include <iterator>
-#include <stdexcept>
 
 namespace nimba::smi {
 namespace {
@@ -25,55 +24,6 @@ constexpr const char* kInfoNode = "info";
 // A context may close while the list is read, and the library does not try again.
 constexpr int kMapTries = 10;
 constexpr useconds_t kMapPause = 5'000;  // microseconds
-
-// A number of the driver's that the library cannot take. It changed nothing before it threw.
-Failure bad_number(const char* call, const char* what, const char* fault)
-{
-    return {ExitStatus::kNoAdapter, call,
-            fmt::format("the driver shows {} {}, which the library cannot read", what, fault)};
-}
-
-// Makes a call that takes numbers from the driver's nodes. Returns what is wrong with one of them.
-template <typename Function>
-std::optional<Failure> with_numbers(const char* call, const char* what, Function&& function)
-{
-    try {
-        std::forward<Function>(function)();
-        return std::nullopt;
-    } catch (const std::invalid_argument&) {
-        return bad_number(call, what, "without digits");
-    } catch (const std::out_of_range&) {
-        return bad_number(call, what, "beyond 32 bits");
-    }
-}
-
-constexpr const char* kAllocationNumber = "an allocation with a handle or device";
-constexpr const char* kContextNumber = "a device context with a handle";
-
-Failure reading_failure(Session& session, const char* call, const std::string& directory,
-                        std::string_view node, const char* what)
-{
-    const auto fault =
-        session.call("open " + directory, [&] { return first_fault(directory, node); });
-    const FaultSentence sentence = describe_fault(fault, directory, what);
-    return {sentence.status, call, sentence.text};
-}
-
-// Reading takes its time for each allocation, and up to ten passes.
-constexpr std::chrono::milliseconds kTimePerAllocation{1};
-
-std::chrono::milliseconds reading_time(Session& session, const std::string& debug_directory)
-{
-    const std::string directory = debug_directory + "/allocations";
-    const auto count = session.call("open " + directory, [&] { return entries_in(directory); });
-    return kTimePerAllocation * count;
-}
-
-Failure no_allocations(Session& session, const char* call, const std::string& debug_directory)
-{
-    return reading_failure(session, call, debug_directory + "/allocations", kInfoNode,
-                           "allocations");
-}
 
 // Page 0 reads the driver, the others are from the same reading. Returns the library's status.
 int32_t read_pages(Session& session, std::vector<Allocation>& allocations)

@@ -3,6 +3,7 @@
 
 #include "tools/smi/memory/group.hpp"
 #include "tools/smi/worker/driver_files.hpp"
+#include "tools/smi/worker/entered_adapter.hpp"
 #include "tools/smi/worker/memory_reader.hpp"
 #include "tools/smi/worker/own_adapter.hpp"
 
@@ -39,27 +40,25 @@ std::optional<Failure> unknown_driver(Session& session, const Adapter& adapter)
 // Makes the worker's adapter current. An empty slot has no bus id and no directory.
 std::variant<Entered, Failure> enter(Session& session)
 {
-    const auto adapter = own_adapter(session);
-    if (!adapter) {
+    const auto own = enter_own_adapter(session);
+    if (!own) {
         return Entered{};
     }
-    const find_adapter record = record_to_enter(session.discover().adapters, *adapter);
-    const bool complete = session.enter_adapter(record);
     Entered entered;
     entered.debug_directory = *session.library().entry.debug_directory;
-    entered.reading.bus_id = adapter->bus_id;
+    entered.reading.bus_id = own->adapter.bus_id;
     if (entered.debug_directory.empty()) {
         return Failure{ExitStatus::kNoAdapter, kInit,
                        "the library does not know where its driver shows its memory: install the "
                        "library that knows the chip"};
     }
-    if (!complete) {
+    if (!own->complete) {
         entered.reading.remarks.push_back(
             {ExitStatus::kOk, kInit,
              "its kernel-interface library is missing or unusable; video memory is shown all the "
              "same"});
     }
-    if (auto unknown = unknown_driver(session, *adapter)) {
+    if (auto unknown = unknown_driver(session, own->adapter)) {
         entered.reading.remarks.push_back(*std::move(unknown));
     }
     return entered;

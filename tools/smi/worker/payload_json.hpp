@@ -2,6 +2,8 @@
 // How payloads become values again: for the files that define their JSON forms.
 #pragma once
 
+#include "tools/smi/worker/message.hpp"
+
 #include <nlohmann/json.hpp>
 
 #include <optional>
@@ -20,6 +22,8 @@ struct nlohmann::adl_serializer<std::optional<T>> {
 };
 
 namespace nimba::smi {
+
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Failure, status, call, message)
 
 template <typename Payload>
 std::optional<Payload> payload_from(const nlohmann::json& value)

@@ -3,7 +3,9 @@
 
 #include "tools/smi/worker/driver_files.hpp"
 #include "tools/smi/worker/drm_nodes.hpp"
+#include "tools/smi/worker/dvfs_requests.hpp"
 #include "tools/smi/worker/memory_requests.hpp"
+#include "tools/smi/worker/monitor_requests.hpp"
 #include "tools/smi/worker/own_adapter.hpp"
 #include "tools/smi/worker/page_table_requests.hpp"
 
@@ -117,9 +119,17 @@ constexpr Request kRequests[] = {
     {kLeaksRequest, plain<answer_leaks>},
     {kTidyRequest, plain<answer_tidy>},
     {kPageTablesRequest, plain<answer_page_tables>},
+    {kSegmentsRequest, plain<answer_segments>},
+    {kClocksRequest, plain<answer_clocks>},
+    {kSensorsRequest, plain<answer_sensors>},
+    {kCountersRequest, plain<answer_counters>},
     {kTableEntriesRequest, answer_table_entries},
     {kPagesRequest, answer_pages},
     {kVmAllocationsRequest, answer_vm_allocations},
+    {kDvfsRequest, plain<answer_dvfs>},
+    {kDvfsWriteRequest, answer_dvfs_write},
+    {kFlagRequest, plain<answer_flag>},
+    {kFlagWriteRequest, answer_flag_write},
 };
 
 }  // namespace

@@ -15,11 +15,21 @@ inline constexpr std::string_view kMemoryRequest = "memory";
 inline constexpr std::string_view kLeaksRequest = "leaks";
 inline constexpr std::string_view kTidyRequest = "tidy";
 inline constexpr std::string_view kPageTablesRequest = "pagetables";
+inline constexpr std::string_view kSegmentsRequest = "segments";
+inline constexpr std::string_view kClocksRequest = "clocks";
+inline constexpr std::string_view kSensorsRequest = "sensors";
+inline constexpr std::string_view kCountersRequest = "counters";
+inline constexpr std::string_view kDvfsRequest = "dvfs";
+inline constexpr std::string_view kFlagRequest = "flag";
 
 // These have arguments behind a blank: see page_table_requests.hpp.
 inline constexpr std::string_view kTableEntriesRequest = "table-entries";
 inline constexpr std::string_view kPagesRequest = "pages";
 inline constexpr std::string_view kVmAllocationsRequest = "vm-allocations";
+
+// So have these: see dvfs_requests.hpp.
+inline constexpr std::string_view kDvfsWriteRequest = "dvfs-write";
+inline constexpr std::string_view kFlagWriteRequest = "flag-write";
 
 // Answers one request. A failure tells what is wrong with the library; what the library throws
 // passes through.

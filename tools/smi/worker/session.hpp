@@ -6,6 +6,7 @@
 #include "tools/smi/worker/complaints.hpp"
 #include "tools/smi/worker/discovery.hpp"
 #include "tools/smi/worker/library.hpp"
+#include "tools/smi/worker/monitor.hpp"
 #include "tools/smi/worker/page_tables.hpp"
 #include "tools/smi/worker/progress.hpp"
 
@@ -77,6 +78,9 @@ class Session final {
     // What the last reading of page tables left; nothing before the first.
     [[nodiscard]] std::optional<PageTables>& page_tables() { return page_tables_; }
 
+    // What samples of the adapter need; nothing before the first.
+    [[nodiscard]] std::optional<Monitor>& monitor() { return monitor_; }
+
   private:
     WorkerOptions options_;
     Channel& channel_;
@@ -89,6 +93,7 @@ class Session final {
     std::optional<find_adapter> adapters_;  // of the current adapter
     bool complete_ = false;
     std::optional<PageTables> page_tables_;
+    std::optional<Monitor> monitor_;
 };
 
 }  // namespace nimba::smi

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tools/smi/leaks/problem_log.hpp"
+#include "tools/smi/watch/problem_log.hpp"
 
 #include <fmt/format.h>
 
@@ -16,13 +16,13 @@ std::string without_digits(std::string text)
     return text;
 }
 
+}  // namespace
+
 bool is_alike(const Problem& a, const Problem& b)
 {
     return std::tie(a.status, a.adapter, a.call) == std::tie(b.status, b.adapter, b.call) &&
            without_digits(a.message) == without_digits(b.message);
 }
-
-}  // namespace
 
 void ProblemLog::add_to_snapshot(const Problem& problem)
 {

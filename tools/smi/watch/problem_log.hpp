@@ -8,11 +8,14 @@
 
 namespace nimba::smi {
 
+// Whether two problems are the same but for numbers in their messages, such as that of an entry or
+// of all entries.
+bool is_alike(const Problem& a, const Problem& b);
+
 // The problems of many snapshots, each told once.
 class ProblemLog final {
   public:
-    // A problem of one snapshot, which may come again in others. When it does with other numbers in
-    // its message, such as that of an entry or of all entries, it is told as it came first.
+    // A problem of one snapshot, which may come again in others: it is told as it came first.
     void add_to_snapshot(const Problem& problem);
 
     // A problem that ended the snapshots of an adapter at the one with this number, from 1 on.
