@@ -102,10 +102,10 @@ TEST(AdapterModelFrames, CountFromZeroAtTheirRates)
     EXPECT_EQ(info(model, "fps_count"), "1 16666667\n");
     model.advance_to(seconds{1});
     EXPECT_EQ(info(model, "fps_count"), "60 1000000000\n");
-    EXPECT_EQ(info(model, "rxa_blt_scn_cnt"), "15\n");
+    EXPECT_EQ(info(model, "rxa_blt_scn_cnt"), "60\n");
     model.advance_to(seconds{3});
     EXPECT_EQ(info(model, "fps_count"), "180 3000000000\n");
-    EXPECT_EQ(info(model, "rxa_blt_scn_cnt"), "45\n");
+    EXPECT_EQ(info(model, "rxa_blt_scn_cnt"), "180\n");
     EXPECT_EQ(model.counters().flips, 180);
     EXPECT_EQ(model.counters().time, 3000000000);
 }

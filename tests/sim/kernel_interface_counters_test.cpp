@@ -112,7 +112,7 @@ TEST_F(KernelInterfaceCounters, ExtendedHardwareInformationHasTheHighestBitOfThe
 {
     EXPECT_EQ(called("", "gfx_init_hwinfo gfx_get_hwinfo_ext"),
               "gfx_init_hwinfo: 0, 3 0 0 0 0 0 0 0 0 0 0 0 0\n"
-              "gfx_get_hwinfo_ext: 0, 100 101 102 103 104 105 106 107 108 109 110 2147483759 0\n");
+              "gfx_get_hwinfo_ext: 0, 100 101 102 103 104 105 106 107 108 109 110 112 0\n");
 }
 
 TEST_F(KernelInterfaceCounters, OtherFamilysHardwareInformationIsTheSame)
@@ -122,7 +122,7 @@ TEST_F(KernelInterfaceCounters, OtherFamilysHardwareInformationIsTheSame)
                      "qv_init_hwinfo qv_get_hwinfo gfx_get_hwinfo_ext qv_deinit_hwinfo"),
               "qv_init_hwinfo: 0, 3 0 0 0 0 0 0 0 0 0 0 0 0\n"
               "qv_get_hwinfo: 0, 100 101 102 103 104 105 106 107 108 109 110 111 0\n"
-              "gfx_get_hwinfo_ext: 0, 100 101 102 103 104 105 106 107 108 109 110 2147483759 0\n"
+              "gfx_get_hwinfo_ext: 0, 100 101 102 103 104 105 106 107 108 109 110 112 0\n"
               "qv_deinit_hwinfo: 0, 3 0 0 0 0 0 0 0 0 0 0 0 0\n");
 }
 

@@ -36,7 +36,7 @@ TEST(ShippedAdapters, SteadyOneNeverChangesItsRates)
         EXPECT_EQ(counters.flips, 120 * time);
         EXPECT_EQ(counters.time, int64_t{1000000000} * time);
         EXPECT_EQ(model.read(NodeDirectory::kInfo, "rxa_blt_scn_cnt"),
-                  std::to_string(30 * time) + "\n");
+                  std::to_string(120 * time) + "\n");
         EXPECT_EQ(counters.hardware, (std::array<uint32_t, 12>{6000, 5500, 5000, 4500, 4000, 3500,
                                                                3000, 2500, 2000, 1500, 1000, 500}));
         EXPECT_EQ(counters.usage,

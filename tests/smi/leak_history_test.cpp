@@ -2,8 +2,8 @@
 #include "memory_records.hpp"
 #include "tools/smi/leaks/growth.hpp"
 #include "tools/smi/leaks/history.hpp"
-#include "tools/smi/watch/problem_log.hpp"
 #include "tools/smi/leaks/render.hpp"
+#include "tools/smi/watch/problem_log.hpp"
 
 #include <gtest/gtest.h>
 

@@ -27,9 +27,8 @@ using HardwareWords = std::array<std::uint32_t, 12>;
 using BusyWords = std::array<std::uint32_t, 10>;
 
 constexpr HardwareWords kPlain{100, 101, 102, 103, 104, 105, 106, 107, 108, 109, 110, 111};
-// A library tells extended information with the highest bit of the last word.
-constexpr HardwareWords kExtended{100, 101, 102, 103, 104, 105,
-                                  106, 107, 108, 109, 110, 0x8000006F};
+// A library tells extended information with 1 more in the last word.
+constexpr HardwareWords kExtended{100, 101, 102, 103, 104, 105, 106, 107, 108, 109, 110, 112};
 constexpr HardwareWords kOfM20{100,   101,   102, 103, kLeft, kLeft,
                                kLeft, kLeft, 105, 106, kLeft, kLeft};
 constexpr HardwareWords kNoHardware{kLeft, kLeft, kLeft, kLeft, kLeft, kLeft,

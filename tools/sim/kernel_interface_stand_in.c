@@ -30,8 +30,8 @@ enum { kHardwareWords = 12, kFailure = -1 };
  * figures. */
 enum { kExtendedUsage = 3, kFirstExtendedWord = 2, kLastExtendedWord = 9 };
 
-/* Distinguishes the record of the extended hardware information. */
-static const uint32_t kExtendedHardwareBit = 0x80000000U;
+/* What the last word of the extended hardware information has more, to tell the two apart. */
+enum { kExtendedHardware = 1 };
 
 struct flip_sample {
     int64_t time; /* nanoseconds */
@@ -186,7 +186,7 @@ int gfx_get_hwinfo_ext(int drm_descriptor, const void* block, uint32_t* record)
         tell_hardware(drm_descriptor, record) != 0) {
         return kFailure;
     }
-    record[kHardwareWords - 1] |= kExtendedHardwareBit;
+    record[kHardwareWords - 1] += kExtendedHardware;
     return 0;
 }
 
