@@ -191,6 +191,26 @@ nimba-smi: $ADAPTER: the driver does not give level; nothing was written
 nimba-smi: $ADAPTER: cannot read $INFO/dvfs_level: Input/output error (see dmesg)"
 }
 
+@test "a node that makes no sense is named, and no state without it is saved" {
+    needs_live_drivers
+    run --separate-stderr here_sh 'nimba-sim fault garbage dvfs_level --directory info
+        nimba-sim fault short dvfs_clk_voltage --directory info --bytes 3
+        nimba-smi dvfs get level mode gfx.clock; echo $?; nimba-smi dvfs set level=1; echo $?
+        nimba-smi dvfs save state.json; s=$?; log; ls state.json 2>/dev/null; exit $s'
+    [ "$status" = 3 ]
+    same "$output" "\
+SLOT  FIELD      VALUE
+0     level      not available
+0     mode       0x2
+0     gfx.clock  800
+3
+9"
+    same "$stderr" "\
+nimba-smi: $ADAPTER: there are no settings in $INFO/dvfs_level (see dmesg)
+nimba-smi: $ADAPTER: the driver does not give level; nothing was written
+nimba-smi: $ADAPTER: there are no settings in $INFO/dvfs_level (see dmesg)"
+}
+
 @test "a write that fails is no success" {
     needs_live_drivers
     run --separate-stderr here_sh 'nimba-sim fault write dvfs_level --directory info --error EIO
@@ -238,17 +258,17 @@ get shows what they are" ]]
         in_the_driver() {
             for worker in $(cat "/proc/$1/task/$1/children"); do
                 tr "\\0" " " <"/proc/$worker/cmdline" | grep -q -e "--slot 0 " &&
-                    find "/proc/$worker/fd" -lname "*/jw_info" | grep -q . && return
+                    find "/proc/$worker/fd" -lname "*/dvfs_level" | grep -q . && return
             done
             false
         }
-        nimba-sim fault block dvfs_level --directory info --ms 60000 --first 1
+        nimba-sim fault block dvfs_level --directory info --ms 5000 --first 1
         env --default-signal=INT nimba-smi --timeout 60 dvfs set power_mode=7 level=1 &
         until in_the_driver "$!" 2>/dev/null; do sleep 0.02; done
         kill -s STOP "$!"
         kill -s INT "$!"
         log
-        nimba-sim fault --clear
+        while in_the_driver "$!"; do sleep 0.02; done
         kill -s CONT "$!"
         wait "$!"; echo "$?"; log'
     same "$output$stderr" "\

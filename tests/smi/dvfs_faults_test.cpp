@@ -46,6 +46,7 @@ TEST(ReadingFaults, AreOfTheFieldsThatAreAskedForOnceForEachNode)
     node(reading, "dvfs_control_params").read_error = EIO;
     node(reading, "power_mode").read_error = EACCES;
     node(reading, "vclk").read_error = EIO;
+    reading.values[index_of(*find_field("mode"))] = 1;
     const std::vector<const DvfsField*> fields{
         find_field("power_mode"), find_field("gfx.check_size"), find_field("gfx.high_threshold"),
         find_field("mode")};
@@ -56,6 +57,18 @@ TEST(ReadingFaults, AreOfTheFieldsThatAreAskedForOnceForEachNode)
                   {ExitStatus::kNoAdapter,
                    "adapter 0000:01:00.0: cannot read /info/dvfs_control_params: Input/output "
                    "error (see dmesg)"}}));
+}
+
+TEST(ReadingFaults, ANodeThatTellsNothingIsOne)
+{
+    const DvfsReading reading = reading_of({{"gfx.clock", 550}});
+    const std::vector<const DvfsField*> fields{find_field("gating.3d.power"),
+                                               find_field("gating.3d.clock"),
+                                               find_field("gfx.clock"), find_field("gfx.voltage")};
+    EXPECT_EQ(said(reading_problems(kSubject, reading, fields)),
+              (std::vector<Said>{{ExitStatus::kNoAdapter,
+                                  "adapter 0000:01:00.0: there are no settings in "
+                                  "/info/pwm_wait_count (see dmesg)"}}));
 }
 
 TEST(ReadingFaults, AMissingNodeIsNoneUnlessAllAreMissing)

@@ -28,6 +28,25 @@ void add_once(std::vector<Problem>& problems, std::optional<Problem> problem)
     }
 }
 
+bool gives_nothing(const DvfsReading& reading, std::string_view node)
+{
+    return std::ranges::none_of(dvfs_fields(), [&](const DvfsField& field) {
+        return field.node == node && value_of(reading, field);
+    });
+}
+
+// Why nothing of a node is known.
+std::optional<Problem> node_problem(const Subject& subject, const DvfsReading& reading,
+                                    const char* node)
+{
+    const NodeAccess access = access_of(reading.nodes, node);
+    if (access.read_error == 0 && gives_nothing(reading, node)) {
+        return problem(subject, ExitStatus::kNoAdapter,
+                       fmt::format("there are no settings in {} (see dmesg)", access.path));
+    }
+    return reading_problem(subject, access);
+}
+
 }  // namespace
 
 std::optional<Problem> reading_problem(const Subject& subject, const NodeAccess& access)
@@ -64,7 +83,7 @@ std::vector<Problem> reading_problems(const Subject& subject, const DvfsReading&
 {
     std::vector<Problem> problems;
     for (const DvfsField* const field : fields) {
-        add_once(problems, reading_problem(subject, access_of(reading.nodes, field->node)));
+        add_once(problems, node_problem(subject, reading, field->node));
     }
     if (std::ranges::all_of(reading.nodes,
                             [](const NodeAccess& a) { return a.read_error == ENOENT; })) {

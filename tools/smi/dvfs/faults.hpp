@@ -18,8 +18,8 @@ std::optional<Problem> reading_problem(const Subject& subject, const NodeAccess&
 // Why a node cannot be written.
 std::optional<Problem> writing_problem(const Subject& subject, const NodeAccess& access);
 
-// Why nodes of the fields cannot be read, once for each path; and that the driver has no node for
-// any setting, when that is so.
+// Why nodes of the fields cannot be read or tell nothing, once for each path; and that the driver
+// has no node for any setting, when that is so.
 std::vector<Problem> reading_problems(const Subject& subject, const DvfsReading& reading,
                                       std::span<const DvfsField* const> fields);
 

@@ -5,9 +5,14 @@
 #include "tools/smi/worker/driver_numbers.hpp"
 #include "tools/smi/worker/node_text.hpp"
 
+#include <fcntl.h>
+
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <string>
 
 namespace nimba::smi {
 namespace {
@@ -16,7 +21,7 @@ constexpr const char* kSegmentInit = "segment_init";
 constexpr const char* kSegmentInfo = "get_segment_info";
 constexpr const char* kSegmentNode = "segment_info";
 
-constexpr std::size_t kHeaps = 4;
+constexpr std::array kHeaps{"heap_invalid", "heap_local", "heap_pcie_unsnoop", "heap_pcie_snoop"};
 constexpr std::size_t kSumSegment = 4;  // the node's reader adds all behind it to it
 
 constexpr uint32_t kUnwritten = UINT32_MAX;
@@ -73,6 +78,34 @@ std::optional<uint64_t> used_by_allocations(uint32_t used)
     return used <= INT32_MAX ? std::optional<uint64_t>(used) : std::nullopt;
 }
 
+std::string heap_directory(Session& session)
+{
+    return std::string{*session.library().entry.debug_directory} + "/heaps";
+}
+
+void note_heap_fault(const FileFault& fault, const std::string& directory, SegmentReading& reading)
+{
+    const FaultSentence sentence = describe_fault(fault, directory, "heaps");
+    reading.remarks.push_back({sentence.status, kSegmentInit, sentence.text});
+}
+
+// The library takes a heap without a text of its own for one like the heap before it.
+void forget_unread_heaps(Session& session, SegmentReading& reading)
+{
+    const std::string directory = heap_directory(session);
+    for (std::size_t i = 0; i < kHeaps.size(); ++i) {
+        const std::string path = fmt::format("{}/{}/info", directory, kHeaps.at(i));
+        const NodeText text =
+            session.call("open " + path, [&] { return node_text(AT_FDCWD, path.c_str()); });
+        if (text.text.empty()) {
+            reading.segments[i] = {};
+        }
+        if (text.error != 0 && !means_absent(text.error)) {
+            note_heap_fault({path, text.error}, directory, reading);
+        }
+    }
+}
+
 // The heaps are read by the library again, and use by allocations added.
 std::optional<Failure> read_allocations(Session& session, const MonitorEntryPoints& entry,
                                         bool with_heaps, SegmentReading& reading)
@@ -97,8 +130,12 @@ std::optional<Failure> read_allocations(Session& session, const MonitorEntryPoin
     for (std::size_t i = 0; i < SEGMENT_SLOT_NUM; ++i) {
         SegmentUse& segment = reading.segments.emplace_back();
         segment.used = failure ? std::nullopt : used_by_allocations(info.used_size[i]);
-        segment.total =
-            with_heaps && i < kHeaps ? std::optional<uint64_t>(info.total_size[i]) : std::nullopt;
+        segment.total = with_heaps && i < kHeaps.size()
+                            ? std::optional<uint64_t>(info.total_size[i])
+                            : std::nullopt;
+    }
+    if (with_heaps) {
+        forget_unread_heaps(session, reading);
     }
     if (failure) {
         reading.remarks.push_back(*std::move(failure));
@@ -106,15 +143,17 @@ std::optional<Failure> read_allocations(Session& session, const MonitorEntryPoin
     return std::nullopt;
 }
 
-// Why the driver's heaps could not be read, when they are there.
+// Why the driver's heaps give no segments, when they are there.
 void explain_heaps(Session& session, SegmentReading& reading)
 {
-    const std::string directory = std::string{*session.library().entry.debug_directory} + "/heaps";
+    const std::string directory = heap_directory(session);
     const auto fault =
         session.call("open " + directory, [&] { return first_fault(directory, "info"); });
     if (fault && !means_absent(fault->error)) {
-        const FaultSentence sentence = describe_fault(fault, directory, "heaps");
-        reading.remarks.push_back({sentence.status, kSegmentInit, sentence.text});
+        note_heap_fault(*fault, directory, reading);
+    } else if (!fault && entries_in(directory) > 0) {
+        reading.remarks.push_back({ExitStatus::kNoAdapter, kSegmentInit,
+                                   fmt::format("there are no heaps in {} (see dmesg)", directory)});
     }
 }
 
