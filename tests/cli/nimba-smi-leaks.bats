@@ -146,7 +146,8 @@ terminal_shows() {
 @test "an adapter that goes away between two snapshots is told, and the run goes on" {
     needs_live_drivers
     run --separate-stderr on leaking sh -c '
-        (sleep 0.5; nimba-sim fault gone) & exec nimba-smi leaks --interval 0.2 --count 8'
+        (until nimba-sim commands | grep -q enable_usage; do sleep 0.05; done
+         sleep 1; nimba-sim fault gone) & exec nimba-smi leaks --interval 0.4 --count 8'
     [ "$status" = 3 ]
     [[ $stderr =~ ^nimba-smi:\ adapter\ 0000:01:00.0\ \(Gpu0:Nimba-GT-K3\):\ there\ is\ no\ directory\ /sys/kernel/debug/dri/0/jw/allocations:.*\(in\ [1-7]\ of\ 8\ snapshots\)$ ]]
     same "${lines[-1]}" "8 snapshots"
