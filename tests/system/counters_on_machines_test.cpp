@@ -5,8 +5,6 @@
 // 19.
 #include "machine_fixture.hpp"
 
-#include <sys/vfs.h>
-
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -59,14 +57,6 @@ class Counters : public MachineTest, public testing::WithParamInterface<Expected
     ~Counters() override { exit(0); }
 
     std::int32_t call(const char* name) const { return library_.symbol<std::int32_t()>(name)(); }
-
-    // Drivers that are plain files count nothing.
-    bool drivers_are_live() const
-    {
-        constexpr long kFuse = 0x65735546;
-        struct statfs system {};
-        return fstatfs(record_.gpu_infos[0].jw_info_dir_fd, &system) == 0 && system.f_type == kFuse;
-    }
 
     std::uint32_t flips() const
     {

@@ -7,6 +7,7 @@
 #include <fcntl.h>
 
 #include <sys/stat.h>
+#include <sys/vfs.h>
 
 #include <algorithm>
 
@@ -95,6 +96,13 @@ void MachineTest::expect_found(const std::vector<Adapter>& adapters,
     for (const auto& [fd, file] : opened_) {
         EXPECT_TRUE(closes_on_exec(fd)) << file;
     }
+}
+
+bool MachineTest::drivers_are_live() const
+{
+    constexpr long kFuse = 0x65735546;
+    struct statfs system {};
+    return fstatfs(record_.gpu_infos[0].jw_info_dir_fd, &system) == 0 && system.f_type == kFuse;
 }
 
 std::int32_t MachineTest::init(int slot)

@@ -61,6 +61,8 @@ class MachineTest : public DiscoveryTest {
         return library_.symbol<char[50]>("sys_kernel_debug_ID_dri_ADAPTER_path");
     }
     void* block() const { return library_.symbol<void*>("pdev"); }
+    // Whether the first slot's driver answers now; plain files never change. After discover().
+    bool drivers_are_live() const;
 
   private:
     void expect_adapter(int slot, const Adapter& adapter);
