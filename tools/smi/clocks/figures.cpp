@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/clocks/figures.hpp"
 
+#include "tools/smi/dvfs/level.hpp"
+
 #include <array>
 #include <string>
 
@@ -14,13 +16,10 @@ constexpr std::array kColumns{
     FigureColumn{"dvfs_level", "LEVEL"},
 };
 
-// By DVFS_LEVEL_*.
-constexpr std::array kLevels{"balance", "lowpower", "performance"};
-
 Figure level_figure(const std::optional<int64_t>& level)
 {
-    return level && *level >= 0 && *level < static_cast<int64_t>(kLevels.size())
-               ? Figure{std::string{kLevels.at(static_cast<std::size_t>(*level))}}
+    return level && *level >= 0 && *level < static_cast<int64_t>(kLevelNames.size())
+               ? Figure{std::string{kLevelNames.at(static_cast<std::size_t>(*level))}}
                : std::nullopt;
 }
 

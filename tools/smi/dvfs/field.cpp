@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/dvfs/field.hpp"
 
+#include "tools/smi/dvfs/level.hpp"
 #include "tools/smi/option_value.hpp"
 #include "tools/smi/pagetable/number.hpp"
 
@@ -55,13 +56,10 @@ constexpr std::array kFields{
     DvfsField{"memory_clock", "mclk", kSigned, offsetof(State, memory_clock), "", false},
 };
 
-// By number.
-constexpr std::array<std::string_view, 3> kLevels{"balance", "lowpower", "performance"};
-
 std::optional<int64_t> level_named(std::string_view text)
 {
-    const auto* const level = std::ranges::find(kLevels, text);
-    return level == kLevels.end() ? std::nullopt : std::optional(level - kLevels.begin());
+    const auto* const level = std::ranges::find(kLevelNames, text);
+    return level == kLevelNames.end() ? std::nullopt : std::optional(level - kLevelNames.begin());
 }
 
 std::optional<int64_t> parse_word(std::string_view text, uint64_t largest)
@@ -119,7 +117,7 @@ std::optional<int64_t> parse_field_value(const DvfsField& field, std::string_vie
             break;
     }
     const auto level = level_named(text);
-    return level ? level : parse_number<int64_t>(text, 0, kLevels.size() - 1);
+    return level ? level : parse_number<int64_t>(text, 0, kLevelNames.size() - 1);
 }
 
 const char* value_form(const DvfsField& field)
@@ -148,7 +146,7 @@ std::string value_text(const DvfsField& field, int64_t value)
         case kLevel:
             break;
     }
-    return std::string{kLevels.at(static_cast<std::size_t>(value))};
+    return std::string{kLevelNames.at(static_cast<std::size_t>(value))};
 }
 
 std::string value_text(const DvfsField& field, const std::optional<int64_t>& value)

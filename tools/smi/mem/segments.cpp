@@ -7,8 +7,6 @@
 namespace nimba::smi {
 namespace {
 
-constexpr std::array kHeapNames{"heap_invalid", "heap_local", "heap_pcie_unsnoop",
-                                "heap_pcie_snoop"};
 constexpr std::size_t kRest = 4;  // without the node: all segments from there on
 
 constexpr SegmentUnit kMegabyte{"MB", 1'000'000};
@@ -39,7 +37,7 @@ SegmentTable segment_table(const SegmentReading& reading)
         const bool is_heap = reading.source == SegmentSource::kHeaps && i < kHeapNames.size();
         table.segments.push_back(
             {std::to_string(i) + (is_rest ? "+" : ""),
-             is_heap ? std::optional<std::string>(kHeapNames.at(i)) : std::nullopt, use});
+             is_heap ? std::optional<std::string>(kHeapNames[i]) : std::nullopt, use});
         table.sum = {plus(table.sum.used, use.used), plus(table.sum.total, use.total)};
     }
     return table;

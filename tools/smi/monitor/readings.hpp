@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <iterator>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 namespace nimba::smi {
@@ -24,6 +25,10 @@ enum class SegmentSource {
     kHeaps,        // the driver's heaps, and the allocations in them: in MiB
     kAllocations,  // the allocations alone: in MiB, without sizes of segments
 };
+
+// The driver's heaps: the first segments.
+inline constexpr std::array<std::string_view, 4> kHeapNames{"heap_invalid", "heap_local",
+                                                            "heap_pcie_unsnoop", "heap_pcie_snoop"};
 
 struct SegmentUse {
     std::optional<uint64_t> used;  // in the unit of the source

@@ -21,7 +21,6 @@ constexpr const char* kSegmentInit = "segment_init";
 constexpr const char* kSegmentInfo = "get_segment_info";
 constexpr const char* kSegmentNode = "segment_info";
 
-constexpr std::array kHeaps{"heap_invalid", "heap_local", "heap_pcie_unsnoop", "heap_pcie_snoop"};
 constexpr std::size_t kSumSegment = 4;  // the node's reader adds all behind it to it
 
 constexpr uint32_t kUnwritten = UINT32_MAX;
@@ -93,8 +92,8 @@ void note_heap_fault(const FileFault& fault, const std::string& directory, Segme
 void forget_unread_heaps(Session& session, SegmentReading& reading)
 {
     const std::string directory = heap_directory(session);
-    for (std::size_t i = 0; i < kHeaps.size(); ++i) {
-        const std::string path = fmt::format("{}/{}/info", directory, kHeaps.at(i));
+    for (std::size_t i = 0; i < kHeapNames.size(); ++i) {
+        const std::string path = fmt::format("{}/{}/info", directory, kHeapNames.at(i));
         const NodeText text =
             session.call("open " + path, [&] { return node_text(AT_FDCWD, path.c_str()); });
         if (text.text.empty()) {
@@ -130,7 +129,7 @@ std::optional<Failure> read_allocations(Session& session, const MonitorEntryPoin
     for (std::size_t i = 0; i < SEGMENT_SLOT_NUM; ++i) {
         SegmentUse& segment = reading.segments.emplace_back();
         segment.used = failure ? std::nullopt : used_by_allocations(info.used_size[i]);
-        segment.total = with_heaps && i < kHeaps.size()
+        segment.total = with_heaps && i < kHeapNames.size()
                             ? std::optional<uint64_t>(info.total_size[i])
                             : std::nullopt;
     }
