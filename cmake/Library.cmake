@@ -19,14 +19,18 @@ add_library(nimba_objects OBJECT
     config/preference_file.cpp
     config/preferences.cpp
     config/preference_text.cpp
+    core/adapter_summary.cpp
+    core/adapter_summary_ext2.cpp
     core/adapter_sysfs.cpp
     core/chip_table.cpp
     core/current_adapter.cpp
     core/debug_directory.cpp
     core/discovery.cpp
+    core/display_outputs.cpp
     core/drm_library.cpp
     core/entries.cpp
     core/fatal.cpp
+    core/gpuinfo_text.cpp
     core/interface_version.cpp
     core/kernel_interface.cpp
     core/lifecycle.cpp

@@ -1076,6 +1076,125 @@ NIMBA_MGMT_API int32_t gfxbusy_init(void);
 NIMBA_MGMT_API int32_t get_gpubusy_info(GpuBusyInfo* info);
 
 /* ---------------------------------------------------------------------------------------------
+ * Adapter summary. Run gfx_global_init for the slot first: the nodes are those of the current
+ * adapter, while chip and card are those of the slot rec->chip_id_idx. What cannot change is read
+ * at the first call for a chip and kept for the process, by chip_id: two adapters of one chip share
+ * what the first one's call found, and gfx_global_exit forgets nothing. "The driver's file" is
+ * /proc/gpuinfo_<card>, of which the first 1024 bytes are read.
+ * ------------------------------------------------------------------------------------------- */
+
+/* A type of display connector, 16 bytes. */
+typedef struct connect_type {
+    char name[12]; /*  0: as the driver and DRM name it */
+    uint32_t bit;  /* 12: in adapter_summary.display_type_mask */
+} connect_type;
+
+NIMBA_MGMT_ASSERT(sizeof(connect_type) == 16);
+NIMBA_MGMT_ASSERT_OFFSET(connect_type, name, 0);
+NIMBA_MGMT_ASSERT_OFFSET(connect_type, bit, 12);
+
+#define NIMBA_CONNECT_TYPE_NUM 5
+
+/* The connectors that are known: "VGA" 1, "DVI" 2, "HDMI" 4, "DP" 8, "EDP" 16. */
+extern NIMBA_MGMT_API const connect_type support_CONNECT_type_list[NIMBA_CONNECT_TYPE_NUM];
+
+/* Clocks, memory, display outputs and PCIe link, 48 bytes. Clocks are in the driver's units. Nodes
+ * are those of the info directory. "Kept": read at the first call for the chip. */
+typedef struct adapter_summary {
+    uint32_t eclk;              /*  0: node "eclk" */
+    uint32_t vclk;              /*  4: node "vclk" */
+    uint32_t mclk;              /*  8: node "mclk" */
+    uint32_t fb_size;           /* 12: node "fb_size", in the driver's unit; kept */
+    uint32_t memory_data_rate;  /* 16: Nimba chips: mclk * 2; others: MT/s, from dmidecode, kept */
+    uint32_t coreclk;           /* 20: node "coreclk" */
+    uint32_t display_port_num;  /* 24: display outputs; kept */
+    uint32_t display_type_mask; /* 28: bits of support_CONNECT_type_list; kept */
+    uint32_t miu_channel_num;   /* 32: node "miu_channel_num": memory channels; kept */
+    uint32_t pcie_link_width;   /* 36: lanes, from "current_link_width" of the PCI device; kept */
+    uint32_t memory_type;       /* 40: DDR generation, see runShellCommand_getMemoryTYpe; kept.
+                                 * Not written for Nimba chips. */
+    uint32_t memory_bit_width;  /* 44: bits, see runShellCommand_getBitWidth; kept. Not written
+                                 * for Nimba chips. */
+} adapter_summary;
+
+NIMBA_MGMT_ASSERT(sizeof(adapter_summary) == 48);
+NIMBA_MGMT_ASSERT_OFFSET(adapter_summary, eclk, 0);
+NIMBA_MGMT_ASSERT_OFFSET(adapter_summary, vclk, 4);
+NIMBA_MGMT_ASSERT_OFFSET(adapter_summary, mclk, 8);
+NIMBA_MGMT_ASSERT_OFFSET(adapter_summary, fb_size, 12);
+NIMBA_MGMT_ASSERT_OFFSET(adapter_summary, memory_data_rate, 16);
+NIMBA_MGMT_ASSERT_OFFSET(adapter_summary, coreclk, 20);
+NIMBA_MGMT_ASSERT_OFFSET(adapter_summary, display_port_num, 24);
+NIMBA_MGMT_ASSERT_OFFSET(adapter_summary, display_type_mask, 28);
+NIMBA_MGMT_ASSERT_OFFSET(adapter_summary, miu_channel_num, 32);
+NIMBA_MGMT_ASSERT_OFFSET(adapter_summary, pcie_link_width, 36);
+NIMBA_MGMT_ASSERT_OFFSET(adapter_summary, memory_type, 40);
+NIMBA_MGMT_ASSERT_OFFSET(adapter_summary, memory_bit_width, 44);
+
+/* Versions, fill rates, resolutions, use and temperature, 232 bytes, all from the driver's file,
+ * in its units. "Kept": read at the first call for the chip. A resolution is width << 48 |
+ * height << 32 | refresh rate. */
+typedef struct adapter_summary_ext2 {
+    uint64_t driver_version;    /*   0: a << 32 | b << 16 | c of the hexadecimal "a.b.c"; kept */
+    uint64_t firmware_version;  /*   8: a << 48 | b << 32 | c << 16 | d of "a.b.c.d"; kept */
+    char firmware_name[32];     /*  16: up to 31 characters and a NUL; kept */
+    uint32_t pixel_fillrate;    /*  48: kept */
+    uint32_t texture_fillrate;  /*  52: kept */
+    uint32_t memory_clock_freq; /*  56 */
+    uint32_t reserved_60;       /*  60: 0 */
+    uint64_t max_resolution_hdmi_dp; /*  64: of HDMI, or else of DP; kept */
+    uint64_t max_resolution_vga;     /*  72: kept */
+    uint32_t gpu_memory_usage;       /*  80: 0xFFFFFFFF: not told, as for the next four */
+    uint32_t gpu_use_rate_3d;        /*  84 */
+    uint32_t gpu_use_rate_video;     /*  88 */
+    uint32_t gpu_use_rate_vpp;       /*  92 */
+    uint32_t realtime_temperature;   /*  96 */
+    uint32_t reserved_100[3];        /* 100: 0 */
+    uint32_t pcie_gen;               /* 112: generation of the PCIe link; kept */
+    uint32_t reserved_116[29];       /* 116: 0 */
+} adapter_summary_ext2;
+
+NIMBA_MGMT_ASSERT(sizeof(adapter_summary_ext2) == 232);
+NIMBA_MGMT_ASSERT_OFFSET(adapter_summary_ext2, driver_version, 0);
+NIMBA_MGMT_ASSERT_OFFSET(adapter_summary_ext2, firmware_version, 8);
+NIMBA_MGMT_ASSERT_OFFSET(adapter_summary_ext2, firmware_name, 16);
+NIMBA_MGMT_ASSERT_OFFSET(adapter_summary_ext2, pixel_fillrate, 48);
+NIMBA_MGMT_ASSERT_OFFSET(adapter_summary_ext2, texture_fillrate, 52);
+NIMBA_MGMT_ASSERT_OFFSET(adapter_summary_ext2, memory_clock_freq, 56);
+NIMBA_MGMT_ASSERT_OFFSET(adapter_summary_ext2, max_resolution_hdmi_dp, 64);
+NIMBA_MGMT_ASSERT_OFFSET(adapter_summary_ext2, max_resolution_vga, 72);
+NIMBA_MGMT_ASSERT_OFFSET(adapter_summary_ext2, gpu_memory_usage, 80);
+NIMBA_MGMT_ASSERT_OFFSET(adapter_summary_ext2, gpu_use_rate_3d, 84);
+NIMBA_MGMT_ASSERT_OFFSET(adapter_summary_ext2, gpu_use_rate_video, 88);
+NIMBA_MGMT_ASSERT_OFFSET(adapter_summary_ext2, gpu_use_rate_vpp, 92);
+NIMBA_MGMT_ASSERT_OFFSET(adapter_summary_ext2, realtime_temperature, 96);
+NIMBA_MGMT_ASSERT_OFFSET(adapter_summary_ext2, pcie_gen, 112);
+
+/* Describes the adapter in slot rec->chip_id_idx, which should be the current one.
+ * out: all words but the last two; those also unless the chip is a Nimba one (chip_id 0, of an
+ * empty slot, is none). What cannot be read is 0. Display outputs are those of the driver's file,
+ * if its device id is the chip's; else, but for Nimba chips, those of the PCI device's directory
+ * drm/card<card>. In the list of the driver's file "EDP" counts as "DP", too.
+ * On standard output, at the first call for a chip: "get_line_from_string fail, string too long!!!"
+ * when that list has 100 characters or more, and is ignored; "Error opening drm directory"; "Failed
+ * to run command". That call also runs dmidecode three times, whatever the chip. Return: 0 always.
+ */
+NIMBA_MGMT_API int32_t get_adapter_summary(adapter_summary* out, find_adapter* rec);
+
+/* Describes the adapter in slot rec->chip_id_idx by the driver's file of its card.
+ * out: all 232 bytes; what is not told is 0, or 0xFFFFFFFF in the words 80 to 99. When the file
+ * cannot be read nothing else is told, not even what is kept. Of a line that is only partly as
+ * expected the numbers that are missing are those of the line before it, in the order in which they
+ * are read, and 0 before the first: versions, fill rates, resolutions, PCIe generation.
+ * Return: 0 always. */
+NIMBA_MGMT_API int32_t get_adapter_summary_ext2(adapter_summary_ext2* out, find_adapter* rec);
+
+/* The workers of the two. Return: 0 always. */
+NIMBA_MGMT_API int32_t gpu_info_get_adapter_summary(adapter_summary* out, find_adapter* rec);
+NIMBA_MGMT_API int32_t gpu_info_get_adapter_summary_ext2(adapter_summary_ext2* out,
+                                                         find_adapter* rec);
+
+/* ---------------------------------------------------------------------------------------------
  * GPU preferences: which GPU an application should use, kept in the user's file
  * $HOME/.local/share/wmt_gfx_util.ini (the directory is not created).
  * ------------------------------------------------------------------------------------------- */
