@@ -6,7 +6,8 @@
  *   1. load the library (its constructor writes one line to standard output and installs printf as
  *      the print callback);
  *   2. set_print_callback and get_interface_version_ext1, both optional;
- *   3. gfx_find_adapter with a zeroed find_adapter record, then optionally gfx_find_adapter_ext1;
+ *   3. gfx_find_adapter with a find_adapter record that is zeroed but for vendor_id_filter, which
+ * is 0xFFFF (a zero accepts no adapter), then optionally gfx_find_adapter_ext1;
  *   4. set the record's chip_id_idx to one of its slots and call gfx_global_init;
  *   5. any query or setting;
  *   6. gfx_global_exit.
@@ -1132,16 +1133,16 @@ NIMBA_MGMT_ASSERT_OFFSET(adapter_summary, memory_type, 40);
 NIMBA_MGMT_ASSERT_OFFSET(adapter_summary, memory_bit_width, 44);
 
 /* Versions, fill rates, resolutions, use and temperature, 232 bytes, all from the driver's file,
- * in its units. "Kept": read at the first call for the chip. A resolution is width << 48 |
- * height << 32 | refresh rate. */
+ * in its units. "Kept": read at the first call for the chip. A resolution is (width << 48) +
+ * (height << 32) + refresh rate. */
 typedef struct adapter_summary_ext2 {
-    uint64_t driver_version;    /*   0: a << 32 | b << 16 | c of the hexadecimal "a.b.c"; kept */
-    uint64_t firmware_version;  /*   8: a << 48 | b << 32 | c << 16 | d of "a.b.c.d"; kept */
-    char firmware_name[32];     /*  16: up to 31 characters and a NUL; kept */
-    uint32_t pixel_fillrate;    /*  48: kept */
-    uint32_t texture_fillrate;  /*  52: kept */
-    uint32_t memory_clock_freq; /*  56 */
-    uint32_t reserved_60;       /*  60: 0 */
+    uint64_t driver_version;         /*   0: (a << 32) + (b << 16) + c of "a.b.c" in hex; kept */
+    uint64_t firmware_version;       /*   8: (a << 48) + (b << 32) + (c << 16) + d; kept */
+    char firmware_name[32];          /*  16: up to 31 characters and a NUL; kept */
+    uint32_t pixel_fillrate;         /*  48: kept */
+    uint32_t texture_fillrate;       /*  52: kept */
+    uint32_t memory_clock_freq;      /*  56 */
+    uint32_t reserved_60;            /*  60: 0 */
     uint64_t max_resolution_hdmi_dp; /*  64: of HDMI, or else of DP; kept */
     uint64_t max_resolution_vga;     /*  72: kept */
     uint32_t gpu_memory_usage;       /*  80: 0xFFFFFFFF: not told, as for the next four */
@@ -1183,9 +1184,9 @@ NIMBA_MGMT_API int32_t get_adapter_summary(adapter_summary* out, find_adapter* r
 
 /* Describes the adapter in slot rec->chip_id_idx by the driver's file of its card.
  * out: all 232 bytes; what is not told is 0, or 0xFFFFFFFF in the words 80 to 99. When the file
- * cannot be read nothing else is told, not even what is kept. Of a line that is only partly as
- * expected the numbers that are missing are those of the line before it, in the order in which they
- * are read, and 0 before the first: versions, fill rates, resolutions, PCIe generation.
+ * cannot be read nothing else is told, not even what is kept. The lines of what is kept are read in
+ * the order versions, fill rates, resolutions, PCIe generation: a number that one of them lacks is
+ * the one that was read last in its place, by whichever line before it, and 0 before the first.
  * Return: 0 always. */
 NIMBA_MGMT_API int32_t get_adapter_summary_ext2(adapter_summary_ext2* out, find_adapter* rec);
 

@@ -130,6 +130,49 @@ TEST(AdapterModelFrames, NeverComeAtARateOfZero)
     EXPECT_EQ(info(model, "rxa_blt_scn_cnt"), "0\n");
 }
 
+TEST(AdapterModelFrames, BecomeFewerWhileTheLoadIsHigh)
+{
+    AdapterModel model = model_of(
+        "[adapter.activity]\nperiod_ms = 8000\nflips = 100\nflip_swing = 40\nblits = 100\n");
+    for (const auto& [time, frames] : std::map<int, const char*>{{1, "90"},
+                                                                 {2, "160"},
+                                                                 {3, "230"},
+                                                                 {4, "320"},
+                                                                 {6, "560"},
+                                                                 {8, "800"},
+                                                                 {10, "960"},
+                                                                 {8000006, "800000560"}}) {
+        model.advance_to(seconds{time});
+        const std::string count = info(model, "fps_count");
+        EXPECT_EQ(count.substr(0, count.find(' ')), frames) << time;
+        EXPECT_EQ(std::to_string(model.counters().flips), frames) << time;
+    }
+}
+
+TEST(AdapterModelFrames, HaveTheTimeOfTheirLastOneAtAnyRate)
+{
+    AdapterModel model = model_of(
+        "[adapter.activity]\nperiod_ms = 8000\nflips = 100\nflip_swing = 40\nblits = 1000\n");
+    model.advance_to(nanoseconds{999999999});
+    EXPECT_EQ(model.counters().flips, 89);
+    EXPECT_EQ(info(model, "rxa_blt_scn_cnt"), "987\n");
+    model.advance_to(seconds{1});
+    EXPECT_EQ(info(model, "fps_count"), "90 1000000000\n");
+    model.advance_to(milliseconds{1005});
+    EXPECT_EQ(info(model, "fps_count"), "90 1000000000\n");
+    EXPECT_EQ(info(model, "rxa_blt_scn_cnt"), "1000\n");
+}
+
+TEST(AdapterModelFrames, MayPauseAtTheTopOfTheLoad)
+{
+    AdapterModel model =
+        model_of("[adapter.activity]\nperiod_ms = 8000\nflips = 100\nflip_swing = 100\n");
+    for (const auto& [time, frames] : std::map<int, int>{{2000, 100}, {2100, 100}, {6000, 500}}) {
+        model.advance_to(milliseconds{time});
+        EXPECT_EQ(model.counters().flips, frames) << time;
+    }
+}
+
 TEST(AdapterModelFrames, AreCountedIn32BitsByTheNodeAndIn64ByTheCounters)
 {
     AdapterModel model = model_of("[adapter.activity]\nflips = 100000\n");

@@ -42,7 +42,7 @@ const std::vector<BadFile> kTables{
      "\"memory\", \"voltage\""},
     {"UnknownActivityKey", ACTIVITY("fps = 1\n"),
      ":7: key 'adapter[0].activity.fps': unknown key, expected one of \"load\", \"swing\", "
-     "\"flips\", \"blits\", \"period_ms\", \"engines\", \"bandwidth\""},
+     "\"flips\", \"blits\", \"period_ms\", \"flip_swing\", \"engines\", \"bandwidth\""},
     {"UnknownCoolingKey", COOLING("fan = 1\n"),
      ":7: key 'adapter[0].cooling.fan': unknown key, expected one of \"ambient\", \"rise\", "
      "\"least_fan\", \"greatest_fan\", \"start\", \"time_constant_ms\""},
@@ -92,6 +92,10 @@ const std::vector<BadFile> kActivities{
      ":7: key 'adapter[0].activity.flips': expected a whole number from 0 to 100000, got 100001"},
     {"TooManyBlits", ACTIVITY("blits = 100001\n"),
      ":7: key 'adapter[0].activity.blits': expected a whole number from 0 to 100000, got 100001"},
+    {"FlipSwingAboveTheFlips", ACTIVITY("flips = 30\nflip_swing = 31\n"),
+     ":8: key 'adapter[0].activity.flip_swing': expected a whole number from 0 to 30, got 31"},
+    {"FlipSwingAboveTheDefaultFlips", ACTIVITY("flip_swing = 61\n"),
+     ":7: key 'adapter[0].activity.flip_swing': expected a whole number from 0 to 60, got 61"},
     {"TooFewEngines", ACTIVITY("engines = [1, 2, 3, 4, 5, 6, 7]\n"),
      ":7: key 'adapter[0].activity.engines': expected a list of 8 numbers, got a list"},
     {"EngineAboveFull", ACTIVITY("engines = [1, 101]\n"),

@@ -68,6 +68,7 @@ TEST(AdapterPowerReader, TakesActivity)
     const AdapterActivity activity =
         power_of(
             "[adapter.activity]\nload = 1\nswing = 2\nperiod_ms = 3\nflips = 4\nblits = 5\n"
+            "flip_swing = 3\n"
             "engines = [1, 2, 3, 4, 5, 6, 7, 8]\n"
             "bandwidth = [1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12]\n")
             .activity;
@@ -76,6 +77,7 @@ TEST(AdapterPowerReader, TakesActivity)
     EXPECT_EQ(activity.period, std::chrono::milliseconds{3});
     EXPECT_EQ(activity.flips, 4);
     EXPECT_EQ(activity.blits, 5);
+    EXPECT_EQ(activity.flip_swing, 3);
     EXPECT_EQ(activity.engines, (std::array<int64_t, 8>{1, 2, 3, 4, 5, 6, 7, 8}));
     EXPECT_EQ(activity.bandwidth, (std::array<int64_t, 12>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}));
 }

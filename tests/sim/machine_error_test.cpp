@@ -105,7 +105,8 @@ const std::vector<BadFile> kBadFiles{
      "\"chip\", \"vendor\", \"device\", \"bus_id\", \"card\", \"render\", \"nodes\", \"unopenable\", "
      "\"version\", \"driver\", \"debug\", \"info\", \"hwmon\", \"proc\", \"unreadable\", \"missing\", "
      "\"context\", \"allocation\", \"shape\", \"generated\", \"change\", \"leak\", \"clocks\", "
-     "\"activity\", \"cooling\", \"board\", \"segment\""},
+     "\"activity\", \"cooling\", \"board\", \"segment\", \"link_width\", \"link_speed\", "
+     "\"connectors\""},
     {"UnknownChip", ADAPTER("chip = \"nimba-k9\"\n"),
      ":3: key 'adapter[0].chip': expected one of \"nimba-k1\", \"nimba-k2\", \"nimba-k3\", "
      "\"nimba-k3t\", \"nimba-k5\", \"nimba-k6\", \"qv-m20\", \"qv-m30\", \"qv-m40\", "

@@ -93,7 +93,8 @@ TEST(NodeDirectories, NodesKeepWhatIsWrittenDuringTheRunOnly)
 TEST(NodeDirectories, BareAdapterHasNone)
 {
     expect_output("bare-adapter", "ls /sys/bus/pci/devices/0000:01:00.0",
-                  "class\nconfig\ndevice\ndrm\nrevision\nsubsystem\nsubsystem_device\n"
+                  "class\nconfig\ncurrent_link_speed\ncurrent_link_"
+                  "width\ndevice\ndrm\nrevision\nsubsystem\nsubsystem_device\n"
                   "subsystem_vendor\nuevent\nvendor\n");
     expect_output("bare-adapter", "test -e /sys/kernel/debug; echo $?", "1\n");
     expect_output("bare-adapter", "test -e /proc/gpuinfo_0; echo $?", "1\n");

@@ -51,6 +51,7 @@ TEST(ShippedMachines, AreThese)
                                                "qv-m30-heaps",
                                                "qv-m40-heaps",
                                                "seven-segments",
+                                               "showcase",
                                                "sixty-devices",
                                                "steady-adapter",
                                                "three-adapters",

@@ -53,8 +53,9 @@ struct AdapterActivity {
     int64_t load = 40;   // percent
     int64_t swing = 30;  // how far the load goes up and down, in percent of full load
     std::chrono::milliseconds period{20000};
-    int64_t flips = 60;  // per second
-    int64_t blits = 60;  // per second
+    int64_t flips = 60;      // per second
+    int64_t flip_swing = 0;  // how far that goes down as the load goes up; `flips` at most
+    int64_t blits = 60;      // per second
     // At full load: percent of each engine, MB/s of each word.
     std::array<int64_t, kEngineCount> engines{100, 25, 50, 40, 10, 30, 20, 15};
     std::array<int64_t, kBandwidthWords> bandwidth{8000, 6000, 4000, 3000, 2400, 1600,

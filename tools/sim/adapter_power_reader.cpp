@@ -85,7 +85,8 @@ constexpr auto kClockNames = names_of(
     kClockKeys,
     std::array<std::string_view, 6>{"mode", "level", "idle", "balance", "lowpower", "performance"});
 constexpr auto kActivityNames =
-    names_of(kActivityKeys, std::array<std::string_view, 3>{"period_ms", "engines", "bandwidth"});
+    names_of(kActivityKeys,
+             std::array<std::string_view, 4>{"period_ms", "flip_swing", "engines", "bandwidth"});
 constexpr auto kCoolingNames =
     names_of(kCoolingKeys, std::array<std::string_view, 2>{"start", "time_constant_ms"});
 constexpr auto kBoardNames = names_of(kBoardKeys, names_of(kBoardTexts));
@@ -151,6 +152,7 @@ AdapterActivity read_activity(const TableReader& table)
     AdapterActivity activity;
     read_numbers(table, kActivityKeys, activity);
     activity.period = read_time(table, "period_ms", activity.period);
+    activity.flip_swing = table.integer_or("flip_swing", 0, activity.flips, activity.flip_swing);
     read_list(table, "engines", kPercent, activity.engines);
     read_list(table, "bandwidth", kMostMegabytes, activity.bandwidth);
     return activity;

@@ -2,6 +2,7 @@
 #include "adapter_reader.hpp"
 
 #include "adapter_power_reader.hpp"
+#include "connection_reader.hpp"
 #include "device_reader.hpp"
 #include "driver/model_nodes.hpp"
 #include "product.hpp"
@@ -202,6 +203,8 @@ Adapter read_adapter(const TableReader& reader, Claims& claims,
     adapter.driver_dir = find_vendor(product_vendors(), adapter.pci.vendor)->driver;
     adapter.pci.address = read_address(reader, claims);
     adapter.drm = read_drm(reader, claims, adapter.driver_dir);
+    adapter.link = read_link(reader);
+    adapter.drm.connectors = read_connectors(reader, adapter.drm);
     const std::string driver_kind =
         reader.has("driver") ? reader.choice("driver", kDriverKinds) : "va";
     adapter.va_driver = driver_kind == "va";

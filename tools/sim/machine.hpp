@@ -13,6 +13,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace nimba::sim {
@@ -38,6 +39,12 @@ struct PciDevice {
     PciAddress address;
 };
 
+// What sysfs tells of a device's link. An attribute whose text is empty is not there.
+struct PcieLink {
+    std::string width;
+    std::string speed;
+};
+
 enum class DrmNode { kPrimary, kControl, kRender };
 
 struct DrmDevice {
@@ -47,6 +54,9 @@ struct DrmDevice {
     std::set<DrmNode> unopenable;  // nodes that exist but that nobody can open
     bool answers_version = true;
     std::string driver;  // the name in the driver's version
+    // The display connectors in the primary node's directory in sysfs, "HDMI-A-1" and the like;
+    // nothing: there is no directory of its name.
+    std::optional<std::vector<std::string>> connectors{std::in_place};
 };
 
 // Returns the file name in /dev/dri, such as "renderD128".
@@ -71,6 +81,7 @@ struct NodePlace {
 // An adapter of one of the product's vendors.
 struct Adapter {
     PciDevice pci;
+    PcieLink link;
     DrmDevice drm;
     std::string driver_dir;  // "jw" or "qv"
     bool va_driver = true;

@@ -7,6 +7,9 @@
 #include <array>
 #include <cstdint>
 #include <filesystem>
+#include <iterator>
+#include <string_view>
+#include <vector>
 
 namespace nimba::sim {
 namespace {
@@ -31,6 +34,38 @@ std::string configuration_space(const PciDevice& device)
     return fmt::format("{:02X}", fmt::join(bytes, ""));
 }
 
+// An attribute of any bytes; none without any.
+std::string attribute(std::string_view name, std::string_view text)
+{
+    const std::vector<uint8_t> bytes{text.begin(), text.end()};
+    return text.empty() ? "" : fmt::format("H: {}={:02X}\n", name, fmt::join(bytes, ""));
+}
+
+// The node's directory below "drm".
+std::string directory_name(const DrmDevice& device, DrmNode node)
+{
+    return node == DrmNode::kPrimary && !device.connectors
+               ? fmt::format("minor{}", node_minor(device, node))
+               : node_name(device, node);
+}
+
+std::string describe_connectors(const std::string& parent, const DrmDevice& device)
+{
+    std::string text;
+    for (const std::string& connector : *device.connectors) {
+        fmt::format_to(std::back_inserter(text),
+                       "P: {parent}/drm/{card}/{card}-{connector}\n"
+                       "E: SUBSYSTEM=drm\n"
+                       "E: DEVTYPE=drm_connector\n"
+                       "L: device=../../{card}\n"
+                       "\n",
+                       fmt::arg("parent", parent),
+                       fmt::arg("card", node_name(device, DrmNode::kPrimary)),
+                       fmt::arg("connector", connector));
+    }
+    return text;
+}
+
 }  // namespace
 
 std::string pci_device_path(const PciAddress& address)
@@ -43,7 +78,8 @@ std::string platform_device_path(const PlatformDevice& device)
     return fmt::format("/devices/platform/{}", device.name);
 }
 
-std::string describe_pci_device(const PciDevice& device, const std::string& driver)
+std::string describe_pci_device(const PciDevice& device, const std::string& driver,
+                                const PcieLink& link)
 {
     return fmt::format(
         "P: {path}\n"
@@ -60,11 +96,15 @@ std::string describe_pci_device(const PciDevice& device, const std::string& driv
         "A: subsystem_device=0x{device:04x}\\n\n"
         "A: revision=0x{revision:02x}\\n\n"
         "H: config={config}\n"
+        "{link_width}"
+        "{link_speed}"
         "\n",
         fmt::arg("path", pci_device_path(device.address)), fmt::arg("driver", driver),
         fmt::arg("class_code", kDisplayClass), fmt::arg("vendor", device.vendor),
         fmt::arg("device", device.device), fmt::arg("address", to_text(device.address)),
-        fmt::arg("revision", kRevision), fmt::arg("config", configuration_space(device)));
+        fmt::arg("revision", kRevision), fmt::arg("config", configuration_space(device)),
+        fmt::arg("link_width", attribute("current_link_width", link.width)),
+        fmt::arg("link_speed", attribute("current_link_speed", link.speed)));
 }
 
 std::string describe_platform_device(const PlatformDevice& device)
@@ -81,8 +121,10 @@ std::string describe_platform_device(const PlatformDevice& device)
 // The node is described with contents, which makes it a plain file that umockdev shows as a device.
 std::string describe_drm_node(const std::string& parent, const DrmDevice& device, DrmNode node)
 {
+    const std::string connectors =
+        node == DrmNode::kPrimary && device.connectors ? describe_connectors(parent, device) : "";
     return fmt::format(
-        "P: {parent}/drm/{name}\n"
+        "P: {parent}/drm/{directory}\n"
         "N: dri/{name}=00\n"
         "E: SUBSYSTEM=drm\n"
         "E: DEVNAME=/dev/dri/{name}\n"
@@ -91,8 +133,10 @@ std::string describe_drm_node(const std::string& parent, const DrmDevice& device
         "E: MINOR={minor}\n"
         "A: dev=226:{minor}\\n\n"
         "L: device=../../../{parent_name}\n"
-        "\n",
-        fmt::arg("parent", parent), fmt::arg("name", node_name(device, node)),
+        "\n"
+        "{connectors}",
+        fmt::arg("parent", parent), fmt::arg("directory", directory_name(device, node)),
+        fmt::arg("connectors", connectors), fmt::arg("name", node_name(device, node)),
         fmt::arg("minor", node_minor(device, node)),
         fmt::arg("parent_name", std::filesystem::path{parent}.filename().native()));
 }

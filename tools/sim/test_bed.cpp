@@ -46,11 +46,12 @@ std::vector<DrmParent> drm_parents(const Machine& machine)
     std::vector<DrmParent> parents;
     for (const Adapter& adapter : machine.adapters) {
         parents.push_back({adapter.drm, pci_device_path(adapter.pci.address),
-                           describe_pci_device(adapter.pci, adapter.drm.driver), true});
+                           describe_pci_device(adapter.pci, adapter.drm.driver, adapter.link),
+                           true});
     }
     for (const ForeignGpu& gpu : machine.foreign_gpus) {
         parents.push_back({gpu.drm, pci_device_path(gpu.pci.address),
-                           describe_pci_device(gpu.pci, gpu.drm.driver), false});
+                           describe_pci_device(gpu.pci, gpu.drm.driver, {}), false});
     }
     for (const PlatformDevice& device : machine.platform_devices) {
         parents.push_back(

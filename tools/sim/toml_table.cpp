@@ -254,6 +254,17 @@ std::vector<std::string> TableReader::texts(std::string_view key) const
     return texts;
 }
 
+std::optional<std::vector<std::string>> TableReader::texts_or_false(std::string_view key) const
+{
+    if (const auto* flag = find<bool>(key); flag != nullptr && !flag->get()) {
+        return std::nullopt;
+    }
+    if (find<toml::array>(key) == nullptr) {
+        reject(key, "a list of texts, or false");
+    }
+    return texts(key);
+}
+
 std::optional<TableReader::Texts> TableReader::texts_by_name_or(std::string_view key,
                                                                 const Texts& fallback) const
 {

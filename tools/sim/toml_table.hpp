@@ -50,6 +50,8 @@ class TableReader {
 
     // The texts of a list.
     std::vector<std::string> texts(std::string_view key) const;
+    // The same; nothing if the value is the word `false`.
+    std::optional<std::vector<std::string>> texts_or_false(std::string_view key) const;
 
     // A table of texts; nothing if the value is the word `false`; `fallback` if it is missing.
     using Texts = std::map<std::string, std::string>;

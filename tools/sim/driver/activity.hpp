@@ -33,6 +33,9 @@ class Activity {
     std::array<uint32_t, kUsageWords> usage() const;
 
   private:
+    double turn_at(std::chrono::nanoseconds time) const;  // the part of the period that is over
+    int64_t flips_until(std::chrono::nanoseconds time) const;
+
     AdapterActivity description_;
     std::chrono::nanoseconds time_{0};
 };
