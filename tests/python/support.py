@@ -1,0 +1,102 @@
+# SPDX-License-Identifier: MIT
+"""What the tests share. The build tells in the environment where its parts are:
+
+NIMBA_BIN, NIMBA_LIBRARY, NIMBA_STAND_IN and NIMBA_VERSION.
+"""
+
+from __future__ import annotations
+
+import json
+import os
+import select
+import subprocess
+import sys
+import unittest
+from pathlib import Path
+from typing import Any
+
+SOURCE = Path(__file__).resolve().parents[2]
+MACHINES = Path(__file__).resolve().parent / "machines"
+STAND_IN = os.environ["NIMBA_STAND_IN"]
+LIBRARY = os.environ["NIMBA_LIBRARY"]
+
+_BOUND = 60
+
+
+def python(*arguments: str) -> list[str]:
+    """A command that runs this Python."""
+    return [sys.executable, *arguments]
+
+
+def on(machine: str | Path, *command: str, live: bool = False) -> list[str]:
+    """A command that runs another one on a machine: a name, or a file of MACHINES."""
+    file = MACHINES / machine
+    drivers = () if live_drivers_work() else ("--drivers", "plain")
+    if live and drivers:
+        raise unittest.SkipTest("needs live drivers: no FUSE file system can be mounted here")
+    name = str(file) if file.exists() else str(machine)
+    return [_program("nimba-sim"), "run", *drivers, "--machine", name, "--", *command]
+
+
+def run(command: list[str], **options: Any) -> subprocess.CompletedProcess[str]:
+    """Runs a command to its end, which is waited for no longer than a minute."""
+    environment = {**os.environ, "PYTHONDONTWRITEBYTECODE": "1", **options.pop("env", {})}
+    return subprocess.run(
+        command, capture_output=True, text=True, timeout=_BOUND, env=environment, **options
+    )
+
+
+def told(program: str, machine: str | Path = "", *, live: bool = False, **env: str) -> Any:
+    """The JSON value that a Python program prints, on a machine if one is given."""
+    command = python("-c", f"import json, nimba_mgmt\n{program}")
+    ended = run(on(machine, *command, live=live) if machine else command, env=env)
+    if ended.returncode != 0 or ended.stderr:
+        raise AssertionError(f"status {ended.returncode}\n{ended.stderr}")
+    return json.loads(ended.stdout)
+
+
+def ended_soon(pid: int) -> bool:
+    """Whether a process has ended, or does so within 20 seconds. It need not be a child."""
+    try:
+        descriptor = os.pidfd_open(pid)
+    except ProcessLookupError:
+        return True
+    try:
+        poll = select.poll()
+        poll.register(descriptor, select.POLLIN)
+        return bool(poll.poll(20_000))
+    finally:
+        os.close(descriptor)
+
+
+def needs_live_drivers() -> None:
+    """In a test that runs on a machine: skips it where the drivers' nodes are plain files."""
+    run_directory = os.path.dirname(os.environ["UMOCKDEV_DIR"])
+    if f" {run_directory}/" not in Path("/proc/self/mountinfo").read_text():
+        raise unittest.SkipTest("needs live drivers: no FUSE file system can be mounted here")
+
+
+def sim(*arguments: str) -> str:
+    """In a test that runs on a machine: runs nimba-sim and gives what it prints."""
+    command = [_program("nimba-sim"), *arguments]
+    return subprocess.run(
+        command, check=True, capture_output=True, text=True, timeout=_BOUND
+    ).stdout
+
+
+def live_drivers_work() -> bool:
+    """Whether this user can mount FUSE file systems."""
+    global _live
+    if os.environ.get("NIMBA_SIM_DRIVERS") == "plain":
+        return False
+    if _live is None:
+        command = [_program("nimba-sim"), "run", "--drivers", "live", "--", "true"]
+        _live = subprocess.run(command, stderr=subprocess.DEVNULL, timeout=_BOUND).returncode == 0
+    return _live
+
+
+_live: bool | None = None
+
+
+def _program(name: str) -> str:
+    return os.path.join(os.environ["NIMBA_BIN"], name)
