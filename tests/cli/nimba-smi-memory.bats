@@ -389,7 +389,7 @@ gfx_global_exit"
 }
 
 @test "options of one command are no options of another" {
-    for arguments in "list --csv" "list --top 3" "version --adapter 0" "ps --sort size" \
+    for arguments in "version --csv" "list --top 3" "version --adapter 0" "ps --sort size" \
         "ps --min-size 1" "alloc --interval 1" "leaks --pid 1"; do
         run --separate-stderr smi $arguments
         [ "$status" = 2 ]

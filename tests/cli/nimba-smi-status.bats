@@ -49,8 +49,6 @@ fails_with() {
 }
 
 @test "2: bad usage" {
-    fails_with 2 "a command is required; see nimba-smi --help" nimba-smi
-    fails_with 2 "a command is required; see nimba-smi --help" nimba-smi --json
     fails_with 2 "The following argument was not expected: lists; see nimba-smi --help" \
         nimba-smi lists
     fails_with 2 "The following argument was not expected: --frobnicate; see nimba-smi --help" \

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/command_line.hpp"
 
+#include <CLI/CLI.hpp>
 #include <gtest/gtest.h>
 
 #include <initializer_list>
@@ -16,7 +17,21 @@ Report nothing(const Options& /*options*/)
     return {};
 }
 
-constexpr Command kCommands[] = {{"list", "Lists", nothing}, {"version", "Versions", nothing}};
+void add_rows(CLI::App& app, Options& options)
+{
+    app.add_option("--top", options.top)->type_name("ROWS");
+}
+
+const char* fault_of_rows(const Options& options)
+{
+    return options.top == 13U ? "13 rows bring bad luck" : "";
+}
+
+constexpr Command kCommands[] = {
+    {"", "", nothing, add_rows, fault_of_rows},
+    {"list", "Lists", nothing, nullptr, nullptr, "Look"},
+    {"version", "Versions", nothing, add_rows, nullptr, "Help"},
+};
 
 ParsedCommandLine parse(std::initializer_list<const char*> words)
 {
@@ -37,11 +52,11 @@ TEST(CommandLine, HasDefaults)
     const auto parsed = parse({"list"});
     ASSERT_TRUE(std::holds_alternative<Invocation>(parsed));
     const auto& [command, options] = std::get<Invocation>(parsed);
-    EXPECT_EQ(command, &kCommands[0]);
+    EXPECT_EQ(command, &kCommands[1]);
     EXPECT_FALSE(options.json);
     EXPECT_FALSE(options.verbose);
     EXPECT_EQ(options.timeout, 10s);
-    EXPECT_EQ(options.library, "libnimba_mgmt_interface.so");
+    EXPECT_EQ(options.library, "libnimba_mgmt_interface.so.0");
 }
 
 TEST(CommandLine, TakesOptionsOnBothSidesOfTheCommand)
@@ -49,7 +64,7 @@ TEST(CommandLine, TakesOptionsOnBothSidesOfTheCommand)
     const auto parsed = parse({"--json", "--timeout", "2.5", "version", "-v", "--library=./x.so"});
     ASSERT_TRUE(std::holds_alternative<Invocation>(parsed));
     const auto& [command, options] = std::get<Invocation>(parsed);
-    EXPECT_EQ(command, &kCommands[1]);
+    EXPECT_EQ(command, &kCommands[2]);
     EXPECT_TRUE(options.json);
     EXPECT_TRUE(options.verbose);
     EXPECT_EQ(options.timeout, 2500ms);
@@ -58,7 +73,6 @@ TEST(CommandLine, TakesOptionsOnBothSidesOfTheCommand)
 
 TEST(CommandLine, RefusesWhatMakesNoSense)
 {
-    EXPECT_EQ(usage_error({}), "a command is required; see nimba-smi --help");
     EXPECT_EQ(usage_error({"lists"}),
               "The following argument was not expected: lists; see nimba-smi --help");
     EXPECT_EQ(usage_error({"list", "version"}),
@@ -67,6 +81,50 @@ TEST(CommandLine, RefusesWhatMakesNoSense)
               "--timeout: 1 required SECONDS missing; see nimba-smi --help");
     EXPECT_EQ(usage_error({"list", "--library", ""}),
               "--library: expected a path; see nimba-smi --help");
+}
+
+TEST(CommandLine, IsForTheOverviewWithoutACommand)
+{
+    const auto parsed = parse({"--top", "5", "--json"});
+    ASSERT_TRUE(std::holds_alternative<Invocation>(parsed));
+    const auto& [command, options] = std::get<Invocation>(parsed);
+    EXPECT_EQ(command, &kCommands[0]);
+    EXPECT_EQ(options.top, 5U);
+    EXPECT_TRUE(options.json);
+    EXPECT_EQ(std::get<Invocation>(parse({})).options.top, std::nullopt);
+    EXPECT_EQ(usage_error({"--top", "13"}), "13 rows bring bad luck; see nimba-smi --help");
+    EXPECT_EQ(usage_error({"--rows"}),
+              "The following argument was not expected: --rows; see nimba-smi --help");
+}
+
+TEST(CommandLine, LetsTheOverviewsOptionsGoWithNoOtherCommand)
+{
+    EXPECT_EQ(usage_error({"list", "--top=5"}),
+              "The following argument was not expected: --top=5; see nimba-smi --help");
+    EXPECT_EQ(usage_error({"--top=5", "list"}),
+              "The following argument was not expected: --top=5; see nimba-smi --help");
+    // Its own option of the same name.
+    const auto parsed = parse({"version", "--top", "13"});
+    ASSERT_TRUE(std::holds_alternative<Invocation>(parsed));
+    EXPECT_EQ(std::get<Invocation>(parsed).command, &kCommands[2]);
+    EXPECT_EQ(std::get<Invocation>(parsed).options.top, 13U);
+}
+
+TEST(CommandLine, RequiresACommandWhereNoneIsWithoutAName)
+{
+    const char* const arguments[] = {"nimba-smi"};
+    const auto parsed = parse_command_line(1, arguments, std::span{kCommands}.subspan(1));
+    ASSERT_TRUE(std::holds_alternative<UsageError>(parsed));
+    EXPECT_EQ(std::get<UsageError>(parsed).message, "a command is required; see nimba-smi --help");
+}
+
+TEST(CommandLine, TakesAUnitForSizes)
+{
+    EXPECT_EQ(std::get<Invocation>(parse({"list"})).options.units, SizeUnit::kAuto);
+    EXPECT_EQ(std::get<Invocation>(parse({"list", "--units", "MB"})).options.units, SizeUnit::kMB);
+    EXPECT_EQ(usage_error({"--units", "mb"}),
+              "--units: expected auto, B, KiB, MiB, GiB, kB, MB or GB, got \"mb\"; see nimba-smi "
+              "--help");
 }
 
 TEST(CommandLine, BoundsTheTimeout)
@@ -92,9 +150,17 @@ TEST(CommandLine, PrintsTheVersionAndTheHelp)
     ASSERT_TRUE(std::holds_alternative<PrintText>(summary));
     EXPECT_TRUE(std::get<PrintText>(summary).text.starts_with(
         "Shows the adapters of the Nimba and QV chips, their memory, page tables, clocks,\n"
-        "sensors and use, and changes their settings.\n"));
-    EXPECT_NE(std::get<PrintText>(help).text.find("--json, --verbose, --timeout and --library may "
-                                                  "stand here too; see nimba-smi --help."),
+        "sensors and use, and changes their settings. Without a command it shows an overview.\n"));
+    const std::string& text = std::get<PrintText>(summary).text;
+    for (const char* const part :
+         {"\nOptions:\n", "\nOptions of the overview:\n  --top ROWS", "\nLook:\n  list",
+          "\nHelp:\n  version", "\nGet help:\n  completion", "\nExamples:\n  nimba-smi  "}) {
+        EXPECT_NE(text.find(part), std::string::npos) << part << text;
+    }
+    EXPECT_LT(text.find("Exit status:"), text.find("Examples:"));
+    EXPECT_NE(std::get<PrintText>(help).text.find("--json, --units, --verbose, --timeout and "
+                                                  "--library may stand here too; see nimba-smi "
+                                                  "--help."),
               std::string::npos);
 }
 

@@ -2,6 +2,7 @@
 #include "tools/smi/process/diagnosis.hpp"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 namespace nimba::smi {
 namespace {

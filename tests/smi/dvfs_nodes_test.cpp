@@ -7,6 +7,7 @@
 #include <fcntl.h>
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <cerrno>
 #include <cstdlib>

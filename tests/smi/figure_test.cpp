@@ -6,6 +6,7 @@
 #include "tools/smi/usage/figures.hpp"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <array>
 #include <cmath>

@@ -2,6 +2,7 @@
 #include "tools/smi/list/assemble.hpp"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 namespace nimba::smi {
 namespace {

@@ -51,6 +51,30 @@ TEST(ListText, FitsEightyColumnsAtItsWidest)
               79U);
 }
 
+TEST(ListCsv, HasALineForEachAdapterAndTheForeignGpu)
+{
+    ListSnapshot snapshot;
+    EXPECT_EQ(list_csv(snapshot),
+              "slot,name,bus_id,card,vendor_id,device_id,driver,luid_low,luid_high\n");
+    snapshot.adapters = {
+        {0, "Gpu0:Nimba-K1", "0000:03:00.0", 0, 0x4E4D, 0x1001, DriverKind::kVa, {1, 0x30000}},
+        {1,
+         std::nullopt,
+         "0000:04:00.0",
+         std::nullopt,
+         0x5156,
+         std::nullopt,
+         DriverKind::kUnknown,
+         {0, 0x40000}}};
+    snapshot.foreign_gpu =
+        ForeignGpu{"Gpu2:Nvidia-GPU", "0000:01:00.0", 2, 0x10DE, 0x2684, {0, 0x10000}};
+    EXPECT_EQ(list_csv(snapshot),
+              "slot,name,bus_id,card,vendor_id,device_id,driver,luid_low,luid_high\n"
+              "0,Gpu0:Nimba-K1,0000:03:00.0,0,0x4e4d,0x1001,va,1,196608\n"
+              "1,,0000:04:00.0,,0x5156,,unknown,0,262144\n"
+              ",Gpu2:Nvidia-GPU,0000:01:00.0,2,0x10de,0x2684,,0,65536\n");
+}
+
 TEST(ListJson, IsADocumentAlsoWhenNothingWasFound)
 {
     EXPECT_EQ(list_json({}),

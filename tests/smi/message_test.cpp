@@ -2,6 +2,7 @@
 #include "tools/smi/worker/message.hpp"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 namespace nimba::smi {
 namespace {
@@ -15,7 +16,7 @@ TEST(Message, RequestIsOneLineOfJson)
 TEST(Message, EachKindIsOneLineOfJson)
 {
     EXPECT_EQ(encode(Entering{"dlopen"}), "{\"entering\":\"dlopen\",\"extra_ms\":0}\n");
-    EXPECT_EQ(encode(Answer{{{"a", "x\ny"}}}), "{\"answer\":{\"a\":\"x\\ny\"}}\n");
+    EXPECT_EQ(encode(Answer{Json::object({{"a", "x\ny"}})}), "{\"answer\":{\"a\":\"x\\ny\"}}\n");
     EXPECT_EQ(encode(Failure{ExitStatus::kNoLibrary, "dlopen", "no such file"}),
               "{\"call\":\"dlopen\",\"failure\":\"no such file\",\"status\":4}\n");
 }
@@ -24,8 +25,8 @@ TEST(Message, EachKindIsRead)
 {
     EXPECT_EQ(decode(R"({"entering":"dlopen","extra_ms":0})"), Message{Entering{"dlopen"}});
     EXPECT_EQ(decode(R"({"entering":"open","extra_ms":250})"), (Message{Entering{"open", 250}}));
-    EXPECT_EQ(decode(R"({"answer":[1,2]})"), (Message{Answer{{1, 2}}}));
-    EXPECT_EQ(decode(R"({"answer":null})"), Message{Answer{nullptr}});
+    EXPECT_EQ(decode(R"({"answer":[1,2]})"), (Message{Answer{Json::array({1, 2})}}));
+    EXPECT_EQ(decode(R"({"answer":null})"), Message{Answer{Json(nullptr)}});
     EXPECT_EQ(decode(R"({"failure":"text","call":"dlopen","status":5})"),
               (Message{Failure{ExitStatus::kNoLibdrm, "dlopen", "text"}}));
 }

@@ -5,6 +5,7 @@
 #include "tools/smi/worker/page_tables.hpp"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <cstring>
 #include <vector>

@@ -69,5 +69,16 @@ TEST(Printable, ColumnsCountCharacters)
     EXPECT_EQ(columns("\xC3\xA9t\xC3\xA9"), 3U);
 }
 
+TEST(Cut, KeepsWhatFitsAndEndsOthersWithTheMark)
+{
+    EXPECT_EQ(cut("", 0, "..."), "");
+    EXPECT_EQ(cut("abcdef", 6, "..."), "abcdef");
+    EXPECT_EQ(cut("abcdefg", 6, "..."), "abc...");
+    EXPECT_EQ(cut("\u00e4\u00f6\u00fc\u20ac", 3, "\u2026"), "\u00e4\u00f6\u2026");
+    EXPECT_EQ(cut("abcd", 3, "..."), "...");
+    EXPECT_EQ(cut("abcd", 2, "..."), "ab");
+    EXPECT_EQ(cut("abcd", 0, "..."), "");
+}
+
 }  // namespace
 }  // namespace nimba::smi

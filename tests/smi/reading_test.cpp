@@ -4,6 +4,7 @@
 #include "memory_records.hpp"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 namespace nimba::smi {
 namespace {

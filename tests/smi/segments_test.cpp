@@ -5,6 +5,7 @@
 #include "tools/smi/worker/segment_reader.hpp"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <cstring>
 #include <initializer_list>

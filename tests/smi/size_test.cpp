@@ -28,6 +28,52 @@ TEST(SizeText, NeverReachesTheNextUnitsNumber)
     EXPECT_EQ(size_text(UINT64_MAX), "16777216 TiB");
 }
 
+TEST(SizeText, IsInTheUnitThatIsAskedFor)
+{
+    EXPECT_EQ(size_text(1572864, SizeUnit::kB), "1572864 B");
+    EXPECT_EQ(size_text(UINT64_MAX, SizeUnit::kB), "18446744073709551615 B");
+    EXPECT_EQ(size_text(1572864, SizeUnit::kKiB), "1536 KiB");
+    EXPECT_EQ(size_text(1572864, SizeUnit::kMiB), "1.5 MiB");
+    EXPECT_EQ(size_text(1610612736, SizeUnit::kGiB), "1.5 GiB");
+    EXPECT_EQ(size_text(1572864, SizeUnit::kKB), "1572.9 kB");
+    EXPECT_EQ(size_text(1572864, SizeUnit::kMB), "1.6 MB");
+    EXPECT_EQ(size_text(3000000000, SizeUnit::kGB), "3 GB");
+    EXPECT_EQ(size_text(1572864, SizeUnit::kAuto), "1.5 MiB");
+}
+
+TEST(SizeText, NeverShowsSomethingAsNothing)
+{
+    EXPECT_EQ(size_text(0, SizeUnit::kGiB), "0 GiB");
+    EXPECT_EQ(size_text(1, SizeUnit::kGiB), "<0.1 GiB");
+    EXPECT_EQ(size_text(49'999'999, SizeUnit::kGB), "<0.1 GB");
+    EXPECT_EQ(size_text(50'000'001, SizeUnit::kGB), "0.1 GB");
+}
+
+TEST(SizeText, IsInTheUnitThatWasChosenForAll)
+{
+    EXPECT_EQ(chosen_size_unit(), SizeUnit::kAuto);
+    choose_size_unit(SizeUnit::kKB);
+    EXPECT_EQ(chosen_size_unit(), SizeUnit::kKB);
+    EXPECT_EQ(size_text(5000), "5 kB");
+    choose_size_unit(SizeUnit::kAuto);
+    EXPECT_EQ(size_text(5000), "4.9 KiB");
+}
+
+TEST(ParseSizeUnit, TakesTheUnitsAsTheyAreWritten)
+{
+    EXPECT_EQ(parse_size_unit("auto"), SizeUnit::kAuto);
+    EXPECT_EQ(parse_size_unit("B"), SizeUnit::kB);
+    EXPECT_EQ(parse_size_unit("KiB"), SizeUnit::kKiB);
+    EXPECT_EQ(parse_size_unit("MiB"), SizeUnit::kMiB);
+    EXPECT_EQ(parse_size_unit("GiB"), SizeUnit::kGiB);
+    EXPECT_EQ(parse_size_unit("kB"), SizeUnit::kKB);
+    EXPECT_EQ(parse_size_unit("MB"), SizeUnit::kMB);
+    EXPECT_EQ(parse_size_unit("GB"), SizeUnit::kGB);
+    for (const char* const text : {"", "mb", "kib", "KB", "TiB", "MB "}) {
+        EXPECT_EQ(parse_size_unit(text), std::nullopt) << text;
+    }
+}
+
 TEST(ParseSize, TakesBytesAndIecUnits)
 {
     EXPECT_EQ(parse_size("0"), 0U);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "commands_command.hpp"
+#include "completion_hints.hpp"
 #include "exit_status.hpp"
 #include "fault_command.hpp"
 #include "machine_file.hpp"
@@ -8,6 +9,7 @@
 #include "message.hpp"
 #include "run.hpp"
 #include "test_bed_error.hpp"
+#include "tools/completion/completion_command.hpp"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -171,6 +173,7 @@ int main_with_arguments(int argument_count, char** arguments)
 
     const FaultCommand fault{app};
     const CommandsCommand commands{app};
+    const completion::CompletionCommand completion{app};
 
     std::vector<std::string> words(arguments + 1, arguments + argument_count);
     options.command = cut_command(words);
@@ -186,6 +189,10 @@ int main_with_arguments(int argument_count, char** arguments)
         return app.exit(error) == 0 ? flush_output() : kBadUsage;
     }
 
+    if (completion.parsed()) {
+        print(completion.script(completion_hints()));
+        return flush_output();
+    }
     if (fault.parsed() || commands.parsed()) {
         print(fault.parsed() ? fault.run() : commands.run());
         return flush_output();

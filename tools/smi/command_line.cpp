@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/command_line.hpp"
 
+#include "tools/completion/completion_command.hpp"
+#include "tools/smi/completion_hints.hpp"
 #include "tools/smi/option_value.hpp"
 #include "tools/smi/seconds.hpp"
 #include "tools/smi/tool_version.hpp"
@@ -10,27 +12,44 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 namespace nimba::smi {
 namespace {
 
+constexpr const char* kDescription =
+    "Shows the adapters of the Nimba and QV chips, their memory, page tables, clocks,\n"
+    "sensors and use, and changes their settings. Without a command it shows an overview.\n";
+
 constexpr const char* kFooter =
     "Exit status:\n"
     "  0  all right\n"
-    "  1  output could not be written, leaks --fail-on-growth was cut short, or an\n"
-    "     internal error\n"
-    "  2  the command line makes no sense, or does not fit the machine\n"
+    "  1  output could not be written, leaks --fail-on-growth was cut short, prefer\n"
+    "     cannot use the preference file, or an internal error\n"
+    "  2  the command line makes no sense, or does not fit the machine or a file\n"
     "  3  no Nimba or QV adapter was found, or one does not answer or went away\n"
     "  4  the management library cannot be loaded or does not fit\n"
     "  5  libdrm is missing or unusable\n"
     "  6  something could not be read or written for want of permission\n"
     "  7  a worker process died or gave no answer in time\n"
     "  8  leaks --fail-on-growth: a group grew by that much\n"
-    "  9  the driver did not take a setting, or does not have it\n"
-    "See nimba-smi(1) for more.\n";
+    "  9  the driver did not take a setting, or does not have it; or prefer had no\n"
+    "     preference to remove, or the library did not write what it was told to\n"
+    "When several apply, it is the first of 1, 2, 4, 7, 5, 6, 3, 9, 8. That of doctor\n"
+    "is the gravest of the checks that failed.\n"
+    "\n"
+    "Examples:\n"
+    "  nimba-smi                        the overview\n"
+    "  nimba-smi --watch 2 -i 0         the overview of adapter 0, every two seconds\n"
+    "  nimba-smi ps --top 10            who uses the most video memory\n"
+    "  nimba-smi usage --json | jq .    what the engines do, for a script\n"
+    "  nimba-smi doctor                 what to do when something does not work\n"
+    "\n"
+    "nimba-smi COMMAND --help has the options of a command. See nimba-smi(1) for more.\n";
 
 constexpr const char* kCommandFooter =
-    "--json, --verbose, --timeout and --library may stand here too; see nimba-smi --help.\n";
+    "--json, --units, --verbose, --timeout and --library may stand here too; see nimba-smi "
+    "--help.\n";
 
 constexpr double kShortestTimeout = 0.001;
 constexpr double kLongestTimeout = 86400;
@@ -55,11 +74,26 @@ void add_common_options(CLI::App& app, Options& options)
             return parse_seconds(text, kShortestTimeout, kLongestTimeout);
         },
         [&options](std::chrono::milliseconds timeout) { options.timeout = timeout; });
+    add_value(app, "--units", "UNIT", "auto, B, KiB, MiB, GiB, kB, MB or GB",
+              "Show sizes in tables in this unit (default: auto)", parse_size_unit,
+              [&options](SizeUnit unit) { options.units = unit; });
     app.add_option("--library", options.library,
                    "The management library to load, instead of the installed one")
         ->type_name("PATH")
         ->check(CLI::Validator{
             [](const std::string& path) { return path.empty() ? "expected a path" : ""; }, ""});
+}
+
+// The options of what is run without a command.
+void add_nameless(CLI::App& app, const Command& command, Options& options)
+{
+    const auto common = app.get_options();
+    command.add_options(app, options);
+    for (CLI::Option* const option : app.get_options()) {
+        if (std::ranges::find(common, option) == common.end()) {
+            option->group(kOverviewGroup);
+        }
+    }
 }
 
 void add_command(CLI::App& app, const Command& command, Options& options)
@@ -69,6 +103,13 @@ void add_command(CLI::App& app, const Command& command, Options& options)
     if (command.add_options != nullptr) {
         command.add_options(*subcommand, options);
     }
+    // Behind its actions, which would inherit it.
+    subcommand->group(command.group);
+}
+
+bool is_nameless(const Command& command)
+{
+    return *command.name == '\0';
 }
 
 UsageError usage_error(const std::string& fault)
@@ -76,43 +117,71 @@ UsageError usage_error(const std::string& fault)
     return {one_line(fault) + "; see nimba-smi --help"};
 }
 
+// What the arguments ask for, and whether they name a command.
+struct Attempt {
+    ParsedCommandLine parsed;
+    bool names_command = false;
+};
+
+ParsedCommandLine invocation_of(const Command& command, const Options& options)
+{
+    const std::string fault =
+        command.options_fault == nullptr ? "" : command.options_fault(options);
+    if (!fault.empty()) {
+        return usage_error(fault);
+    }
+    return Invocation{&command, options};
+}
+
+// With the options of the command without a name, or without them.
+Attempt attempt(int count, const char* const* arguments, std::span<const Command> commands,
+                bool with_nameless)
+{
+    Options options;
+    CLI::App app{kDescription, "nimba-smi"};
+    add_common_options(app, options);
+    app.require_subcommand(0, 1);
+    app.fallthrough();
+    for (const Command& command : commands) {
+        if (!is_nameless(command)) {
+            add_command(app, command, options);
+        } else if (with_nameless) {
+            add_nameless(app, command, options);
+        }
+    }
+    const completion::CompletionCommand completion{app};
+    app.get_subcommand("completion")->group(kHelpGroup);
+    // Behind the commands, which would inherit it.
+    app.footer(kFooter);
+    const auto names_command = [&app] { return !app.get_subcommands().empty(); };
+    try {
+        app.parse(count, arguments);
+    } catch (const CLI::CallForHelp&) {
+        return {PrintText{app.help()}, names_command()};
+    } catch (const CLI::CallForVersion& version) {
+        return {PrintText{std::string{version.what()} + '\n'}, names_command()};
+    } catch (const CLI::ParseError& error) {
+        return {usage_error(error.what()), names_command()};
+    }
+    if (completion.parsed()) {
+        return {PrintText{completion.script(completion_hints())}, false};
+    }
+    const auto command = std::ranges::find_if(commands, [&](const Command& known) {
+        return is_nameless(known) ? !names_command() : app.got_subcommand(known.name);
+    });
+    return {command == commands.end() ? usage_error("a command is required")
+                                      : invocation_of(*command, options),
+            names_command()};
+}
+
 }  // namespace
 
 ParsedCommandLine parse_command_line(int count, const char* const* arguments,
                                      std::span<const Command> commands)
 {
-    Options options;
-    CLI::App app{
-        "Shows the adapters of the Nimba and QV chips, their memory, page tables, clocks,\n"
-        "sensors and use, and changes their settings.\n",
-        "nimba-smi"};
-    add_common_options(app, options);
-    app.require_subcommand(0, 1);
-    app.fallthrough();
-    app.footer(kFooter);
-    for (const Command& command : commands) {
-        add_command(app, command, options);
-    }
-    try {
-        app.parse(count, arguments);
-    } catch (const CLI::CallForHelp&) {
-        return PrintText{app.help()};
-    } catch (const CLI::CallForVersion& version) {
-        return PrintText{std::string{version.what()} + '\n'};
-    } catch (const CLI::ParseError& error) {
-        return usage_error(error.what());
-    }
-    const auto command = std::ranges::find_if(
-        commands, [&](const Command& known) { return app.got_subcommand(known.name); });
-    if (command == commands.end()) {
-        return usage_error("a command is required");
-    }
-    const std::string fault =
-        command->options_fault == nullptr ? "" : command->options_fault(options);
-    if (!fault.empty()) {
-        return usage_error(fault);
-    }
-    return Invocation{&*command, options};
+    Attempt first = attempt(count, arguments, commands, true);
+    return first.names_command ? attempt(count, arguments, commands, false).parsed
+                               : std::move(first.parsed);
 }
 
 }  // namespace nimba::smi

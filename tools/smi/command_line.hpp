@@ -10,6 +10,9 @@
 
 namespace nimba::smi {
 
+// The group of commands with which the help lists those that explain the tool.
+inline constexpr const char* kHelpGroup = "Get help";
+
 struct Invocation {
     const Command* command = nullptr;
     Options options;
@@ -27,7 +30,8 @@ struct UsageError {
 
 using ParsedCommandLine = std::variant<Invocation, PrintText, UsageError>;
 
-// Reads the arguments, the program's name first. The result points into `commands`.
+// Reads the arguments, the program's name first. The result points into `commands`. The options of
+// the command without a name go with no other.
 ParsedCommandLine parse_command_line(int count, const char* const* arguments,
                                      std::span<const Command> commands);
 

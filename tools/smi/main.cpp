@@ -5,21 +5,31 @@
 #include "tools/smi/alloc/command_options.hpp"
 #include "tools/smi/clocks/command.hpp"
 #include "tools/smi/command_line.hpp"
+#include "tools/smi/doctor/command.hpp"
+#include "tools/smi/doctor/command_options.hpp"
 #include "tools/smi/dvfs/command.hpp"
 #include "tools/smi/dvfs/command_options.hpp"
 #include "tools/smi/flag/command.hpp"
 #include "tools/smi/flag/command_options.hpp"
+#include "tools/smi/info/command.hpp"
 #include "tools/smi/leaks/command.hpp"
 #include "tools/smi/leaks/command_options.hpp"
 #include "tools/smi/list/command.hpp"
 #include "tools/smi/mem/command.hpp"
 #include "tools/smi/memory/command_options.hpp"
 #include "tools/smi/monitor/command_options.hpp"
+#include "tools/smi/overview/command.hpp"
+#include "tools/smi/overview/command_options.hpp"
 #include "tools/smi/pagetable/command.hpp"
 #include "tools/smi/pagetable/command_options.hpp"
+#include "tools/smi/prefer/command.hpp"
+#include "tools/smi/prefer/command_options.hpp"
 #include "tools/smi/ps/command.hpp"
 #include "tools/smi/sensors/command.hpp"
 #include "tools/smi/text/output.hpp"
+#include "tools/smi/text/size.hpp"
+#include "tools/smi/top/command.hpp"
+#include "tools/smi/top/command_options.hpp"
 #include "tools/smi/usage/command.hpp"
 #include "tools/smi/version/command.hpp"
 #include "tools/smi/worker/worker.hpp"
@@ -39,28 +49,45 @@
 namespace nimba::smi {
 namespace {
 
+// The groups of the help.
+constexpr const char* kLook = "Look at the adapters";
+constexpr const char* kMemory = "Look into their memory";
+constexpr const char* kControl = "Control them";
+
 constexpr Command kCommands[] = {
-    {"list", "List the adapters, and a GPU of another vendor", list_command},
-    {"ps", "Show the video memory of each device context and its process", ps_command,
-     add_memory_options, memory_options_fault},
-    {"alloc", "List the allocations of video memory", alloc_command, add_alloc_options,
-     memory_options_fault},
-    {"leaks", "Watch the allocations and show those that pile up", leaks_command, add_leaks_options,
-     leaks_options_fault},
-    {"mem", "Show use and size of the memory segments", mem_command, add_monitor_options,
-     monitor_options_fault},
-    {"clocks", "Show the clocks", clocks_command, add_monitor_options, monitor_options_fault},
+    {"", "", overview_command, add_overview_options, monitor_options_fault},
+    {"list", "List the adapters, and a GPU of another vendor", list_command, add_adapter_options,
+     memory_options_fault, kLook},
+    {"info", "Show every field of the summaries, with unit and source", info_command,
+     add_adapter_options, memory_options_fault, kLook},
+    {"top", "Show adapters and processes live on the whole screen", top_command, add_top_options,
+     nullptr, kLook},
+    {"clocks", "Show the clocks", clocks_command, add_monitor_options, monitor_options_fault,
+     kLook},
     {"sensors", "Show temperature and fans", sensors_command, add_monitor_options,
-     monitor_options_fault},
+     monitor_options_fault, kLook},
     {"usage", "Show frame rate, engine use and bandwidth", usage_command, add_usage_options,
-     monitor_options_fault},
-    {"pagetable", "Show the GPU page tables and address spaces of the processes", pagetable_command,
-     add_page_table_options, page_table_options_fault},
+     monitor_options_fault, kLook},
+    {"mem", "Show use and size of the memory segments", mem_command, add_monitor_options,
+     monitor_options_fault, kMemory},
+    {"ps", "Show the video memory of each device context and its process", ps_command,
+     add_memory_options, memory_options_fault, kMemory},
+    {"alloc", "List the allocations of video memory", alloc_command, add_alloc_options,
+     memory_options_fault, kMemory},
+    {"leaks", "Watch the allocations and show those that pile up", leaks_command, add_leaks_options,
+     leaks_options_fault, kMemory},
+    {"pagetable", "Show the GPU page tables of the processes on DRM minor 0", pagetable_command,
+     add_page_table_options, page_table_options_fault, kMemory},
     {"dvfs", "Show, change, save and restore the power and DVFS settings", dvfs_command,
-     add_dvfs_options, dvfs_options_fault},
+     add_dvfs_options, dvfs_options_fault, kControl},
     {"flag", "Show and change the driver's control flag", flag_command, add_flag_options,
-     flag_options_fault},
-    {"version", "Show the versions of the tool, the library and its interface", version_command},
+     flag_options_fault, kControl},
+    {"prefer", "Show, set and remove the GPUs that applications should use", prefer_command,
+     add_prefer_options, prefer_options_fault, kControl},
+    {"doctor", "Say why things do not work, and how to mend them", doctor_command,
+     add_doctor_options, nullptr, kHelpGroup},
+    {"version", "Show the versions of the tool, the library and its interface", version_command,
+     nullptr, nullptr, kHelpGroup},
 };
 
 Report report_for(int count, char** arguments)
@@ -73,6 +100,7 @@ Report report_for(int count, char** arguments)
         return {print->text, {}};
     }
     const auto& invocation = std::get<Invocation>(parsed);
+    choose_size_unit(invocation.options.units);
     return invocation.command->run(invocation.options);
 }
 

@@ -8,6 +8,9 @@
 #include "tools/smi/memory/adapter_choice.hpp"
 #include "tools/smi/monitor/options.hpp"
 #include "tools/smi/pagetable/options.hpp"
+#include "tools/smi/prefer/options.hpp"
+#include "tools/smi/text/size.hpp"
+#include "tools/smi/top/options.hpp"
 
 #include <chrono>
 #include <cstddef>
@@ -20,8 +23,10 @@ namespace nimba::smi {
 struct Options {
     bool json = false;
     bool verbose = false;
-    std::chrono::milliseconds timeout{10'000};  // for each call of a worker
-    std::string library = "libnimba_mgmt_interface.so";
+    std::chrono::milliseconds timeout{10'000};             // for each call of a worker
+    std::string library = "libnimba_mgmt_interface.so.0";  // its name without a -dev package
+
+    SizeUnit units = SizeUnit::kAuto;  // of the sizes in tables
 
     bool csv = false;
     std::optional<AdapterChoice> adapter;  // without it, all of them
@@ -32,6 +37,8 @@ struct Options {
     PageTableOptions page_tables{};
     DvfsOptions dvfs{};
     FlagOptions flag{};
+    PreferOptions prefer{};
+    TopOptions top_view{};
 };
 
 }  // namespace nimba::smi

@@ -3,6 +3,7 @@
 
 #include "tools/smi/memory/faces.hpp"
 #include "tools/smi/text/csv.hpp"
+#include "tools/smi/text/json.hpp"
 #include "tools/smi/text/size.hpp"
 #include "tools/smi/text/table.hpp"
 

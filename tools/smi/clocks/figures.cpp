@@ -16,14 +16,15 @@ constexpr std::array kColumns{
     FigureColumn{"dvfs_level", "LEVEL"},
 };
 
-Figure level_figure(const std::optional<int64_t>& level)
+}  // namespace
+
+std::optional<std::string> level_name(const ClockReading& reading)
 {
+    const auto& level = reading.level;
     return level && *level >= 0 && *level < static_cast<int64_t>(kLevelNames.size())
-               ? Figure{std::string{kLevelNames.at(static_cast<std::size_t>(*level))}}
+               ? std::optional<std::string>(kLevelNames.at(static_cast<std::size_t>(*level)))
                : std::nullopt;
 }
-
-}  // namespace
 
 MonitorView<Figures> clocks_view()
 {
@@ -32,9 +33,14 @@ MonitorView<Figures> clocks_view()
 
 Figures clock_figures(const ClockReading& reading)
 {
-    return {figure(reading.engine),     figure(reading.video), figure(reading.memory),
-            figure(reading.core),       figure(reading.gfx),   figure(reading.gfx_voltage),
-            level_figure(reading.level)};
+    const auto level = level_name(reading);
+    return {figure(reading.engine),
+            figure(reading.video),
+            figure(reading.memory),
+            figure(reading.core),
+            figure(reading.gfx),
+            figure(reading.gfx_voltage),
+            level ? Figure{*level} : std::nullopt};
 }
 
 }  // namespace nimba::smi

@@ -105,7 +105,7 @@ void add_set(CLI::App& command, DvfsOptions& dvfs)
 
 void add_settings_adapter_option(CLI::App& command, Options& options)
 {
-    add_value(command, "--adapter", "SLOT|BUS_ID",
+    add_value(command, "-i,--adapter", "SLOT|BUS_ID",
               "a slot from 0 to 2 or a bus id such as 0000:01:00.0",
               "This adapter alone; needed to change one of several", parse_adapter_choice,
               [&options](const AdapterChoice& choice) { options.adapter = choice; });

@@ -5,7 +5,7 @@
 #include "tools/smi/dvfs/node_access.hpp"
 #include "tools/smi/worker/payload.hpp"
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include <cstdint>
 #include <optional>

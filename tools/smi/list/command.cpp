@@ -7,6 +7,7 @@
 #include "tools/smi/process/discover.hpp"
 #include "tools/smi/worker/requests.hpp"
 
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -30,7 +31,18 @@ ListSnapshot take_snapshot(const Options& options)
     if (!outcome.discovery) {
         return {std::move(outcome.finished), std::nullopt, std::move(outcome.problems)};
     }
-    return assemble(*outcome.discovery, ask_adapters(options, outcome.discovery->slots));
+    Discovery discovery = *std::move(outcome.discovery);
+    if (options.adapter) {
+        // What else discovery saw does not concern the adapter that was chosen.
+        std::vector<Problem> problems;
+        Discovery chosen;
+        chosen.slots = chosen_adapters(discovery, options.adapter, problems);
+        if (chosen.slots.empty()) {
+            return {{}, std::nullopt, std::move(problems)};
+        }
+        discovery = std::move(chosen);
+    }
+    return assemble(discovery, ask_adapters(options, discovery.slots));
 }
 
 }  // namespace
@@ -38,7 +50,10 @@ ListSnapshot take_snapshot(const Options& options)
 Report list_command(const Options& options)
 {
     ListSnapshot snapshot = take_snapshot(options);
-    return {options.json ? list_json(snapshot) : list_text(snapshot), std::move(snapshot.problems)};
+    std::string output = options.json  ? list_json(snapshot)
+                         : options.csv ? list_csv(snapshot)
+                                       : list_text(snapshot);
+    return {std::move(output), std::move(snapshot.problems)};
 }
 
 }  // namespace nimba::smi

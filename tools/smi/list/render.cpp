@@ -1,28 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/list/render.hpp"
 
+#include "tools/smi/text/csv.hpp"
 #include "tools/smi/text/json.hpp"
 #include "tools/smi/text/table.hpp"
 
 #include <fmt/format.h>
 
-#include <string_view>
-
 namespace nimba::smi {
 namespace {
-
-std::string_view driver_word(DriverKind kind)
-{
-    switch (kind) {
-        case DriverKind::kVa:
-            return "va";
-        case DriverKind::kLegacy:
-            return "legacy";
-        case DriverKind::kUnknown:
-            break;
-    }
-    return "unknown";
-}
 
 std::string id_text(uint32_t id)
 {
@@ -56,6 +42,21 @@ Row foreign_row(const ForeignGpu& gpu)
             "-", luid_text(gpu.luid)};
 }
 
+}  // namespace
+
+std::string_view driver_word(DriverKind kind)
+{
+    switch (kind) {
+        case DriverKind::kVa:
+            return "va";
+        case DriverKind::kLegacy:
+            return "legacy";
+        case DriverKind::kUnknown:
+            break;
+    }
+    return "unknown";
+}
+
 Document adapter_json(const Adapter& adapter)
 {
     return {{"slot", adapter.slot},
@@ -78,8 +79,6 @@ Document foreign_json(const ForeignGpu& gpu)
             {"luid", json_luid(gpu.luid)}};
 }
 
-}  // namespace
-
 std::string list_text(const ListSnapshot& snapshot)
 {
     if (snapshot.adapters.empty() && !snapshot.foreign_gpu) {
@@ -93,6 +92,28 @@ std::string list_text(const ListSnapshot& snapshot)
         rows.push_back(foreign_row(*snapshot.foreign_gpu));
     }
     return aligned(rows);
+}
+
+std::string list_csv(const ListSnapshot& snapshot)
+{
+    const auto card = [](const std::optional<int>& number) {
+        return number ? std::to_string(*number) : std::string{};
+    };
+    std::vector<Row> rows{{"slot", "name", "bus_id", "card", "vendor_id", "device_id", "driver",
+                           "luid_low", "luid_high"}};
+    for (const Adapter& adapter : snapshot.adapters) {
+        rows.push_back({std::to_string(adapter.slot), adapter.name.value_or(""), adapter.bus_id,
+                        card(adapter.card), id_text(adapter.vendor_id),
+                        adapter.device_id ? id_text(*adapter.device_id) : "",
+                        std::string{driver_word(adapter.driver)}, std::to_string(adapter.luid.low),
+                        std::to_string(adapter.luid.high)});
+    }
+    if (const auto& gpu = snapshot.foreign_gpu) {
+        rows.push_back({"", gpu->name, gpu->bus_id, card(gpu->card), id_text(gpu->vendor_id),
+                        id_text(gpu->device_id), "", std::to_string(gpu->luid.low),
+                        std::to_string(gpu->luid.high)});
+    }
+    return csv_text(rows);
 }
 
 std::string list_json(const ListSnapshot& snapshot)

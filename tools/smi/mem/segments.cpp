@@ -24,6 +24,11 @@ SegmentUnit unit_of(SegmentSource source)
     return source == SegmentSource::kNode ? kMegabyte : kMebibyte;
 }
 
+std::optional<uint64_t> in_bytes(const std::optional<uint64_t>& size, SegmentSource source)
+{
+    return size ? std::optional(*size * unit_of(source).bytes) : std::nullopt;
+}
+
 SegmentTable segment_table(const SegmentReading& reading)
 {
     const bool has_rest = reading.source != SegmentSource::kNode;

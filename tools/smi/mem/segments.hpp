@@ -35,6 +35,9 @@ struct SegmentUnit {
 };
 SegmentUnit unit_of(SegmentSource source);
 
+// A size that is in the unit of the source, in bytes.
+std::optional<uint64_t> in_bytes(const std::optional<uint64_t>& size, SegmentSource source);
+
 // The segments of a reading. Without the driver's node, "4+" is there only if something is in it:
 // there may be no such segment.
 SegmentTable segment_table(const SegmentReading& reading);

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/mem/view.hpp"
 
+#include "tools/smi/text/bar.hpp"
+#include "tools/smi/text/json.hpp"
+#include "tools/smi/text/size.hpp"
+
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <cstdint>
 
 namespace nimba::smi {
@@ -30,18 +33,22 @@ SourceNames names_of(SegmentSource source)
     return {"allocations", "allocations"};
 }
 
-std::string size_in_unit(const std::optional<uint64_t>& size, SegmentUnit unit)
+// In the source's own unit, unless another was chosen.
+std::string size_cell(const std::optional<uint64_t>& size, SegmentSource source)
 {
-    return size ? fmt::format("{} {}", *size, unit.name) : kUnknown;
+    if (!size) {
+        return kUnknown;
+    }
+    return chosen_size_unit() == SizeUnit::kAuto ? fmt::format("{} {}", *size, unit_of(source).name)
+                                                 : size_text(*in_bytes(size, source));
 }
 
 Row text_row(const std::string& label, const SegmentUse& use, SegmentSource source)
 {
-    const SegmentUnit unit = unit_of(source);
     const auto percent = used_percent(use);
     return {label,
-            size_in_unit(use.used, unit),
-            size_in_unit(use.total, unit),
+            size_cell(use.used, source),
+            size_cell(use.total, source),
             percent ? fmt::format("{}%", *percent) : kUnknown,
             bar_text(use),
             names_of(source).text};
@@ -59,11 +66,6 @@ std::vector<Row> text_rows(const SegmentTable& table)
     return rows;
 }
 
-std::optional<uint64_t> bytes_of(const std::optional<uint64_t>& size, SegmentSource source)
-{
-    return size ? std::optional(*size * unit_of(source).bytes) : std::nullopt;
-}
-
 std::string cell(const std::optional<uint64_t>& bytes)
 {
     return bytes ? std::to_string(*bytes) : "";
@@ -74,8 +76,8 @@ std::vector<Row> csv_rows(const SegmentTable& table)
     std::vector<Row> rows;
     for (const Segment& segment : table.segments) {
         rows.push_back({segment.label, segment.name.value_or(""),
-                        cell(bytes_of(segment.use.used, table.source)),
-                        cell(bytes_of(segment.use.total, table.source)),
+                        cell(in_bytes(segment.use.used, table.source)),
+                        cell(in_bytes(segment.use.total, table.source)),
                         names_of(table.source).key});
     }
     return rows;
@@ -83,8 +85,8 @@ std::vector<Row> csv_rows(const SegmentTable& table)
 
 Document use_json(const SegmentUse& use, SegmentSource source)
 {
-    return {{"used_bytes", or_null(bytes_of(use.used, source))},
-            {"total_bytes", or_null(bytes_of(use.total, source))}};
+    return {{"used_bytes", or_null(in_bytes(use.used, source))},
+            {"total_bytes", or_null(in_bytes(use.total, source))}};
 }
 
 Document json(const SegmentTable& table)
@@ -119,9 +121,7 @@ std::string bar_text(const SegmentUse& use)
     if (!used_percent(use)) {
         return {};
     }
-    const uint64_t used = *use.used;
-    const uint64_t least = used == 0 ? 0 : 1;
-    const uint64_t width = std::clamp(used * kBarWidth / *use.total, least, kBarWidth);
+    const uint64_t width = bar_length(*use.used, *use.total, kBarWidth);
     return std::string(width, '#') + std::string(kBarWidth - width, '.');
 }
 

@@ -12,7 +12,10 @@ namespace nimba::smi {
 // Adds what all commands about adapters take: --adapter, --csv.
 void add_adapter_options(CLI::App& command, Options& options);
 
-// Adds what all commands about allocations take: these and --top.
+// Adds --top.
+void add_top_option(CLI::App& command, Options& options);
+
+// Adds what all commands about allocations take: both.
 void add_memory_options(CLI::App& command, Options& options);
 
 // What is wrong with them taken together; empty when nothing is.

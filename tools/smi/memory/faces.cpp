@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/memory/faces.hpp"
 
+#include "tools/smi/text/json.hpp"
+
 #include <fmt/format.h>
 
 namespace nimba::smi {

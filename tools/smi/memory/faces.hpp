@@ -4,7 +4,7 @@
 
 #include "tools/smi/memory/owners.hpp"
 #include "tools/smi/memory/snapshot.hpp"
-#include "tools/smi/text/json.hpp"
+#include "tools/smi/text/document.hpp"
 
 #include <cstdint>
 #include <span>

@@ -6,7 +6,7 @@
 #include "tools/smi/worker/adapter_reading.hpp"
 #include "tools/smi/worker/payload.hpp"
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include <cstdint>
 #include <optional>

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/monitor/figure.hpp"
 
+#include "tools/smi/text/json.hpp"
+
 #include <fmt/format.h>
 
 #include <cmath>

@@ -2,7 +2,7 @@
 // How a command's samples look, in each of its forms.
 #pragma once
 
-#include "tools/smi/text/json.hpp"
+#include "tools/smi/text/document.hpp"
 #include "tools/smi/text/table.hpp"
 #include "tools/smi/worker/payload.hpp"
 

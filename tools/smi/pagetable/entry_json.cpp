@@ -3,6 +3,7 @@
 #include "tools/smi/pagetable/entry_text.hpp"
 #include "tools/smi/pagetable/faces.hpp"
 #include "tools/smi/pagetable/number.hpp"
+#include "tools/smi/text/json.hpp"
 
 #include <fmt/format.h>
 

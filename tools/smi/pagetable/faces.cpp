@@ -2,6 +2,7 @@
 #include "tools/smi/pagetable/faces.hpp"
 
 #include "tools/smi/pagetable/number.hpp"
+#include "tools/smi/text/json.hpp"
 #include "tools/smi/text/printable.hpp"
 #include "tools/smi/text/size.hpp"
 
@@ -21,7 +22,8 @@ std::string range_text(const AddressRange& range)
 
 std::string kind_text(const PageKind& kind)
 {
-    return fmt::format("segment {}, {} pages{}", kind.segment, size_text(kind.page_size()),
+    return fmt::format("segment {}, {} pages{}", kind.segment,
+                       size_text(kind.page_size(), SizeUnit::kAuto),
                        kind.snooped ? ", snooped" : "");
 }
 

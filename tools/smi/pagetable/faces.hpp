@@ -3,7 +3,7 @@
 #pragma once
 
 #include "tools/smi/pagetable/process_space.hpp"
-#include "tools/smi/text/json.hpp"
+#include "tools/smi/text/document.hpp"
 
 #include <cstdint>
 #include <functional>

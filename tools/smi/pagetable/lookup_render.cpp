@@ -4,6 +4,7 @@
 #include "tools/smi/pagetable/faces.hpp"
 #include "tools/smi/pagetable/lookup.hpp"
 #include "tools/smi/pagetable/tree.hpp"
+#include "tools/smi/text/json.hpp"
 #include "tools/smi/text/size.hpp"
 
 #include <fmt/format.h>
@@ -20,7 +21,7 @@ int depth_below(const AddressLookup& lookup)
 std::string page_text(const MappedPage& page)
 {
     return fmt::format("page {}  {}  {}  segment {}{}", page.index, range_text(page.range),
-                       size_text(page.kind.page_size()), page.kind.segment,
+                       size_text(page.kind.page_size(), SizeUnit::kAuto), page.kind.segment,
                        page.kind.snooped ? "  snooped" : "");
 }
 

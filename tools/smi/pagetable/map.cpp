@@ -3,6 +3,7 @@
 
 #include "tools/smi/pagetable/faces.hpp"
 #include "tools/smi/pagetable/picture.hpp"
+#include "tools/smi/text/json.hpp"
 #include "tools/smi/text/printable.hpp"
 #include "tools/smi/text/size.hpp"
 

@@ -6,7 +6,7 @@
 #include "tools/smi/pagetable/split.hpp"
 #include "tools/smi/worker/payload.hpp"
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include <array>
 #include <cstddef>

@@ -43,7 +43,8 @@ Row header_row(const Columns& columns)
     } else {
         row.emplace_back("PAGES");
     }
-    std::ranges::transform(columns.page_sizes, std::back_inserter(row), size_text);
+    std::ranges::transform(columns.page_sizes, std::back_inserter(row),
+                           [](uint64_t size) { return size_text(size, SizeUnit::kAuto); });
     for (const std::size_t segment : columns.segments) {
         row.push_back(fmt::format("SEG {}", kMappedSegments.at(segment)));
     }

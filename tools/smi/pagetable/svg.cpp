@@ -69,7 +69,7 @@ std::string pages_text(const Patch& patch)
 {
     const PageKind& kind = patch.shares.front().kind;
     if (patch.stretches == 1) {
-        return fmt::format("{} pages{}, {}", size_text(kind.page_size()),
+        return fmt::format("{} pages{}, {}", size_text(kind.page_size(), SizeUnit::kAuto),
                            kind.snooped ? ", snooped" : "", size_text(patch.mapped));
     }
     const std::string whole =

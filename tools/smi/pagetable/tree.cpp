@@ -3,6 +3,7 @@
 
 #include "tools/smi/pagetable/faces.hpp"
 #include "tools/smi/pagetable/options.hpp"
+#include "tools/smi/text/json.hpp"
 #include "tools/smi/text/size.hpp"
 
 #include <fmt/format.h>
@@ -20,7 +21,7 @@ std::string physical_text(const AddressSpace& space, const PageRun& run)
 std::string run_text(const AddressSpace& space, const PageRun& run)
 {
     return fmt::format("{}  {} x {}  segment {}{}  -> {}", range_text(run.range()), run.pages,
-                       size_text(run.kind.page_size()), run.kind.segment,
+                       size_text(run.kind.page_size(), SizeUnit::kAuto), run.kind.segment,
                        run.kind.snooped ? "  snooped" : "", physical_text(space, run));
 }
 

@@ -35,7 +35,7 @@ std::optional<Payload> accept(const Subject& subject, const Reply& reply,
         problems.push_back(*std::move(problem));
         return std::nullopt;
     }
-    auto payload = payload_from<Payload>(std::get<Answer>(reply).value);
+    auto payload = payload_from<Payload>(std::get<Answer>(reply).value());
     if (!payload) {
         problems.push_back(*diagnose(subject, Lost{"answer", "it cannot be understood"}));
     }

@@ -7,12 +7,14 @@
 
 namespace nimba::smi {
 
-DiscoveryOutcome discover_adapters(const Options& options)
+DiscoveryOutcome discover_adapters(const Options& options, int stop)
 {
     WorkerProcess worker{{options.library, options.verbose, std::nullopt}};
-    const Reply reply = ask_all({&worker, 1}, kDiscoverRequest, {options.timeout}).front();
+    const Reply reply = ask_all({&worker, 1}, kDiscoverRequest, {options.timeout, stop}).front();
     const Subject subject{"discovery", std::nullopt, unfinished_adapter(worker.progress())};
     DiscoveryOutcome outcome;
+    const auto* const lost = std::get_if<Lost>(&reply);
+    outcome.interrupted = lost != nullptr && lost->how == kInterrupted;
     outcome.discovery = accept<Discovery>(subject, reply, outcome.problems);
     if (!outcome.discovery) {
         outcome.finished = finished_adapters(worker.progress());

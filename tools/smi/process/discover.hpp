@@ -16,9 +16,10 @@ struct DiscoveryOutcome {
     std::optional<Discovery> discovery;
     std::vector<Adapter> finished;  // when it was lost: the adapters that it had found until then
     std::vector<Problem> problems;  // why there is no discovery
+    bool interrupted = false;       // it was given up because the user wanted to end
 };
 
-// Asks what adapters the machine has. The worker ends with the answer.
-DiscoveryOutcome discover_adapters(const Options& options);
+// Asks what adapters the machine has. The worker ends with the answer. `stop`: see Patience.
+DiscoveryOutcome discover_adapters(const Options& options, int stop = -1);
 
 }  // namespace nimba::smi

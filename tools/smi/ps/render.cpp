@@ -3,6 +3,7 @@
 
 #include "tools/smi/memory/faces.hpp"
 #include "tools/smi/text/csv.hpp"
+#include "tools/smi/text/json.hpp"
 #include "tools/smi/text/size.hpp"
 #include "tools/smi/text/table.hpp"
 
@@ -52,6 +53,8 @@ Row header_row(const std::vector<std::size_t>& segments)
     return row;
 }
 
+}  // namespace
+
 Document usage_json(const Usage& usage)
 {
     Document segments = Document::object();
@@ -72,8 +75,6 @@ Document device_json(const DeviceUsage& device)
     row.update(usage_json(device.usage));
     return row;
 }
-
-}  // namespace
 
 std::string ps_text(const MemorySnapshot& snapshot, const UsageTable& table)
 {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "tools/smi/ps/usage.hpp"
+#include "tools/smi/text/document.hpp"
 
 #include <string>
 
@@ -17,5 +18,9 @@ std::string ps_csv(const UsageTable& table);
 
 // The document "nimba-smi.ps.1".
 std::string ps_json(const MemorySnapshot& snapshot, const UsageTable& table);
+
+// A device, and what is used of memory, as objects of documents.
+Document device_json(const DeviceUsage& device);
+Document usage_json(const Usage& usage);
 
 }  // namespace nimba::smi

@@ -4,6 +4,7 @@
 
 #include "tools/smi/adapter.hpp"
 #include "tools/smi/exit_status.hpp"
+#include "tools/smi/text/document.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -12,9 +13,6 @@
 #include <string>
 
 namespace nimba::smi {
-
-// Keys come out in the order in which they are written.
-using Document = nlohmann::ordered_json;
 
 // The value, or null.
 template <typename T>

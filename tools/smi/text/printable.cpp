@@ -109,4 +109,18 @@ std::size_t columns(std::string_view text)
         text, [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
 }
 
+std::string cut(std::string_view text, std::size_t most, std::string_view end)
+{
+    if (columns(text) <= most) {
+        return std::string{text};
+    }
+    const std::string_view mark = columns(end) <= most ? end : std::string_view{};
+    const std::size_t kept = most - columns(mark);
+    std::size_t bytes = 0;
+    for (std::size_t taken = 0; taken < kept; ++taken) {
+        bytes += first_character(text.substr(bytes)).bytes;
+    }
+    return std::string{text.substr(0, bytes)}.append(mark);
+}
+
 }  // namespace nimba::smi

@@ -19,4 +19,8 @@ std::string printable_lines(std::string_view text);
 // Characters of a UTF-8 text: the columns that it takes.
 std::size_t columns(std::string_view text);
 
+// A printable text of so many columns at most: of a longer one the beginning, and `end` behind it
+// if that fits.
+std::string cut(std::string_view text, std::size_t most, std::string_view end);
+
 }  // namespace nimba::smi

@@ -43,10 +43,15 @@ MonitorView<Figures> usage_view()
     return figure_view("nimba-smi.usage.1", kColumns);
 }
 
-Figures usage_figures(const CounterReading& reading, const FrameRates& counted)
+FrameRates frame_rates(const CounterReading& reading, const FrameRates& counted)
 {
     const bool counts = reading.frames.flips && reading.frames.time;
-    const FrameRates& rates = counts ? counted : reading.rates;
+    return counts ? counted : reading.rates;
+}
+
+Figures usage_figures(const CounterReading& reading, const FrameRates& counted)
+{
+    const FrameRates rates = frame_rates(reading, counted);
     Figures figures{figure(rates.flips),       figure(rates.blits),
                     figure(rates.both),        figure(rates.average),
                     figure(reading.engine_3d), figure(reading.engine_vcp),

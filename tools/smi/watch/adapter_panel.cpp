@@ -3,8 +3,10 @@
 
 namespace nimba::smi {
 
-AdapterPanel::AdapterPanel(const Options& options, std::vector<SlotIdentity> adapters)
+AdapterPanel::AdapterPanel(const Options& options, std::vector<SlotIdentity> adapters,
+                           LostWorkers lost)
     : options_{options},
+      lost_{lost},
       adapters_{std::move(adapters)},
       workers_{start_workers(options, adapters_)},
       fates_(workers_.size(), Fate::kStays)

@@ -33,11 +33,18 @@ struct Round {
     bool interrupted = false;                     // by a stop signal: answers may be missing
 };
 
+// What becomes of an adapter whose worker is lost.
+enum class LostWorkers : uint8_t {
+    kLeftOut,   // it is not asked any more
+    kReplaced,  // it is asked again in the next round, by a new worker
+};
+
 // A worker for each adapter. One that cannot be read is asked again in the next round, by a new
-// worker if the old one cannot find it again; one whose worker is lost is left out from then on.
+// worker if the old one cannot find it again; what becomes of one whose worker is lost is chosen.
 class AdapterPanel final {
   public:
-    AdapterPanel(const Options& options, std::vector<SlotIdentity> adapters);
+    AdapterPanel(const Options& options, std::vector<SlotIdentity> adapters,
+                 LostWorkers lost = LostWorkers::kLeftOut);
 
     // No adapter is left.
     [[nodiscard]] bool empty() const;
@@ -60,7 +67,7 @@ class AdapterPanel final {
     enum class Fate : uint8_t { kStays, kReplaced, kLeftOut };
 
     template <typename Reading>
-    static Fate take(const SlotIdentity& adapter, const Reply& reply, Round<Reading>& round)
+    Fate take(const SlotIdentity& adapter, const Reply& reply, Round<Reading>& round) const
     {
         if (is_interrupted(reply)) {
             round.interrupted = true;
@@ -72,7 +79,7 @@ class AdapterPanel final {
         if (!reading) {
             const bool lost = problems.front().status == ExitStatus::kWorkerLost;
             std::ranges::move(problems, std::back_inserter(lost ? round.losses : round.problems));
-            return lost ? Fate::kLeftOut : Fate::kStays;
+            return lost ? fate_of_lost() : Fate::kStays;
         }
         std::ranges::move(reading_problems(subject, *reading), std::back_inserter(round.problems));
         const bool there = is_there(subject, *reading);
@@ -86,10 +93,16 @@ class AdapterPanel final {
     // The user wanted to end before the worker answered.
     static bool is_interrupted(const Reply& reply);
 
+    [[nodiscard]] Fate fate_of_lost() const
+    {
+        return lost_ == LostWorkers::kReplaced ? Fate::kReplaced : Fate::kLeftOut;
+    }
+
     std::vector<Reply> ask_all_adapters(std::string_view request, int stop);
     void renew();
 
     const Options& options_;
+    LostWorkers lost_;
     std::vector<SlotIdentity> adapters_;
     std::vector<WorkerProcess> workers_;  // in their order
     std::vector<Fate> fates_;             // of the workers

@@ -8,6 +8,7 @@
 #include "tools/smi/worker/dvfs_adapter.hpp"
 
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cstring>

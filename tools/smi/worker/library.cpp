@@ -32,7 +32,13 @@ constexpr Symbol<EntryPoints> kSymbols[] = {
     {"vec_memleak_result", store<&EntryPoints::vec_memleak_result>},
 };
 
-// The file behind a handle, without links where it can be resolved.
+}  // namespace
+
+void LibraryCloser::operator()(void* handle) const
+{
+    ::dlclose(handle);
+}
+
 std::string file_of(void* handle)
 {
     link_map* map = nullptr;
@@ -42,13 +48,6 @@ std::string file_of(void* handle)
     std::error_code error;
     const auto resolved = std::filesystem::canonical(map->l_name, error);
     return error ? map->l_name : resolved.string();
-}
-
-}  // namespace
-
-void LibraryCloser::operator()(void* handle) const
-{
-    ::dlclose(handle);
 }
 
 std::variant<Library, std::string> load_library(const std::string& name)

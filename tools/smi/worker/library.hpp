@@ -39,6 +39,9 @@ struct Library {
     std::string path;  // of the file that was loaded, without links
 };
 
+// The file behind what dlopen returned, without links where it can be resolved.
+std::string file_of(void* handle);
+
 // Loads the library named `name` and looks up its entry points. Runs the library's constructor,
 // which writes to standard output. Returns the library, or what is wrong with it.
 std::variant<Library, std::string> load_library(const std::string& name);

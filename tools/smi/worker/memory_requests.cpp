@@ -8,6 +8,7 @@
 #include "tools/smi/worker/own_adapter.hpp"
 
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 
 #include <utility>
 
@@ -91,12 +92,16 @@ Message answer_reading(Session& session, Allocations (*read)(Session&, const std
 
 }  // namespace
 
+Message answer_memory_sample(Session& session)
+{
+    return answer_reading(session, read_allocations, [](ReadingBase base, auto allocations) {
+        return MemoryReading{std::move(base), std::move(allocations)};
+    });
+}
+
 Message answer_memory(Session& session)
 {
-    Message message =
-        answer_reading(session, read_allocations, [](ReadingBase base, auto allocations) {
-            return MemoryReading{std::move(base), std::move(allocations)};
-        });
+    Message message = answer_memory_sample(session);
     session.leave_adapter();
     return message;
 }

@@ -10,6 +10,9 @@ namespace nimba::smi {
 // All allocations and device contexts, once. The adapter is left again.
 Message answer_memory(Session& session);
 
+// The same, for one sample of many: the adapter stays current for the next.
+Message answer_memory_sample(Session& session);
+
 // One snapshot of the library's leak detector. The adapter stays current for the next.
 Message answer_leaks(Session& session);
 

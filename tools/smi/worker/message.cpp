@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/worker/message.hpp"
 
+#include <nlohmann/json.hpp>
+
 namespace nimba::smi {
 namespace {
 
@@ -55,7 +57,7 @@ struct Encoder {
     {
         return {{"entering", entering.call}, {"extra_ms", entering.extra_ms}};
     }
-    Json operator()(const Answer& answer) const { return {{"answer", answer.value}}; }
+    Json operator()(const Answer& answer) const { return {{"answer", answer.value()}}; }
     Json operator()(const Failure& failure) const
     {
         return {{"failure", failure.message},
@@ -65,6 +67,13 @@ struct Encoder {
 };
 
 }  // namespace
+
+Answer::Answer(Json value) : value_{std::make_shared<const Json>(std::move(value))} {}
+
+bool Answer::operator==(const Answer& other) const
+{
+    return value() == other.value();
+}
 
 std::string encode_request(std::string_view name)
 {

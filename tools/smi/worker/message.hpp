@@ -5,10 +5,11 @@
 
 #include "tools/smi/exit_status.hpp"
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -29,10 +30,17 @@ struct Entering {
     bool operator==(const Entering&) const = default;
 };
 
-struct Answer {
-    Json value;
+// Its value is behind a pointer: who only passes answers on need not know JSON.
+class Answer final {
+  public:
+    explicit Answer(Json value);
 
-    bool operator==(const Answer&) const = default;
+    [[nodiscard]] const Json& value() const { return *value_; }
+
+    bool operator==(const Answer& other) const;
+
+  private:
+    std::shared_ptr<const Json> value_;
 };
 
 // The request could not be answered; the worker lives.

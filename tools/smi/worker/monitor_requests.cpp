@@ -8,6 +8,8 @@
 #include "tools/smi/worker/node_reader.hpp"
 #include "tools/smi/worker/segment_reader.hpp"
 
+#include <nlohmann/json.hpp>
+
 #include <cstring>
 #include <utility>
 

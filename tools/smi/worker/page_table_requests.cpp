@@ -10,6 +10,7 @@
 #include <fcntl.h>
 
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <array>

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/worker/payload.hpp"
 
+#include "tools/smi/worker/adapter_json.hpp"
 #include "tools/smi/worker/payload_json.hpp"
 
 namespace nimba::smi {
 
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Luid, low, high)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Adapter, slot, name, bus_id, card, vendor_id, device_id, driver,
-                                   luid)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ForeignGpu, name, bus_id, card, vendor_id, device_id, luid)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(SlotIdentity, slot, bus_id, name)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(DeniedFile, path, group)

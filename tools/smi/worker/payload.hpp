@@ -5,7 +5,7 @@
 
 #include "tools/smi/adapter.hpp"
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include <optional>
 #include <string>

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/worker/requests.hpp"
 
+#include "tools/smi/worker/doctor_requests.hpp"
 #include "tools/smi/worker/driver_files.hpp"
 #include "tools/smi/worker/drm_nodes.hpp"
 #include "tools/smi/worker/dvfs_requests.hpp"
@@ -8,8 +9,11 @@
 #include "tools/smi/worker/monitor_requests.hpp"
 #include "tools/smi/worker/own_adapter.hpp"
 #include "tools/smi/worker/page_table_requests.hpp"
+#include "tools/smi/worker/prefer_requests.hpp"
+#include "tools/smi/worker/summary_requests.hpp"
 
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <utility>
@@ -105,20 +109,28 @@ Message plain(Session& session, std::string_view /*arguments*/)
     return Function(session);
 }
 
+enum class Needs : uint8_t {
+    kNothing,
+    kAnyLibrary,  // also one of another major version
+    kLibrary,
+};
+
 struct Request {
     std::string_view name;
     Message (*answer)(Session&, std::string_view arguments);
-    bool any_library = false;  // also one of another major version
+    Needs needs = Needs::kLibrary;
 };
 
 constexpr Request kRequests[] = {
     {kDiscoverRequest, plain<discover>},
     {kDescribeRequest, plain<describe>},
-    {kVersionRequest, plain<version>, true},
+    {kVersionRequest, plain<version>, Needs::kAnyLibrary},
     {kMemoryRequest, plain<answer_memory>},
+    {kMemorySampleRequest, plain<answer_memory_sample>},
     {kLeaksRequest, plain<answer_leaks>},
     {kTidyRequest, plain<answer_tidy>},
     {kPageTablesRequest, plain<answer_page_tables>},
+    {kSummaryRequest, plain<answer_summary>},
     {kSegmentsRequest, plain<answer_segments>},
     {kClocksRequest, plain<answer_clocks>},
     {kSensorsRequest, plain<answer_sensors>},
@@ -130,7 +142,24 @@ constexpr Request kRequests[] = {
     {kDvfsWriteRequest, answer_dvfs_write},
     {kFlagRequest, plain<answer_flag>},
     {kFlagWriteRequest, answer_flag_write},
+    {kDoctorMachineRequest, answer_doctor_machine, Needs::kNothing},
+    {kDoctorAdapterRequest, answer_doctor_adapter},
+    {kPreferGetRequest, answer_prefer_get},
+    {kPreferSetRequest, answer_prefer_set},
+    {kPreferRemoveRequest, answer_prefer_remove},
 };
+
+// What is wrong with the library, if the request needs it.
+std::optional<Failure> missing_library(Session& session, Needs needs)
+{
+    if (needs == Needs::kNothing) {
+        return std::nullopt;
+    }
+    if (auto failure = session.ensure_library()) {
+        return failure;
+    }
+    return needs == Needs::kAnyLibrary ? std::nullopt : mismatch(session);
+}
 
 }  // namespace
 
@@ -143,10 +172,7 @@ Message answer_request(Session& session, std::string_view request)
         return Failure{ExitStatus::kFailed, session.current_call(),
                        fmt::format("unknown request \"{}\"", request)};
     }
-    if (auto failure = session.ensure_library()) {
-        return *std::move(failure);
-    }
-    if (auto failure = mismatch(session); failure && !known->any_library) {
+    if (auto failure = missing_library(session, known->needs)) {
         return *std::move(failure);
     }
     return known->answer(

@@ -12,9 +12,11 @@ inline constexpr std::string_view kDiscoverRequest = "discover";
 inline constexpr std::string_view kDescribeRequest = "describe";
 inline constexpr std::string_view kVersionRequest = "version";
 inline constexpr std::string_view kMemoryRequest = "memory";
+inline constexpr std::string_view kMemorySampleRequest = "memory-sample";
 inline constexpr std::string_view kLeaksRequest = "leaks";
 inline constexpr std::string_view kTidyRequest = "tidy";
 inline constexpr std::string_view kPageTablesRequest = "pagetables";
+inline constexpr std::string_view kSummaryRequest = "summary";
 inline constexpr std::string_view kSegmentsRequest = "segments";
 inline constexpr std::string_view kClocksRequest = "clocks";
 inline constexpr std::string_view kSensorsRequest = "sensors";
@@ -30,6 +32,15 @@ inline constexpr std::string_view kVmAllocationsRequest = "vm-allocations";
 // So have these: see dvfs_requests.hpp.
 inline constexpr std::string_view kDvfsWriteRequest = "dvfs-write";
 inline constexpr std::string_view kFlagWriteRequest = "flag-write";
+
+// And these: see prefer_requests.hpp.
+inline constexpr std::string_view kPreferGetRequest = "prefer-get";
+inline constexpr std::string_view kPreferSetRequest = "prefer-set";
+inline constexpr std::string_view kPreferRemoveRequest = "prefer-remove";
+
+// These, too: see doctor_requests.hpp.
+inline constexpr std::string_view kDoctorMachineRequest = "doctor-machine";
+inline constexpr std::string_view kDoctorAdapterRequest = "doctor-adapter";
 
 // Answers one request. A failure tells what is wrong with the library; what the library throws
 // passes through.
