@@ -39,7 +39,7 @@ CLIENT_VERSION = 22
 
 _MAJOR_MISMATCH = 100
 
-# What the dynamic loader is asked for: the name to link with, and the one to run with.
+# What the dynamic loader is asked for: the name to run with, and the one to link with.
 _NAMES = ("libnimba_mgmt_interface.so.0", "libnimba_mgmt_interface.so")
 
 _PrintCallback = CFUNCTYPE(c_int32, c_char_p)
