@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // The summary of clocks, memory, display outputs and link.
+#include "core/chip_table.hpp"
 #include "core/display_outputs.hpp"
 #include "core/gpuinfo_text.hpp"
 #include "core/node_buffer.hpp"
 #include "core/scan_text.hpp"
 #include "nimba_mgmt_interface.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdio>
@@ -17,13 +17,7 @@ namespace {
 
 constexpr uint32_t kNoChip = std::numeric_limits<uint32_t>::max();
 
-constexpr std::array<uint32_t, 6> kNimbaChips{
-    DEVICE_ID_NIMBA_K1,  DEVICE_ID_NIMBA_K2, DEVICE_ID_NIMBA_K3,
-    DEVICE_ID_NIMBA_K3T, DEVICE_ID_NIMBA_K5, DEVICE_ID_NIMBA_K6,
-};
-
-// What does not change while the same chip is described. Written by the first call for a chip;
-// nothing resets it.
+// What does not change of the chip that was described last. Written by the first call for it.
 struct Kept {
     uint32_t chip_id = kNoChip;
     uint32_t fb_size = 0;
@@ -36,11 +30,6 @@ struct Kept {
 };
 Kept kept;
 
-bool is_nimba(uint32_t chip_id)
-{
-    return std::ranges::find(kNimbaChips, chip_id) != kNimbaChips.end();
-}
-
 uint32_t info_value(int32_t index)
 {
     return static_cast<uint32_t>(gpuinfo_get_jwinfoFD_value_int(index));
@@ -49,14 +38,13 @@ uint32_t info_value(int32_t index)
 // MT/s, as dmidecode tells for the first module that has a configured speed.
 uint32_t memory_speed()
 {
-    constexpr int32_t kShortest = 10;  // what is no longer tells nothing
     std::array<char, 1024> output{};
-    const int32_t size = runShellCommand("dmidecode -t memory |grep Configured |grep MT/s",
-                                         output.data(), output.size());
+    runShellCommand("dmidecode -t memory |grep Configured |grep MT/s", output.data(),
+                    output.size());
     const int32_t position =
         find_str_in_buffer(output.data(), static_cast<int32_t>(output.size()), "Memory Speed: ");
     int speed = 0;
-    if (size > kShortest && position >= 0) {
+    if (position >= 0) {
         scan_text(output.data() + position, "%d MT/s", &speed);
     }
     return static_cast<uint32_t>(speed);
@@ -83,7 +71,7 @@ DisplayOutputs outputs_of(uint32_t chip_id, int card)
     if (text.read(card)) {
         outputs = told_outputs(text, chip_id);
     }
-    if (outputs == DisplayOutputs{} && !is_nimba(chip_id)) {
+    if (outputs == DisplayOutputs{} && !is_nimba_chip(chip_id)) {
         outputs = listed_outputs(card);
     }
     lib_print_func("cached_display_port_number: 0x%x, cached_support_disp_port_type: 0x%x\n",
@@ -106,7 +94,7 @@ void refill(uint32_t chip_id, int card)
 
 void describe_memory(uint32_t chip_id, adapter_summary& out)
 {
-    if (is_nimba(chip_id)) {
+    if (is_nimba_chip(chip_id)) {
         out.memory_data_rate = out.mclk * 2;
         return;
     }

@@ -12,8 +12,7 @@ namespace {
 constexpr uint32_t kNotTold = std::numeric_limits<uint32_t>::max();
 constexpr uint32_t kNoChip = std::numeric_limits<uint32_t>::max();
 
-// What does not change while the same chip is described. Written by the first call for a chip;
-// nothing resets it.
+// What does not change of the chip that was described last. Written by the first call for it.
 struct Kept {
     uint32_t chip_id = kNoChip;
     adapter_summary_ext2 fields{};
@@ -26,8 +25,8 @@ void refill(uint32_t chip_id, int card)
     GpuinfoText text;
     if (text.read(card)) {
         kept.fields = lasting_fields(text);
-        lib_print_func("cached_current_pcie_gen: %d\n", static_cast<int>(kept.fields.pcie_gen));
     }
+    lib_print_func("cached_current_pcie_gen: %d\n", static_cast<int>(kept.fields.pcie_gen));
 }
 
 void set_not_told(adapter_summary_ext2& record)

@@ -75,6 +75,12 @@ const Chip* find_chip(uint32_t device_id)
     return find_row(kChips, [=](const Chip& row) { return row.device_id == device_id; });
 }
 
+bool is_nimba_chip(uint32_t device_id)
+{
+    const Chip* const chip = find_chip(device_id);
+    return chip != nullptr && chip->vendor_id == NIMBA_VENDOR_ID;
+}
+
 const ForeignVendor* find_foreign_vendor(uint32_t vendor_id)
 {
     return find_row(kForeignVendors,

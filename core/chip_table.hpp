@@ -39,6 +39,9 @@ const Chip* find_chip(uint32_t vendor_id, uint32_t device_id);
 // The chip with that device identifier, whatever the vendor, or null.
 const Chip* find_chip(uint32_t device_id);
 
+// Whether that is one of the Nimba family's chips; 0, no chip, is none.
+bool is_nimba_chip(uint32_t device_id);
+
 // The vendor of another product's GPU, or null when it is not one of the well-known.
 const ForeignVendor* find_foreign_vendor(uint32_t vendor_id);
 

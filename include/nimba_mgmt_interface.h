@@ -1077,11 +1077,11 @@ NIMBA_MGMT_API int32_t gfxbusy_init(void);
 NIMBA_MGMT_API int32_t get_gpubusy_info(GpuBusyInfo* info);
 
 /* ---------------------------------------------------------------------------------------------
- * Adapter summary. Run gfx_global_init for the slot first: the nodes are those of the current
- * adapter, while chip and card are those of the slot rec->chip_id_idx. What cannot change is read
- * at the first call for a chip and kept for the process, by chip_id: two adapters of one chip share
- * what the first one's call found, and gfx_global_exit forgets nothing. "The driver's file" is
- * /proc/gpuinfo_<card>, of which the first 1024 bytes are read.
+ * Adapter summary of the slot rec->chip_id_idx, of which chip and card are used. The first summary
+ * reads nodes of the current adapter, too: run gfx_global_init for the slot first. What cannot
+ * change is "kept": read at the first call for a chip, and until a call for another chip_id. Two
+ * adapters of one chip share what the first one's call found, and gfx_global_exit forgets nothing.
+ * "The driver's file" is /proc/gpuinfo_<card>, of which the first 1024 bytes are read.
  * ------------------------------------------------------------------------------------------- */
 
 /* A type of display connector, 16 bytes. */
@@ -1100,7 +1100,7 @@ NIMBA_MGMT_ASSERT_OFFSET(connect_type, bit, 12);
 extern NIMBA_MGMT_API const connect_type support_CONNECT_type_list[NIMBA_CONNECT_TYPE_NUM];
 
 /* Clocks, memory, display outputs and PCIe link, 48 bytes. Clocks are in the driver's units. Nodes
- * are those of the info directory. "Kept": read at the first call for the chip. */
+ * are those of the info directory. */
 typedef struct adapter_summary {
     uint32_t eclk;              /*  0: node "eclk" */
     uint32_t vclk;              /*  4: node "vclk" */
@@ -1173,21 +1173,24 @@ NIMBA_MGMT_ASSERT_OFFSET(adapter_summary_ext2, pcie_gen, 112);
 
 /* Describes the adapter in slot rec->chip_id_idx, which should be the current one.
  * out: all words but the last two; those also unless the chip is a Nimba one (chip_id 0, of an
- * empty slot, is none). What cannot be read is 0. Display outputs are those of the driver's file,
- * if its device id is the chip's; else, but for Nimba chips, those of the PCI device's directory
- * drm/card<card>. In the list of the driver's file "EDP" counts as "DP", too.
- * On standard output, at the first call for a chip: "get_line_from_string fail, string too long!!!"
- * when that list has 100 characters or more, and is ignored; "Error opening drm directory"; "Failed
- * to run command". That call also runs dmidecode three times, whatever the chip. Return: 0 always.
- */
+ * empty slot, is none). What cannot be read is 0; memory type and width then are what the
+ * runShellCommand functions return: 4 and 0 when dmidecode tells nothing, as for any user but root,
+ * and 1 when no command can be started. Display outputs are those of the driver's file, if it has
+ * the chip's device id, a count of ports and a type that is known; else, but for Nimba chips, those
+ * of the PCI device's directory drm/card<card>. In the list of the driver's file "EDP" counts as
+ * "DP", too.
+ * On standard output, when what is kept is read: "Failed to run command", up to three times;
+ * "get_line_from_string fail, string too long!!!" when that list has 100 characters or more, and is
+ * ignored; "Error opening drm directory". Then dmidecode runs three times, whatever the chip.
+ * Return: 0 always. */
 NIMBA_MGMT_API int32_t get_adapter_summary(adapter_summary* out, find_adapter* rec);
 
 /* Describes the adapter in slot rec->chip_id_idx by the driver's file of its card.
- * out: all 232 bytes; what is not told is 0, or 0xFFFFFFFF in the words 80 to 99. When the file
- * cannot be read nothing else is told, not even what is kept. The lines of what is kept are read in
- * the order versions, fill rates, resolutions, PCIe generation: a number that one of them lacks is
- * the one that was read last in its place, by whichever line before it, and 0 before the first.
- * Return: 0 always. */
+ * out: all 232 bytes; what is not told, or has no number, is 0, or 0xFFFFFFFF in the five words at
+ * the bytes 80 to 99. When the file cannot be read nothing else is told, not even what is kept. The
+ * lines of what is kept are read in the order versions, fill rates, resolutions, PCIe generation: a
+ * number that one of them lacks is the one that was read last in its place, by whichever line
+ * before it, and 0 before the first. Return: 0 always. */
 NIMBA_MGMT_API int32_t get_adapter_summary_ext2(adapter_summary_ext2* out, find_adapter* rec);
 
 /* The workers of the two. Return: 0 always. */

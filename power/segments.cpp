@@ -15,12 +15,6 @@ enum class SegmentSource { kAllocations, kNode, kHeaps };
 // Where get_segment_info reads. Written by segment_init alone.
 SegmentSource segment_source = SegmentSource::kAllocations;
 
-bool is_nimba(uint32_t chip_id)
-{
-    const Chip* const chip = find_chip(chip_id);
-    return chip != nullptr && chip->vendor_id == NIMBA_VENDOR_ID;
-}
-
 // The allocations tell what is used, in the first segments.
 int32_t read_allocations(SegmentInfo& info)
 {
@@ -40,7 +34,7 @@ int32_t segment_init(find_adapter* rec)
 {
     using nimba::SegmentSource;
     nimba::segment_source = SegmentSource::kAllocations;
-    const bool has_node = nimba::is_nimba(rec->header.chip_id[rec->chip_id_idx]);
+    const bool has_node = nimba::is_nimba_chip(rec->header.chip_id[rec->chip_id_idx]);
     SegmentInfo attempt{};
     const int32_t status =
         has_node ? gpuinfo_get_segment_info(&attempt) : gpuinfo_get_kmd_segment_info(&attempt, 0);

@@ -106,7 +106,7 @@ completes_everywhere() {
 @test "options of all commands are offered behind a command, its own there alone" {
     completes_everywhere "nimba-smi dvfs restore --f" --force
     completes_everywhere "nimba-smi dvfs restore --verb" --verbose
-    completes_everywhere "nimba-smi dvfs --json get level --cs" --csv
+    completes_everywhere "nimba-smi dvfs --json get dvfs_level --cs" --csv
     completes_everywhere "nimba-smi list --f" ""
 }
 
@@ -129,16 +129,16 @@ completes_everywhere() {
 }
 
 @test "settings are offered by name, and levels with their values" {
-    completes_everywhere "nimba-smi dvfs get gating.3d." "gating.3d.clock gating.3d.power"
-    completes_everywhere "nimba-smi dvfs get level mem" memory_clock
-    completes fish "nimba-smi dvfs set level=" "level=balance level=lowpower level=performance"
-    completes zsh "nimba-smi dvfs set level=" "level=balance level=lowpower level=performance"
+    completes_everywhere "nimba-smi dvfs get clock_gating_v" "clock_gating_vcp clock_gating_vpp"
+    completes_everywhere "nimba-smi dvfs get dvfs_level mem" memory_clock
+    completes fish "nimba-smi dvfs set dvfs_level=" "dvfs_level=balance dvfs_level=lowpower dvfs_level=performance"
+    completes zsh "nimba-smi dvfs set dvfs_level=" "dvfs_level=balance dvfs_level=lowpower dvfs_level=performance"
 }
 
 @test "bash waits for a setting's value, and parts it as it parts words" {
-    completes bash "nimba-smi dvfs set gfx.cl" "[nospace] gfx.clock="
-    completes bash "nimba-smi dvfs set level=" "balance lowpower performance"
-    completes bash "nimba-smi dvfs set gfx.clock=1100 level=p" performance
+    completes bash "nimba-smi dvfs set gfx_cl" "[nospace] gfx_clock="
+    completes bash "nimba-smi dvfs set dvfs_level=" "balance lowpower performance"
+    completes bash "nimba-smi dvfs set gfx_clock=1100 dvfs_level=p" performance
 }
 
 @test "machines are offered by name, and files" {

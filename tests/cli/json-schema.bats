@@ -39,7 +39,7 @@ pagetable --tree --depth 1:pagetable-tree
 pagetable --va 0x100000000:pagetable-va
 pagetable --map:pagetable-map
 dvfs get:dvfs
-dvfs get level gfx.clock:dvfs
+dvfs get dvfs_level gfx_clock:dvfs
 flag get:flag
 prefer list:prefer
 doctor:doctor
@@ -53,10 +53,10 @@ sensors --watch 0.01 --count 2:sensors sensors
 usage --watch 0.01 --count 3:usage usage usage
 mem --watch 0.01 --count 2:mem mem'
 CHANGING='
-dvfs set level=performance gfx.clock=500 power_mode=1 --dry-run:dvfs-dry-run
-dvfs set level=performance gfx.clock=500 power_mode=1:dvfs-set
+dvfs set dvfs_level=performance gfx_clock=500 power_mode=1 --dry-run:dvfs-dry-run
+dvfs set dvfs_level=performance gfx_clock=500 power_mode=1:dvfs-set
 dvfs save state.json:dvfs-save
-dvfs set level=balance:dvfs-set
+dvfs set dvfs_level=balance:dvfs-set
 dvfs restore state.json --dry-run:dvfs-dry-run
 dvfs restore state.json:dvfs-set
 flag set 0x4:flag-set

@@ -16,19 +16,19 @@ load nimba-smi-dvfs.bash
     same "$stderr" ""
     same "$output" "23
 $SETTINGS"
-    same "$(jq -c '[.schema, .chip, .bus_id, (.fields | length), .fields.level,
-        .fields["gfx.clock"]]' state.json)" \
+    same "$(jq -c '[.schema, .chip, .bus_id, (.fields | length), .fields.dvfs_level,
+        .fields["gfx_clock"]]' state.json)" \
         '["nimba-smi.dvfs-state.1","0x1001","0000:01:00.0",23,"balance","800"]'
 }
 
 @test "a state passes through pipes, and saving can be told as JSON" {
     needs_live_drivers
-    run --separate-stderr here_sh 'nimba-smi dvfs save - | jq ".fields = {level: \"2\"}" |
+    run --separate-stderr here_sh 'nimba-smi dvfs save - | jq ".fields = {dvfs_level: \"2\"}" |
         nimba-smi dvfs restore - --json | jq -c ".fields[0].result"
         nimba-smi dvfs save state.json --json'
     [ "$status" = 0 ] || { echo "$stderr"; return 1; }
     same "${lines[0]}" '"accepted"'
-    same "$(sed 1d <<<"$output" | jq -c '[.schema, .file, .fields.level, .errors]')" \
+    same "$(sed 1d <<<"$output" | jq -c '[.schema, .file, .fields.dvfs_level, .errors]')" \
         '["nimba-smi.dvfs-save.1","state.json","performance",[]]'
 }
 
@@ -39,17 +39,17 @@ state_with() {
 
 @test "a file that is no state of this chip is refused, and nothing is written" {
     needs_live_drivers
-    state_with '"level": "1", "mode": "9999999999"' >range.json
-    state_with '"level": "1", "speed": "1"' >unknown.json
-    state_with '"level": "1", "video_clock": "1"' >read-only.json
-    state_with '"level": "1"' 0x2030 >other-chip.json
+    state_with '"dvfs_level": "1", "dvfs_mode": "9999999999"' >range.json
+    state_with '"dvfs_level": "1", "speed": "1"' >unknown.json
+    state_with '"dvfs_level": "1", "video_clock": "1"' >read-only.json
+    state_with '"dvfs_level": "1"' 0x2030 >other-chip.json
     head -c 100 range.json >cut.json
     run --separate-stderr here_sh 'for file in range unknown read-only cut absent other-chip; do
             nimba-smi dvfs restore $file.json || echo $?
         done; log'
     same "$output" $'2\n2\n2\n2\n2\n2'
     same "$stderr" "\
-nimba-smi: cannot restore range.json: mode: expected a number from 0 to 0xffffffff, got \"9999999999\"
+nimba-smi: cannot restore range.json: dvfs_mode: expected a number from 0 to 0xffffffff, got \"9999999999\"
 nimba-smi: cannot restore unknown.json: there is no field \"speed\"; nimba-smi dvfs get shows all
 nimba-smi: cannot restore read-only.json: video_clock can only be read
 nimba-smi: cannot restore cut.json: it is no JSON document

@@ -37,11 +37,11 @@ here_sh() {
         '"$1"
 }
 
-ALL="power_mode=0x1f gating.3d.power=0x10 gating.vcp.power=0x11 gating.vpp.power=0xffff \
-gating.3d.clock=0x7fff gating.vcp.clock=0x8000 gating.vpp.clock=0 mode=0 level=performance \
-gfx.check_size=1 vcp0.check_size=2 vcp1.check_size=3 vpp.check_size=4 gfx.high_threshold=5 \
-vcp0.high_threshold=6 vcp1.high_threshold=7 vpp.high_threshold=0xffffffff gfx.low_threshold=9 \
-vcp0.low_threshold=10 vcp1.low_threshold=11 vpp.low_threshold=12 gfx.clock=1234 gfx.voltage=999"
+ALL="power_mode=0x1f power_gating_3d=0x10 power_gating_vcp=0x11 power_gating_vpp=0xffff \
+clock_gating_3d=0x7fff clock_gating_vcp=0x8000 clock_gating_vpp=0 dvfs_mode=0 dvfs_level=performance \
+gfx_check_size=1 vcp0_check_size=2 vcp1_check_size=3 vpp_check_size=4 gfx_high_threshold=5 \
+vcp0_high_threshold=6 vcp1_high_threshold=7 vpp_high_threshold=0xffffffff gfx_low_threshold=9 \
+vcp0_low_threshold=10 vcp1_low_threshold=11 vpp_low_threshold=12 gfx_clock=1234 gfx_voltage=999"
 
 ALL_LINES="power_mode: 0x1f
 pwm_wait_count: 0 0 10
@@ -69,28 +69,28 @@ dvfs_clk_voltage: v 0 999"
 
 SETTINGS="SLOT  FIELD                VALUE
 0     power_mode           0x1
-0     gating.3d.power      0x64
-0     gating.vcp.power     0x64
-0     gating.vpp.power     0x64
-0     gating.3d.clock      0x10
-0     gating.vcp.clock     0x10
-0     gating.vpp.clock     0x10
-0     mode                 0x2
-0     level                balance
-0     gfx.check_size       0x40
-0     vcp0.check_size      0x40
-0     vcp1.check_size      0x40
-0     vpp.check_size       0x40
-0     gfx.high_threshold   0x50
-0     vcp0.high_threshold  0x50
-0     vcp1.high_threshold  0x50
-0     vpp.high_threshold   0x50
-0     gfx.low_threshold    0x1e
-0     vcp0.low_threshold   0x1e
-0     vcp1.low_threshold   0x1e
-0     vpp.low_threshold    0x1e
-0     gfx.clock            800
-0     gfx.voltage          900
+0     power_gating_3d      0x64
+0     power_gating_vcp     0x64
+0     power_gating_vpp     0x64
+0     clock_gating_3d      0x10
+0     clock_gating_vcp     0x10
+0     clock_gating_vpp     0x10
+0     dvfs_mode            0x2
+0     dvfs_level           balance
+0     gfx_check_size       0x40
+0     vcp0_check_size      0x40
+0     vcp1_check_size      0x40
+0     vpp_check_size       0x40
+0     gfx_high_threshold   0x50
+0     vcp0_high_threshold  0x50
+0     vcp1_high_threshold  0x50
+0     vpp_high_threshold   0x50
+0     gfx_low_threshold    0x1e
+0     vcp0_low_threshold   0x1e
+0     vcp1_low_threshold   0x1e
+0     vpp_low_threshold    0x1e
+0     gfx_clock            800
+0     gfx_voltage          900
 0     video_clock          500
 0     memory_clock         1600"
 

@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <ostream>
 #include <string>
 
 namespace nimba::sim::test {
@@ -49,6 +50,11 @@ struct ChipLines {
     std::size_t own_memory;    // the segment
     const char* memory_usage;  // with 1 GiB of allocations there
 };
+
+void PrintTo(const ChipLines& lines, std::ostream* out)
+{
+    *out << lines.chip;
+}
 
 class GpuinfoText : public ::testing::TestWithParam<ChipLines> {};
 

@@ -54,6 +54,7 @@ TEST(ShippedMachines, AreThese)
                                                "showcase",
                                                "sixty-devices",
                                                "steady-adapter",
+                                               "steady-desktop",
                                                "three-adapters",
                                                "three-and-foreign",
                                                "two-and-foreign",

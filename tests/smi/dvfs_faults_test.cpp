@@ -46,10 +46,10 @@ TEST(ReadingFaults, AreOfTheFieldsThatAreAskedForOnceForEachNode)
     node(reading, "dvfs_control_params").read_error = EIO;
     node(reading, "power_mode").read_error = EACCES;
     node(reading, "vclk").read_error = EIO;
-    reading.values[index_of(*find_field("mode"))] = 1;
+    reading.values[index_of(*find_field("dvfs_mode"))] = 1;
     const std::vector<const DvfsField*> fields{
-        find_field("power_mode"), find_field("gfx.check_size"), find_field("gfx.high_threshold"),
-        find_field("mode")};
+        find_field("power_mode"), find_field("gfx_check_size"), find_field("gfx_high_threshold"),
+        find_field("dvfs_mode")};
     EXPECT_EQ(said(reading_problems(kSubject, reading, fields)),
               (std::vector<Said>{
                   {ExitStatus::kNoPermission,
@@ -61,10 +61,10 @@ TEST(ReadingFaults, AreOfTheFieldsThatAreAskedForOnceForEachNode)
 
 TEST(ReadingFaults, ANodeThatTellsNothingIsOne)
 {
-    const DvfsReading reading = reading_of({{"gfx.clock", 550}});
-    const std::vector<const DvfsField*> fields{find_field("gating.3d.power"),
-                                               find_field("gating.3d.clock"),
-                                               find_field("gfx.clock"), find_field("gfx.voltage")};
+    const DvfsReading reading = reading_of({{"gfx_clock", 550}});
+    const std::vector<const DvfsField*> fields{find_field("power_gating_3d"),
+                                               find_field("clock_gating_3d"),
+                                               find_field("gfx_clock"), find_field("gfx_voltage")};
     EXPECT_EQ(said(reading_problems(kSubject, reading, fields)),
               (std::vector<Said>{{ExitStatus::kNoAdapter,
                                   "adapter 0000:01:00.0: there are no settings in "
@@ -88,17 +88,17 @@ TEST(ReadingFaults, AMissingNodeIsNoneUnlessAllAreMissing)
 
 TEST(MissingFields, AreNamedWithWhatKeepsThemFromBeingRead)
 {
-    DvfsReading reading = reading_of({{"level", 0}});
+    DvfsReading reading = reading_of({{"dvfs_level", 0}});
     node(reading, "dvfs_mode").read_error = EPERM;
     const std::vector<Assignment> assignments{
-        {find_field("power_mode"), 1}, {find_field("mode"), 1}, {find_field("level"), 1}};
+        {find_field("power_mode"), 1}, {find_field("dvfs_mode"), 1}, {find_field("dvfs_level"), 1}};
     EXPECT_EQ(
         said(missing_fields(kSubject, reading, assignments)),
         (std::vector<Said>{
             {ExitStatus::kNotTaken,
              "adapter 0000:01:00.0: the driver does not give power_mode; nothing was written"},
             {ExitStatus::kNotTaken,
-             "adapter 0000:01:00.0: the driver does not give mode; nothing was written"},
+             "adapter 0000:01:00.0: the driver does not give dvfs_mode; nothing was written"},
             {ExitStatus::kNoPermission,
              "adapter 0000:01:00.0: no permission to read /info/dvfs_mode: run as root"}}));
 }
@@ -109,9 +109,9 @@ TEST(WritingFaults, AreOfTheNodesThatWouldBeWrittenOnceForEach)
     node(reading, "pwm_wait_count").write_error = EACCES;
     node(reading, "dvfs_level").write_error = EROFS;
     node(reading, "power_mode").write_error = EACCES;
-    const std::vector<Assignment> assignments{{find_field("gating.3d.power"), 1},
-                                              {find_field("gating.3d.clock"), 1},
-                                              {find_field("level"), 1}};
+    const std::vector<Assignment> assignments{{find_field("power_gating_3d"), 1},
+                                              {find_field("clock_gating_3d"), 1},
+                                              {find_field("dvfs_level"), 1}};
     EXPECT_EQ(said(writing_problems(kSubject, reading, assignments)),
               (std::vector<Said>{
                   {ExitStatus::kNoPermission,

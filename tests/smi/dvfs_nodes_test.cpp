@@ -71,7 +71,7 @@ TEST_F(InfoNodes, GiveANumberOnlyWhenTheyBeginWithOne)
 
 TEST(DvfsReading, TravelsAndComesBack)
 {
-    DvfsReading reading = reading_of({{"gfx.clock", -800}, {"mode", 4294967295}});
+    DvfsReading reading = reading_of({{"gfx_clock", -800}, {"dvfs_mode", 4294967295}});
     reading.nodes.front().read_error = EIO;
     const DvfsWriting writing{reading.bus_id, reading, reading_of({})};
     EXPECT_EQ(payload_from<DvfsWriting>(to_json_value(writing)), writing);
@@ -81,10 +81,10 @@ TEST(DvfsReading, TravelsAndComesBack)
 
 TEST(DvfsReading, GivesTheValuesOfItsFields)
 {
-    const DvfsReading reading = reading_of({{"mode", 0}});
-    EXPECT_EQ(value_of(reading, *find_field("mode")), 0);
-    EXPECT_EQ(value_of(reading, *find_field("level")), std::nullopt);
-    EXPECT_EQ(value_of(DvfsReading{}, *find_field("mode")), std::nullopt);
+    const DvfsReading reading = reading_of({{"dvfs_mode", 0}});
+    EXPECT_EQ(value_of(reading, *find_field("dvfs_mode")), 0);
+    EXPECT_EQ(value_of(reading, *find_field("dvfs_level")), std::nullopt);
+    EXPECT_EQ(value_of(DvfsReading{}, *find_field("dvfs_mode")), std::nullopt);
 }
 
 }  // namespace

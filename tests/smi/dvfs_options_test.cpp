@@ -43,12 +43,13 @@ TEST(DvfsOptions, OfGet)
 {
     EXPECT_EQ(options({"get"}).dvfs.action, DvfsAction::kGet);
     EXPECT_TRUE(options({"get"}).dvfs.fields.empty());
-    const Options two = options({"get", "level", "--adapter", "1", "gfx.clock", "level", "--csv"});
+    const Options two =
+        options({"get", "dvfs_level", "--adapter", "1", "gfx_clock", "dvfs_level", "--csv"});
     EXPECT_EQ(two.dvfs.fields,
-              (std::vector<const DvfsField*>{find_field("level"), find_field("gfx.clock")}));
+              (std::vector<const DvfsField*>{find_field("dvfs_level"), find_field("gfx_clock")}));
     EXPECT_EQ(two.adapter, AdapterChoice{1});
     EXPECT_TRUE(two.csv);
-    EXPECT_EQ(fault({"get", "level", "speed"}),
+    EXPECT_EQ(fault({"get", "dvfs_level", "speed"}),
               "FIELD: there is no field \"speed\"; nimba-smi dvfs get shows all; see nimba-smi "
               "--help");
     EXPECT_EQ(fault({"get", "--csv", "--json"}),
@@ -58,10 +59,10 @@ TEST(DvfsOptions, OfGet)
 TEST(DvfsOptions, OfSetAreInTheOrderOfWriting)
 {
     const Options two =
-        options({"--adapter", "0", "set", "gfx.clock=-5", "level=1", "--dry-run", "--json"});
+        options({"--adapter", "0", "set", "gfx_clock=-5", "dvfs_level=1", "--dry-run", "--json"});
     EXPECT_EQ(two.dvfs.action, DvfsAction::kSet);
-    EXPECT_EQ(two.dvfs.assignments,
-              (std::vector<Assignment>{{find_field("level"), 1}, {find_field("gfx.clock"), -5}}));
+    EXPECT_EQ(two.dvfs.assignments, (std::vector<Assignment>{{find_field("dvfs_level"), 1},
+                                                             {find_field("gfx_clock"), -5}}));
     EXPECT_TRUE(two.dvfs.dry_run);
     EXPECT_TRUE(two.json);
     EXPECT_EQ(two.adapter, AdapterChoice{0});
@@ -70,13 +71,15 @@ TEST(DvfsOptions, OfSetAreInTheOrderOfWriting)
 TEST(DvfsOptions, OfSetAreRefusedAllTogether)
 {
     EXPECT_EQ(fault({"set"}), "FIELD=VALUE is required; see nimba-smi --help");
-    EXPECT_EQ(fault({"set", "level=1", "video_clock=1"}),
+    EXPECT_EQ(fault({"set", "dvfs_level=1", "video_clock=1"}),
               "FIELD=VALUE: video_clock can only be read; see nimba-smi --help");
-    EXPECT_EQ(fault({"set", "level=1", "mode=0x100000000"}),
-              "FIELD=VALUE: mode: expected a number from 0 to 0xffffffff, got \"0x100000000\"; see "
-              "nimba-smi --help");
-    EXPECT_EQ(fault({"set", "level=1", "level=1"}), "level is set twice; see nimba-smi --help");
-    EXPECT_NE(fault({"set", "level=1", "--csv"}), "accepted");
+    EXPECT_EQ(
+        fault({"set", "dvfs_level=1", "dvfs_mode=0x100000000"}),
+        "FIELD=VALUE: dvfs_mode: expected a number from 0 to 0xffffffff, got \"0x100000000\"; see "
+        "nimba-smi --help");
+    EXPECT_EQ(fault({"set", "dvfs_level=1", "dvfs_level=1"}),
+              "dvfs_level is set twice; see nimba-smi --help");
+    EXPECT_NE(fault({"set", "dvfs_level=1", "--csv"}), "accepted");
 }
 
 TEST(DvfsOptions, OfSaveAndRestore)
@@ -103,7 +106,7 @@ TEST(DvfsOptions, NeedOneOfTheFour)
 {
     EXPECT_EQ(fault({}), "dvfs needs get, set, save or restore; see nimba-smi --help");
     EXPECT_NE(fault({"put"}), "accepted");
-    EXPECT_NE(fault({"get", "set", "level=1"}), "accepted");
+    EXPECT_NE(fault({"get", "set", "dvfs_level=1"}), "accepted");
 }
 
 }  // namespace

@@ -34,23 +34,24 @@ TEST(Verdict, HasAWordAndASentence)
 
 TEST(Outcomes, AreOfTheAssignmentsInTheirOrder)
 {
-    const DvfsReading before = reading_of({{"level", 0}, {"gfx.clock", 800}});
-    const DvfsReading after = reading_of({{"level", 2}, {"gfx.clock", 800}});
-    const DvfsField* const level = find_field("level");
-    const DvfsField* const clock = find_field("gfx.clock");
-    EXPECT_EQ(outcomes_of(std::vector<Assignment>{{clock, 900}, {level, 2}}, before, after),
+    const DvfsReading before = reading_of({{"dvfs_level", 0}, {"gfx_clock", 800}});
+    const DvfsReading after = reading_of({{"dvfs_level", 2}, {"gfx_clock", 800}});
+    const DvfsField* const dvfs_level = find_field("dvfs_level");
+    const DvfsField* const clock = find_field("gfx_clock");
+    EXPECT_EQ(outcomes_of(std::vector<Assignment>{{clock, 900}, {dvfs_level, 2}}, before, after),
               (std::vector<Outcome>{{clock, 900, 800, 800, Verdict::kRejected},
-                                    {level, 2, 0, 2, Verdict::kAccepted}}));
+                                    {dvfs_level, 2, 0, 2, Verdict::kAccepted}}));
 }
 
 TEST(Changes, LeaveOutWhatIsSoAlready)
 {
-    const DvfsReading reading = reading_of({{"level", 0}, {"gfx.clock", 800}});
-    const DvfsField* const level = find_field("level");
-    const DvfsField* const clock = find_field("gfx.clock");
-    const DvfsField* const mode = find_field("mode");
-    EXPECT_EQ(changes(std::vector<Assignment>{{mode, 0}, {level, 0}, {clock, 801}}, reading),
-              (std::vector<Assignment>{{mode, 0}, {clock, 801}}));
+    const DvfsReading reading = reading_of({{"dvfs_level", 0}, {"gfx_clock", 800}});
+    const DvfsField* const dvfs_level = find_field("dvfs_level");
+    const DvfsField* const clock = find_field("gfx_clock");
+    const DvfsField* const dvfs_mode = find_field("dvfs_mode");
+    EXPECT_EQ(
+        changes(std::vector<Assignment>{{dvfs_mode, 0}, {dvfs_level, 0}, {clock, 801}}, reading),
+        (std::vector<Assignment>{{dvfs_mode, 0}, {clock, 801}}));
 }
 
 }  // namespace

@@ -25,8 +25,8 @@ std::string fault(std::string_view text)
 
 TEST(SavedState, HoldsWhatTheDriverGivesAndCanBeWritten)
 {
-    const DvfsReading reading =
-        reading_of({{"gfx.clock", -800}, {"level", 2}, {"power_mode", 31}, {"video_clock", 600}});
+    const DvfsReading reading = reading_of(
+        {{"gfx_clock", -800}, {"dvfs_level", 2}, {"power_mode", 31}, {"video_clock", 600}});
     EXPECT_EQ(saved_text({0, "0000:01:00.0", "Gpu0:Nimba-K1"}, {reading.chip, state_of(reading)}),
               R"({
   "schema": "nimba-smi.dvfs-state.1",
@@ -35,8 +35,8 @@ TEST(SavedState, HoldsWhatTheDriverGivesAndCanBeWritten)
   "name": "Gpu0:Nimba-K1",
   "fields": {
     "power_mode": "0x1f",
-    "level": "performance",
-    "gfx.clock": "-800"
+    "dvfs_level": "performance",
+    "gfx_clock": "-800"
   }
 }
 )");
@@ -45,19 +45,19 @@ TEST(SavedState, HoldsWhatTheDriverGivesAndCanBeWritten)
 TEST(SavedState, ComesBackInTheOrderOfWriting)
 {
     const auto parsed = parse_saved_state(file_with(
-        R"("chip": "0x1001", "fields": {"gfx.clock": "-800", "level": "2", "power_mode": "0x1f"})"));
+        R"("chip": "0x1001", "fields": {"gfx_clock": "-800", "dvfs_level": "2", "power_mode": "0x1f"})"));
     ASSERT_TRUE(std::holds_alternative<SavedState>(parsed));
     const SavedState expected{0x1001,
                               {{find_field("power_mode"), 31},
-                               {find_field("level"), 2},
-                               {find_field("gfx.clock"), -800}}};
+                               {find_field("dvfs_level"), 2},
+                               {find_field("gfx_clock"), -800}}};
     EXPECT_EQ(std::get<SavedState>(parsed), expected);
 }
 
 TEST(SavedState, MayBeOfAnUnknownChip)
 {
-    const auto saved =
-        saved_text({0, "0000:01:00.0", std::nullopt}, {std::nullopt, {{find_field("mode"), 1}}});
+    const auto saved = saved_text({0, "0000:01:00.0", std::nullopt},
+                                  {std::nullopt, {{find_field("dvfs_mode"), 1}}});
     const auto parsed = parse_saved_state(saved);
     ASSERT_TRUE(std::holds_alternative<SavedState>(parsed));
     EXPECT_EQ(std::get<SavedState>(parsed).chip, std::nullopt);
@@ -73,7 +73,7 @@ TEST(SavedState, OfAnotherFormIsRefused)
     EXPECT_EQ(fault("null"), "it is no nimba-smi.dvfs-state.1");
     EXPECT_EQ(fault("{}"), "it is no nimba-smi.dvfs-state.1");
     EXPECT_EQ(fault(R"({"schema": 1})"), "it is no nimba-smi.dvfs-state.1");
-    EXPECT_EQ(fault(R"({"schema": "nimba-smi.dvfs-state.2", "fields": {"mode": "1"}})"),
+    EXPECT_EQ(fault(R"({"schema": "nimba-smi.dvfs-state.2", "fields": {"dvfs_mode": "1"}})"),
               "it is no nimba-smi.dvfs-state.1");
     EXPECT_EQ(fault(std::string(500'000, '[')), "it is no JSON document");
     EXPECT_EQ(fault(std::string(300'000, '[') + std::string(300'000, ']')),
@@ -82,23 +82,24 @@ TEST(SavedState, OfAnotherFormIsRefused)
 
 TEST(SavedState, WithUnknownOrDoubleMembersIsRefused)
 {
-    EXPECT_EQ(fault(file_with(R"("fields": {"mode": "1"}, "extra": 1)")),
+    EXPECT_EQ(fault(file_with(R"("fields": {"dvfs_mode": "1"}, "extra": 1)")),
               "it has an unknown member \"extra\"");
-    EXPECT_EQ(fault(file_with(R"("fields": {"mode": "1", "mode": "2"})")), "it has \"mode\" twice");
-    EXPECT_EQ(fault(file_with(R"("fields": {"mode": "1"}, "fields": {"level": "2"})")),
+    EXPECT_EQ(fault(file_with(R"("fields": {"dvfs_mode": "1", "dvfs_mode": "2"})")),
+              "it has \"dvfs_mode\" twice");
+    EXPECT_EQ(fault(file_with(R"("fields": {"dvfs_mode": "1"}, "fields": {"dvfs_level": "2"})")),
               "it has \"fields\" twice");
-    EXPECT_EQ(fault(file_with(R"("name": null, "bus_id": 7, "fields": {"mode": "1"})")),
+    EXPECT_EQ(fault(file_with(R"("name": null, "bus_id": 7, "fields": {"dvfs_mode": "1"})")),
               "accepted");
 }
 
 TEST(SavedState, OfNoChipIsRefused)
 {
     for (const char* chip : {"4097", "\"K1\"", "\"0x100000000\"", "\"\"", "[]", "true"}) {
-        EXPECT_EQ(fault(file_with(std::string{R"("fields": {"mode": "1"}, "chip": )"} + chip)),
+        EXPECT_EQ(fault(file_with(std::string{R"("fields": {"dvfs_mode": "1"}, "chip": )"} + chip)),
                   "its \"chip\" is no PCI device identifier")
             << chip;
     }
-    EXPECT_EQ(fault(file_with(R"("fields": {"mode": "1"}, "chip": null)")), "accepted");
+    EXPECT_EQ(fault(file_with(R"("fields": {"dvfs_mode": "1"}, "chip": null)")), "accepted");
 }
 
 TEST(SavedState, WithFieldsThatCannotBeSetIsRefused)
@@ -106,15 +107,16 @@ TEST(SavedState, WithFieldsThatCannotBeSetIsRefused)
     EXPECT_EQ(fault(file_with(R"("chip": "0x1001")")), "it has no \"fields\"");
     EXPECT_EQ(fault(file_with(R"("fields": [])")), "it has no \"fields\"");
     EXPECT_EQ(fault(file_with(R"("fields": {})")), "it has no \"fields\"");
-    EXPECT_EQ(fault(file_with(R"("fields": {"mode": 1})")), "the value of \"mode\" is no text");
-    EXPECT_EQ(fault(file_with(R"("fields": {"mode": {"mode": "1"}})")),
-              "the value of \"mode\" is no text");
+    EXPECT_EQ(fault(file_with(R"("fields": {"dvfs_mode": 1})")),
+              "the value of \"dvfs_mode\" is no text");
+    EXPECT_EQ(fault(file_with(R"("fields": {"dvfs_mode": {"dvfs_mode": "1"}})")),
+              "the value of \"dvfs_mode\" is no text");
     EXPECT_EQ(fault(file_with(R"("fields": {"speed": "1"})")),
               "there is no field \"speed\"; nimba-smi dvfs get shows all");
     EXPECT_EQ(fault(file_with(R"("fields": {"memory_clock": "1"})")),
               "memory_clock can only be read");
-    EXPECT_EQ(fault(file_with(R"("fields": {"gating.3d.power": "0x1ffff"})")),
-              "gating.3d.power: expected a number from 0 to 0xffff, got \"0x1ffff\"");
+    EXPECT_EQ(fault(file_with(R"("fields": {"power_gating_3d": "0x1ffff"})")),
+              "power_gating_3d: expected a number from 0 to 0xffff, got \"0x1ffff\"");
 }
 
 TEST(SavedState, IsReadFromAFile)

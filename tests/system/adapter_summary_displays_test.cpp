@@ -137,6 +137,7 @@ TEST_F(SummaryDisplays, AMissingDeviceIdIsNotThatOfAnEmptySlot)
     chip_id() = 0;
     expect_displays({
         {"Max Display Port : 2\nSupport Display Type : DP\n", kFromConnectors},
+        {"Device ID : none\nMax Display Port : 2\nSupport Display Type : DP\n", kFromConnectors},
         {"Device ID : 0\nMax Display Port : 2\nSupport Display Type : DP\n", {2, kDp}},
     });
 }
@@ -211,6 +212,16 @@ TEST_F(SummaryDisplays, AListOfTypesThatIsTooLongIsNotReportedForAnotherChip)
         "Support Display Type : HDMI" + std::string(100, ' ') + "\nMax Display Port : 2\n";
     EXPECT_EQ(displays_of("Device ID : 1003\n" + rest), kFromConnectors);
     EXPECT_EQ(output_, "");
+}
+
+TEST_F(SummaryDisplays, AListOfTypesThatIsTooLongIsLookedAtBehindACountOfPortsAlone)
+{
+    const std::string id = "Device ID : 2030\n";
+    const std::string types = "Support Display Type : HDMI" + std::string(100, ' ') + "\n";
+    EXPECT_EQ(displays_of(id + types), kFromConnectors);
+    EXPECT_EQ(output_, "");
+    EXPECT_EQ(displays_of(id + "Max Display Port : 0\n" + types), kFromConnectors);
+    EXPECT_EQ(output_, kTooLong);
 }
 
 TEST_F(SummaryDisplays, OfTheDriversFileAreInItsFirst1024Bytes)

@@ -91,7 +91,7 @@ TEST_F(SummaryExt2, TheWorkerDoesTheSame)
     EXPECT_EQ(messages_, Texts{"cached_current_pcie_gen: 4\n"});
 }
 
-TEST_F(SummaryExt2, NeedsNoCurrentAdapter)
+TEST_F(SummaryExt2, IsOfTheSlotNotOfTheCurrentAdapter)
 {
     set_file(kTwin, kText);
     record_.chip_id_idx = kTwin;
@@ -158,7 +158,9 @@ TEST_F(SummaryExt2, OfAChipWithoutTheFileAtTheFirstCallNothingIsKept)
     for (void (*take)(int) : {hide_file, make_file_a_directory}) {
         forget_ext2();
         take(kQv);
+        messages_.clear();
         expect(nothing_told());
+        EXPECT_EQ(messages_, Texts{"cached_current_pcie_gen: 0\n"});
         set_file(kQv, kText);
         expect(expected);
     }
@@ -303,6 +305,12 @@ TEST_F(SummaryExt2, AResolutionIsOfHdmiOrElseOfDp)
 {
     const std::string hdmi = "HDMI Max Display Resolution : 1280 x 720@50\n";
     const std::string dp = "DP Max Display Resolution : 3840 x 2160@60\n";
+    EXPECT_EQ(of("HDMI Max Display Resolution : 3840 x 2160@-1\n").max_resolution_hdmi_dp,
+              0x0F00086FFFFFFFFFU);
+    EXPECT_EQ(of("HDMI Max Display Resolution : 1 x 65537@1\n").max_resolution_hdmi_dp,
+              0x0002000100000001U);
+    EXPECT_EQ(of("HDMI Max Display Resolution : 65536 x 1@1\n").max_resolution_hdmi_dp,
+              0x0000000100000001U);
     EXPECT_EQ(of(dp).max_resolution_hdmi_dp, 0x0F0008700000003CU);
     EXPECT_EQ(of(hdmi).max_resolution_hdmi_dp, 0x050002D000000032U);
     EXPECT_EQ(of(dp + hdmi).max_resolution_hdmi_dp, 0x050002D000000032U);
@@ -320,6 +328,7 @@ TEST_F(SummaryExt2, APcieGenerationStandsRightBehindTheBusType)
     EXPECT_EQ(of("Bus Type : PCIE 5.0 x4\n").pcie_gen, 5U);
     EXPECT_EQ(of("Bus Type : PCIE2\n").pcie_gen, 2U);
     EXPECT_EQ(of("Bus Type : PCIE12.5 x4\n").pcie_gen, 12U);
+    EXPECT_EQ(of("Bus Type : PCIE-1\n").pcie_gen, 0xFFFFFFFFU);
     EXPECT_EQ(of("Bus Type : AGP8\n").pcie_gen, 0U);
     EXPECT_EQ(of("Bus Type: PCIE3.0 x16\n").pcie_gen, 0U);
 }

@@ -290,6 +290,12 @@ TEST_F(SummaryExt2Text, KeysBehindANulAreFoundAndANumberEndsThere)
               words_of(expected));
 }
 
+TEST_F(SummaryExt2Text, AKeyWithoutAValueTakesTheNumberOfTheNextLine)
+{
+    EXPECT_EQ(of("Pixel Fillrate : \n7\n").pixel_fillrate, 7U);
+    EXPECT_EQ(of("Realtime Temperature : \n\n 8\n").realtime_temperature, 8U);
+}
+
 TEST_F(SummaryExt2Text, EachWordOfTheCallHasAKeyOfItsOwn)
 {
     struct Word {
@@ -308,6 +314,10 @@ TEST_F(SummaryExt2Text, EachWordOfTheCallHasAKeyOfItsOwn)
             adapter_summary_ext2 expected = nothing_told();
             expected.*word.member = value;
             EXPECT_EQ(words_of(of(std::string{word.key} + text)), words_of(expected))
+                << word.key << text;
+        }
+        for (const char* text : {"none\n", "", "\n"}) {
+            EXPECT_EQ(words_of(of(std::string{word.key} + text)), words_of(nothing_told()))
                 << word.key << text;
         }
     }

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/doctor/facts.hpp"
 
+#include "tools/smi/worker/denied_file_json.hpp"
 #include "tools/smi/worker/payload_json.hpp"
 
 #include <nlohmann/json.hpp>
 
 namespace nimba::smi {
 
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(DeniedFile, path, group)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(LibdrmFacts, name, path, missing, error)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PciAdapter, bus_id, device_id, driver, drm)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(DeviceFacts, pci_error, adapters, denied_directory, denied_nodes,

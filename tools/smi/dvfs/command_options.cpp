@@ -84,7 +84,7 @@ void add_get(CLI::App& command, Options& options)
         add_action(command, "get", "Show the settings of the adapters", DvfsAction::kGet, dvfs);
     app.add_option_function<Texts>(
            "FIELD", [&dvfs](const Texts& names) { take_fields(names, dvfs); },
-           "Fields such as level or gating.3d.power (default: all)")
+           "Fields such as dvfs_level or power_gating_3d (default: all)")
         ->check(CLI::Validator{field_fault, ""});
     app.add_flag("--csv", options.csv, "Print comma-separated values instead of text");
 }
@@ -95,7 +95,7 @@ void add_set(CLI::App& command, DvfsOptions& dvfs)
         add_action(command, "set", "Change settings of an adapter", DvfsAction::kSet, dvfs);
     app.add_option_function<Texts>(
            "FIELD=VALUE", [&dvfs](const Texts& texts) { take_assignments(texts, dvfs); },
-           "Settings such as level=performance or gating.3d.power=0x10")
+           "Settings such as dvfs_level=performance or power_gating_3d=0x10")
         ->required()
         ->check(CLI::Validator{assignment_fault, ""});
     add_dry_run(app, dvfs);

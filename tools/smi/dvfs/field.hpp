@@ -21,7 +21,7 @@ enum class FieldKind : uint8_t {
 };
 
 struct DvfsField {
-    std::string_view name;    // "gating.3d.power"
+    std::string_view name;    // "power_gating_3d"
     const char* node;         // of the driver's info directory
     FieldKind kind;           // which values there are, and how they are shown
     std::size_t offset;       // in DvfsRegisterState

@@ -8,27 +8,17 @@
 #include "tools/smi/pagetable/svg.hpp"
 #include "tools/smi/pagetable/tree.hpp"
 #include "tools/smi/text/atomic_file.hpp"
+#include "tools/smi/text/colour.hpp"
 #include "tools/smi/text/terminal.hpp"
 
 #include <unistd.h>
 
 #include <fmt/format.h>
 
-#include <cstdlib>
-#include <cstring>
 #include <utility>
 
 namespace nimba::smi {
 namespace {
-
-// Colours are for people at a terminal who did not decline them.
-bool is_coloured()
-{
-    const char* const declined = std::getenv("NO_COLOR");
-    const char* const terminal = std::getenv("TERM");
-    return ::isatty(STDOUT_FILENO) == 1 && (declined == nullptr || *declined == '\0') &&
-           (terminal == nullptr || std::strcmp(terminal, "dumb") != 0);
-}
 
 Report summary(const Options& options)
 {
@@ -43,7 +33,8 @@ std::string view_text(const PageTableOptions& tables, std::span<const ProcessSpa
 {
     return tables.tree      ? tree_text(spaces, tables.depth.value_or(kDepthOfPages))
            : tables.address ? lookup_text(spaces, *tables.address)
-                            : map_text(spaces, {is_coloured(), terminal_columns(STDOUT_FILENO)});
+                            : map_text(spaces, {is_colour_wanted(STDOUT_FILENO),
+                                                terminal_columns(STDOUT_FILENO)});
 }
 
 std::string view_document(const PageTableOptions& tables, std::span<const ProcessSpace> spaces,

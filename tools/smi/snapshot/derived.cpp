@@ -6,11 +6,6 @@
 namespace nimba::smi {
 namespace {
 
-std::optional<uint64_t> bytes(const std::optional<uint64_t>& size, SegmentSource source)
-{
-    return size ? std::optional(*size * unit_of(source).bytes) : std::nullopt;
-}
-
 bool has_any(const auto&... figures)
 {
     return (figures.has_value() || ...);
@@ -22,8 +17,8 @@ MemoryUse memory_use(const AdapterState& adapter)
 {
     const SegmentTable& table = adapter.segments;
     return table.segments.empty() ? MemoryUse{}
-                                  : MemoryUse{bytes(table.sum.used, table.source),
-                                              bytes(table.sum.total, table.source)};
+                                  : MemoryUse{in_bytes(table.sum.used, table.source),
+                                              in_bytes(table.sum.total, table.source)};
 }
 
 std::optional<int64_t> temperature(const AdapterState& adapter)
