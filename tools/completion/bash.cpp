@@ -2,7 +2,7 @@
 #include "tools/completion/shells.hpp"
 #include "tools/completion/template.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <utility>

@@ -4,7 +4,7 @@
 #include "tools/completion/shells.hpp"
 
 #include <CLI/CLI.hpp>
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <map>
 

@@ -2,7 +2,7 @@
 #include "tools/completion/model.hpp"
 
 #include <CLI/CLI.hpp>
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <iterator>

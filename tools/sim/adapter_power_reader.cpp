@@ -5,7 +5,7 @@
 #include "message.hpp"
 #include "number_keys.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <limits>

@@ -8,7 +8,7 @@
 #include "product.hpp"
 #include "video_memory_reader.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <regex>

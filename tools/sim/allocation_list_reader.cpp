@@ -7,7 +7,7 @@
 #include "entry_numbers.hpp"
 #include "handle_name.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <set>

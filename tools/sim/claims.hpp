@@ -3,7 +3,7 @@
 
 #include "toml_table.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <map>
 #include <string>

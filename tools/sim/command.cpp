@@ -10,7 +10,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 

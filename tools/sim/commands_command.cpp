@@ -5,7 +5,7 @@
 #include "driver/command_control.hpp"
 #include "test_bed_error.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <nlohmann/json.hpp>
 
 #include <cstring>

@@ -7,7 +7,7 @@
 #include "machine_file_error.hpp"
 #include "test_bed_error.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <array>
 #include <cerrno>

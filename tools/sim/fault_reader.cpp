@@ -3,7 +3,7 @@
 
 #include "machine_file_error.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <regex>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "handle_name.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cctype>

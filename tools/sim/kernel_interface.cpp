@@ -6,7 +6,7 @@
 
 #include <ios>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <fstream>
 #include <iterator>

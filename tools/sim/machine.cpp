@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "machine.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <regex>
 

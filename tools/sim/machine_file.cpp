@@ -11,7 +11,7 @@
 #include "product.hpp"
 #include "toml_table.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>

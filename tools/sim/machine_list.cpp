@@ -4,7 +4,7 @@
 #include "machine_file.hpp"
 #include "machine_file_error.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <system_error>

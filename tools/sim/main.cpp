@@ -12,7 +12,7 @@
 #include "tools/completion/completion_command.hpp"
 
 #include <CLI/CLI.hpp>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "memory_module_reader.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>

@@ -4,7 +4,7 @@
 #include "claims.hpp"
 #include "driver/memory_segments.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <string>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "message.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <cstdio>
 

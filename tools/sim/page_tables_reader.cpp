@@ -3,7 +3,7 @@
 
 #include "driver/synthetic_tables.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>

@@ -16,7 +16,7 @@
 #include <dlfcn.h>
 #include <unistd.h>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <sys/wait.h>
 
 #include <cerrno>

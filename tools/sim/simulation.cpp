@@ -6,7 +6,7 @@
 #include "served_nodes.hpp"
 #include "test_bed_error.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <memory>
 #include <optional>

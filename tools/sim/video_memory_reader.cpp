@@ -7,7 +7,7 @@
 #include "claims.hpp"
 #include "device_context_reader.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cstdint>

@@ -8,7 +8,7 @@
 #include "tools/smi/tool_version.hpp"
 
 #include <CLI/CLI.hpp>
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <chrono>

@@ -3,7 +3,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <charconv>
 #include <optional>

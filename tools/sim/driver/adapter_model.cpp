@@ -4,7 +4,7 @@
 #include "driver/gpuinfo_text.hpp"
 #include "driver/state_nodes.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cerrno>

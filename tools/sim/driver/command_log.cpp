@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "driver/command_log.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <nlohmann/json.hpp>
 
 #include <cstring>

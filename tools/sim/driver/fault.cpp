@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "driver/fault.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>

@@ -4,7 +4,7 @@
 #include "fault_reader.hpp"
 #include "machine_file_error.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>

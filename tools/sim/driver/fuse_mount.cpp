@@ -7,7 +7,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <sys/mount.h>
 #include <sys/socket.h>
 

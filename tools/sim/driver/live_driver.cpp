@@ -5,7 +5,7 @@
 #include "driver/model_nodes.hpp"
 #include "handle_name.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cerrno>

@@ -4,7 +4,7 @@
 #include "driver/adapter_state.hpp"
 #include "driver/command_text.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <array>
 

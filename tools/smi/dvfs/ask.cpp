@@ -3,7 +3,7 @@
 
 #include "tools/smi/process/discover.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace nimba::smi {
 

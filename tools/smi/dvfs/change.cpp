@@ -5,7 +5,7 @@
 #include "tools/smi/dvfs/faults.hpp"
 #include "tools/smi/worker/requests.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <iterator>

@@ -8,7 +8,7 @@
 #include "tools/smi/text/atomic_file.hpp"
 #include "tools/smi/worker/requests.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cstring>

@@ -7,7 +7,7 @@
 #include "tools/smi/flag/render.hpp"
 #include "tools/smi/worker/requests.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <cerrno>
 #include <utility>

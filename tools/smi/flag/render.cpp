@@ -5,7 +5,7 @@
 #include "tools/smi/text/json.hpp"
 #include "tools/smi/text/table.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <utility>
 

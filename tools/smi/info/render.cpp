@@ -8,7 +8,7 @@
 #include "tools/smi/text/printable.hpp"
 #include "tools/smi/text/table.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <utility>
 #include <vector>

@@ -4,7 +4,7 @@
 #include "nimba_mgmt_interface.h"
 #include "tools/smi/process/discovery_problems.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cctype>

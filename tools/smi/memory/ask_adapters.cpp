@@ -4,7 +4,7 @@
 #include "tools/smi/process/discovery_problems.hpp"
 #include "tools/smi/worker/requests.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <chrono>

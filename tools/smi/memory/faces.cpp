@@ -3,7 +3,7 @@
 
 #include "tools/smi/text/json.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace nimba::smi {
 

@@ -7,7 +7,7 @@
 #include "tools/smi/snapshot/json.hpp"
 #include "tools/smi/text/json.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <vector>
 

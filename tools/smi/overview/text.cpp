@@ -5,7 +5,7 @@
 #include "tools/smi/overview/line.hpp"
 #include "tools/smi/overview/process_table.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace nimba::smi {
 namespace {

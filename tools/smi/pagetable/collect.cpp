@@ -3,7 +3,7 @@
 
 #include "tools/smi/pagetable/source.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <functional>

@@ -13,7 +13,7 @@
 
 #include <unistd.h>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <utility>
 

@@ -7,7 +7,7 @@
 #include "tools/smi/pagetable/source.hpp"
 #include "tools/smi/text/output.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cstring>

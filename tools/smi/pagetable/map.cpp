@@ -7,7 +7,7 @@
 #include "tools/smi/text/printable.hpp"
 #include "tools/smi/text/size.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>

@@ -4,7 +4,7 @@
 #include "tools/smi/pagetable/faces.hpp"
 #include "tools/smi/text/size.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <functional>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/pagetable/process_space.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>

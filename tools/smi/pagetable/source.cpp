@@ -6,7 +6,7 @@
 #include "tools/smi/process/diagnosis.hpp"
 #include "tools/smi/worker/requests.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <iterator>

@@ -4,7 +4,7 @@
 #include "tools/smi/text/size.hpp"
 #include "tools/smi/text/table.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <functional>

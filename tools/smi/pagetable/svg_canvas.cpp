@@ -3,7 +3,7 @@
 
 #include "tools/smi/text/printable.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <array>
 

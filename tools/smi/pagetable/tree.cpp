@@ -6,7 +6,7 @@
 #include "tools/smi/text/json.hpp"
 #include "tools/smi/text/size.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace nimba::smi {
 namespace {

@@ -11,7 +11,7 @@
 #include "tools/smi/text/output.hpp"
 #include "tools/smi/worker/requests.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <cstring>
 #include <system_error>

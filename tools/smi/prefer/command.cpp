@@ -10,7 +10,7 @@
 #include "tools/smi/process/discover.hpp"
 #include "tools/smi/worker/requests.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cstdlib>

@@ -4,7 +4,7 @@
 #include "tools/smi/worker/discovery.hpp"
 #include "tools/smi/worker/payload_json.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <nlohmann/json.hpp>
 
 #include <limits>

@@ -4,7 +4,7 @@
 #include "tools/smi/prefer/preference_file.hpp"
 #include "tools/smi/text/atomic_file.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <cerrno>
 #include <cstdlib>

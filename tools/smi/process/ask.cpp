@@ -3,7 +3,7 @@
 
 #include <poll.h>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cerrno>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/process/diagnosis.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace nimba::smi {
 namespace {

@@ -9,7 +9,7 @@
 #include <poll.h>
 #include <spawn.h>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>

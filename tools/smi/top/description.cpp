@@ -6,7 +6,7 @@
 #include "tools/smi/text/printable.hpp"
 #include "tools/smi/top/unicode.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <variant>
 #include <vector>

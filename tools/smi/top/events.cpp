@@ -5,7 +5,7 @@
 #include "tools/smi/text/printable.hpp"
 #include "tools/smi/watch/problem_log.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <utility>

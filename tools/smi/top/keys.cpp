@@ -3,7 +3,7 @@
 
 #include "tools/smi/top/unicode.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>

@@ -10,7 +10,7 @@
 #include "tools/smi/top/view_gauge.hpp"
 #include "tools/smi/top/view_table.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <chrono>
 #include <string>

@@ -4,7 +4,7 @@
 #include "tools/smi/top/plot.hpp"
 #include "tools/smi/top/unicode.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <cmath>
 #include <optional>

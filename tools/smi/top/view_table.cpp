@@ -7,7 +7,7 @@
 #include "tools/smi/top/clock_text.hpp"
 #include "tools/smi/top/unicode.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cmath>

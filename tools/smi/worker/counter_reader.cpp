@@ -3,7 +3,7 @@
 
 #include "tools/smi/worker/node_reader.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <array>
 #include <cmath>

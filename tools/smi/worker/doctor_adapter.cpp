@@ -12,7 +12,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>

@@ -3,7 +3,7 @@
 
 #include "tools/smi/worker/driver_directory.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace nimba::smi {
 namespace {

@@ -3,7 +3,7 @@
 
 #include "tools/smi/worker/own_adapter.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace nimba::smi {
 namespace {

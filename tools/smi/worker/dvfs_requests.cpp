@@ -7,7 +7,7 @@
 #include "tools/smi/option_value.hpp"
 #include "tools/smi/worker/dvfs_adapter.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>

@@ -6,7 +6,7 @@
 #include <dlfcn.h>
 #include <link.h>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <filesystem>

@@ -7,7 +7,7 @@
 #include "tools/smi/worker/memory_reader.hpp"
 #include "tools/smi/worker/own_adapter.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <nlohmann/json.hpp>
 
 #include <utility>

@@ -9,7 +9,7 @@
 
 #include <fcntl.h>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>

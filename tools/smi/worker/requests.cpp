@@ -12,7 +12,7 @@
 #include "tools/smi/worker/prefer_requests.hpp"
 #include "tools/smi/worker/summary_requests.hpp"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>

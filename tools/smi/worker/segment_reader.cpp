@@ -7,7 +7,7 @@
 
 #include <fcntl.h>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>

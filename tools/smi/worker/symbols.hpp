@@ -4,7 +4,7 @@
 
 #include <dlfcn.h>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <optional>
 #include <span>

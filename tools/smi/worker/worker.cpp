@@ -10,7 +10,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
 
