@@ -4,7 +4,6 @@
 #include "tools/smi/memory/snapshot.hpp"
 #include "tools/smi/monitor/output.hpp"
 #include "tools/smi/process/discover.hpp"
-#include "tools/smi/process/discovery_problems.hpp"
 #include "tools/smi/usage/figures.hpp"
 #include "tools/smi/worker/requests.hpp"
 
