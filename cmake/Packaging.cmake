@@ -31,7 +31,8 @@ set(this_version "= ${CPACK_PACKAGE_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE}")
 
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_DEPENDS libdrm2) # loaded at run time
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_DEPENDS "libdrm2, procps") # loaded and run, as is dmidecode
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_RECOMMENDS dmidecode)
 configure_file(packaging/shlibs.in ${CMAKE_BINARY_DIR}/packaging/shlibs @ONLY)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA
     ${CMAKE_SOURCE_DIR}/packaging/triggers ${CMAKE_BINARY_DIR}/packaging/shlibs)
@@ -39,19 +40,19 @@ set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${package_of_library} (${this_version})")
 
-# nimba-smi loads the library; the library runs ps; runs of nimba-sim preload a library of umockdev,
-# and an ordinary user's mount their files with fusermount3.
+# nimba-smi loads the library; runs of nimba-sim preload a library of umockdev, and an ordinary user's
+# mount their files with fusermount3.
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS
-    "${package_of_library} (${this_version}), fuse3, libdrm2, procps, umockdev")
-set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS dmidecode)
+    "${package_of_library} (${this_version}), fuse3, libdrm2, umockdev")
 
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
     ${CMAKE_SOURCE_DIR}/packaging/python/postinst ${CMAKE_SOURCE_DIR}/packaging/python/prerm)
-set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "${package_of_library} (>= ${PROJECT_VERSION}), python3:any")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+    "${package_of_library} (>= ${PROJECT_VERSION}), python3:any (>= 3.11)")
 
 find_program(GZIP gzip REQUIRED)
 

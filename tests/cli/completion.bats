@@ -180,12 +180,24 @@ completes_everywhere_files() {
     completes_everywhere "nimba-sim fault read --bytes " ""
 }
 
+# typed TOOL LINE: types the line, with "\t" where Tab is pressed, into a real bash.
+typed() {
+    printf '%s\n' "source \"\$SCRIPT\"" "$(printf %b "$2")" exit |
+        SCRIPT=$share/bash-completion/completions/$1 PS1='' INPUTRC=/dev/null TERM=dumb timeout 60 \
+            script -qec "bash --noprofile --norc -i" /dev/null
+}
+
 @test "an interactive bash completes what is typed" {
-    run bash -c 'printf "%s\n" "source \"\$SCRIPT\"" $'\''nimba-smi vers\t --js\t'\'' exit |
-        SCRIPT=$1 PS1= INPUTRC=/dev/null TERM=dumb timeout 60 \
-            script -qec "bash --noprofile --norc -i" /dev/null' - \
-        "$share/bash-completion/completions/nimba-smi"
+    run typed nimba-smi 'nimba-smi vers\t --js\t'
     [[ "$output" == *'"schema": "nimba-smi.version.1"'* ]]
+}
+
+@test "a file whose name has blanks is completed to one argument" {
+    echo 'description = "Of my own"' >"my own machine.toml"
+    run typed nimba-sim 'nimba-sim check my\t'
+    [[ "$output" == *"my own machine.toml: Of my own"* ]]
+    ! command -v fish >/dev/null || completes fish "nimba-sim check my" "my own machine.toml"
+    ! command -v zsh >/dev/null || completes zsh "nimba-sim check my" 'my\ own\ machine.toml'
 }
 
 @test "the scripts are free of what shellcheck and the shells find wrong" {

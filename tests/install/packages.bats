@@ -59,7 +59,7 @@ field() {
 # What the package has, without directories and documentation; CONFIG is how it was built.
 contents() {
     dpkg-deb --contents "$packages/$1"_*.deb | awk '$6 !~ /\/$/ && $6 !~ /share\/doc/ { print $6 }' |
-        sed 's/-targets-[a-z]*[.]cmake/-targets-CONFIG.cmake/' | sort
+        sed 's/-targets-[a-z]*[.]cmake/-targets-CONFIG.cmake/' | LC_ALL=C sort
 }
 
 @test "each package is named after what it has, its version and the machine" {
@@ -87,14 +87,39 @@ contents() {
 }
 
 @test "the tools' package has programs, what they need, manual pages and completions" {
-    run contents nimba-tools
-    for file in bin/nimba-sim bin/nimba-smi libexec/nimba-sim/bin/ps \
-        libexec/nimba-sim/kernel_interface.so share/bash-completion/completions/nimba-smi \
-        share/fish/vendor_completions.d/nimba-smi.fish share/man/man1/nimba-smi.1.gz \
-        share/man/man5/nimba-sim-machine.5.gz share/nimba-sim/machines/default.toml \
-        share/zsh/vendor-completions/_nimba-smi; do
-        [[ $'\n'"$output"$'\n' == *$'\n'"./usr/$file"$'\n'* ]] || { echo "no $file"; return 1; }
-    done
+    # Machines are known by one of them.
+    [ "$(contents nimba-tools | grep -v '/machines/' | sed 's|^[.]/usr/||')" = "bin/nimba-sim
+bin/nimba-smi
+libexec/nimba-sim/bin/ps
+libexec/nimba-sim/kernel_interface.so
+share/bash-completion/completions/nimba-sim
+share/bash-completion/completions/nimba-smi
+share/fish/vendor_completions.d/nimba-sim.fish
+share/fish/vendor_completions.d/nimba-smi.fish
+share/man/man1/nimba-sim.1.gz
+share/man/man1/nimba-smi-alloc.1.gz
+share/man/man1/nimba-smi-clocks.1.gz
+share/man/man1/nimba-smi-completion.1.gz
+share/man/man1/nimba-smi-doctor.1.gz
+share/man/man1/nimba-smi-dvfs.1.gz
+share/man/man1/nimba-smi-flag.1.gz
+share/man/man1/nimba-smi-info.1.gz
+share/man/man1/nimba-smi-leaks.1.gz
+share/man/man1/nimba-smi-list.1.gz
+share/man/man1/nimba-smi-mem.1.gz
+share/man/man1/nimba-smi-pagetable.1.gz
+share/man/man1/nimba-smi-prefer.1.gz
+share/man/man1/nimba-smi-ps.1.gz
+share/man/man1/nimba-smi-sensors.1.gz
+share/man/man1/nimba-smi-top.1.gz
+share/man/man1/nimba-smi-usage.1.gz
+share/man/man1/nimba-smi-version.1.gz
+share/man/man1/nimba-smi.1.gz
+share/man/man5/nimba-sim-machine.5.gz
+share/nimba-smi/nimba-smi.schema.json
+share/zsh/vendor-completions/_nimba-sim
+share/zsh/vendor-completions/_nimba-smi" ]
+    [[ $(contents nimba-tools) == *./usr/share/nimba-sim/machines/default.toml* ]]
 }
 
 @test "the Python package has modules that are typed, for every machine" {
@@ -102,15 +127,15 @@ contents() {
     [[ "$output" == *./usr/lib/python3/dist-packages/nimba_mgmt/__init__.py* ]]
     [[ "$output" == *./usr/lib/python3/dist-packages/nimba_mgmt/py.typed* ]]
     [ "$(field python3-nimba-mgmt Architecture)" = all ]
-    [ "$(field python3-nimba-mgmt Depends)" = "libnimba-mgmt-interface0 (>= 0.1.0), python3:any" ]
+    [ "$(field python3-nimba-mgmt Depends)" = "libnimba-mgmt-interface0 (>= 0.1.0), python3:any (>= 3.11)" ]
 }
 
 @test "a package depends on what is loaded and run when it is used" {
-    [[ "$(field libnimba-mgmt-interface0 Depends)" == *"libdrm2"*"libc6 (>= "* ]]
+    [[ "$(field libnimba-mgmt-interface0 Depends)" == "libdrm2, procps, "*"libc6 (>= "* ]]
+    [ "$(field libnimba-mgmt-interface0 Recommends)" = dmidecode ]
     [ "$(field libnimba-mgmt-interface-dev Depends)" = "libnimba-mgmt-interface0 (= 0.1.0-1)" ]
     [[ "$(field nimba-tools Depends)" == \
-        "libnimba-mgmt-interface0 (= 0.1.0-1), fuse3, libdrm2, procps, umockdev, "*"libumockdev0"* ]]
-    [ "$(field nimba-tools Recommends)" = dmidecode ]
+        "libnimba-mgmt-interface0 (= 0.1.0-1), fuse3, libdrm2, umockdev, "*"libumockdev0"* ]]
 }
 
 @test "a package's description begins with what it is" {
@@ -132,7 +157,9 @@ contents() {
 }
 
 @test "the installed machine does not see the source and build trees" {
-    run installed find "$NIMBA_SOURCE_DIR" "$NIMBA_BINARY_DIR" -mindepth 1 -print -quit
+    # shellcheck disable=SC2016 # expanded over there
+    run installed sh -c 'for tree; do [ ! -e "$tree" ] || find "$tree" -mindepth 1 -print -quit; done' \
+        - "$NIMBA_SOURCE_DIR" "$NIMBA_BINARY_DIR"
     [ "$status" -eq 0 ]
     [ -z "$output" ]
 }

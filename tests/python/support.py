@@ -6,19 +6,27 @@ NIMBA_BIN, NIMBA_LIBRARY, NIMBA_STAND_IN and NIMBA_VERSION.
 
 from __future__ import annotations
 
+import gc
 import json
 import os
 import select
 import subprocess
 import sys
+import tempfile
 import unittest
 from pathlib import Path
 from typing import Any
+from unittest import mock
+
+from nimba_mgmt import Adapter
 
 SOURCE = Path(__file__).resolve().parents[2]
 MACHINES = Path(__file__).resolve().parent / "machines"
 STAND_IN = os.environ["NIMBA_STAND_IN"]
 LIBRARY = os.environ["NIMBA_LIBRARY"]
+
+# A call that the stand-in has.
+TEMPERATURE = "gpuinfo_get_temparature_value_int"
 
 _BOUND = 60
 
@@ -67,6 +75,40 @@ def ended_soon(pid: int) -> bool:
         return bool(poll.poll(20_000))
     finally:
         os.close(descriptor)
+
+
+def descriptors() -> int:
+    return len(os.listdir("/proc/self/fd"))
+
+
+def children() -> str:
+    return Path(f"/proc/self/task/{os.getpid()}/children").read_text()
+
+
+class StandIn(unittest.TestCase):
+    """Tests with the stand-in library, which must leave neither process nor descriptor behind."""
+
+    def setUp(self):
+        self.directory = Path(self.enterContext(tempfile.TemporaryDirectory()))
+        self.enterContext(mock.patch.dict(os.environ))
+        gc.collect()
+        before = descriptors()
+        self.addCleanup(lambda: self.assertEqual(descriptors(), before))
+        self.addCleanup(lambda: self.assertEqual(children(), ""))
+        self.addCleanup(gc.collect)
+
+    def tell(self, fault: str) -> None:
+        os.environ["STAND_IN"] = fault
+
+    def adapter(self, **options) -> Adapter:
+        gpu = Adapter(0, library=STAND_IN, **options)
+        self.addCleanup(gpu.close)
+        return gpu
+
+    def log_calls(self) -> Path:
+        log = self.directory / "log"
+        os.environ["STAND_IN_LOG"] = str(log)
+        return log
 
 
 def needs_live_drivers() -> None:

@@ -122,6 +122,11 @@ class Preferences(unittest.TestCase):
             ["app0", "app1", "app2", "app3", "app4", "app5"],
         )
 
+    def test_a_value_is_a_whole_number(self):
+        with self.assertRaises(TypeError):
+            preferences.set("/opt/ab", "0000:01:00.0", value=1.0)
+        self.assertFalse(self.file.exists())
+
     def test_what_the_file_cannot_hold_is_refused(self):
         self.write(MAZE)
         for application, gpu, options in (
@@ -134,6 +139,11 @@ class Preferences(unittest.TestCase):
             ("/opt/" + "a" * 64, "0000:01:00.0", {}),
             ("/" + "a/" * 255 + "a", "0000:01:00.0", {}),
             ("/opt/ab", "0000:01:00", {}),
+            ("/opt/ab", "10000:01:00.0", {}),
+            ("/opt/ab", "0000:100:00.0", {}),
+            ("/opt/ab", "0000:01:100.0", {}),
+            ("/opt/ab", "0000:01:00.8", {}),
+            ("/opt/ab", "0000:-1:00.0", {}),
             ("/opt/ab", "0000:01:00.0", {"gpu_name": "sixteen letters."}),
             ("/opt/ab", "0000:01:00.0", {"gpu_name": "a;"}),
             ("/opt/ab", "0000:01:00.0", {"value": 0x80000000}),

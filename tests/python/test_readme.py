@@ -2,12 +2,16 @@
 """The examples of the README, as they stand there, and the overview of the adapters."""
 
 import json
+import os
 import re
+import subprocess
 import unittest
+from typing import BinaryIO
 
-from support import SOURCE, STAND_IN, on, python, run
+from support import LIBRARY, SOURCE, STAND_IN, on, python, run
 
 README = (SOURCE / "bindings/python/README.md").read_text()
+BOUND = 60
 EXAMPLES = re.findall(r"```python\n(.*?)```", README, re.S)
 
 
@@ -35,6 +39,25 @@ class Examples(unittest.TestCase):
 
     def test_the_driver_is_set_for_speed(self):
         self.assertEqual(self.shown_by(2, live=True), ["level PERFORMANCE engine 750"])
+
+
+class Trial(unittest.TestCase):
+    def test_the_commands_show_a_simulated_machine(self):
+        (commands,) = re.findall(r"```sh\n(.*?)```", README, re.S)
+        for name, place in (("$PWD/build/release/lib", os.path.dirname(LIBRARY)),
+                            ("build/release/bin", os.environ["NIMBA_BIN"])):  # fmt: skip
+            self.assertIn(name, commands)
+            commands = commands.replace(name, place)
+        ended = run(["bash", "-ec", commands], cwd=SOURCE)
+        self.assertEqual((ended.returncode, ended.stderr), (0, ""))
+        self.assertEqual(
+            re.findall("^0.*", ended.stdout, re.M),
+            [
+                "0000:01:00.0  Gpu0:NimbaK2 in slot 0",
+                "0000:02:00.0  Gpu1:QV M-40 in slot 1",
+                "0001:03:00.0  Gpu2:Nimba-GT-K3 in slot 2",
+            ],
+        )
 
 
 class Overview(unittest.TestCase):
@@ -90,6 +113,26 @@ class Overview(unittest.TestCase):
         status, text, errors = self.overview("no-gpu", "--library", "/nowhere.so")
         self.assertEqual((status, text), (1, ""))
         self.assertTrue(errors.startswith("nimba_mgmt: cannot load /nowhere.so: "), errors)
+
+    def printed_to(self, output: BinaryIO) -> tuple[int, str]:
+        command = on("readme.toml", *python("-m", "nimba_mgmt"))
+        ended = subprocess.run(
+            command, stdout=output, stderr=subprocess.PIPE, text=True, timeout=BOUND
+        )
+        return ended.returncode, ended.stderr
+
+    def test_an_output_that_takes_nothing_is_told(self):
+        with open("/dev/full", "wb") as full:
+            self.assertEqual(
+                self.printed_to(full),
+                (1, "nimba_mgmt: standard output: No space left on device\n"),
+            )
+
+    def test_an_output_that_nobody_reads_needs_no_message(self):
+        reader, writer = os.pipe()
+        os.close(reader)
+        with open(writer, "wb") as unread:
+            self.assertEqual(self.printed_to(unread), (1, ""))
 
     def test_what_cannot_be_read_is_told_and_the_rest_is_shown(self):
         status, text, errors = self.overview("no-gpu", "--library", STAND_IN)

@@ -107,7 +107,7 @@ class VanishingDriver(unittest.TestCase):
         ):
             with self.subTest(call=call), self.assertRaises(CallFailed) as raised:
                 ask()
-            self.assertEqual((raised.exception.call, raised.exception.status), (call, -1))
+            self.assertEqual(raised.exception.args, (call, -1, "the driver could not be read"))
 
     def test_readers_without_a_status_say_that_they_could_not_read(self):
         sim("fault", "gone")

@@ -6,12 +6,10 @@ import os
 import signal
 import subprocess
 import sys
-import tempfile
 import threading
 import time
 import unittest
 from pathlib import Path
-from unittest import mock
 
 import nimba_mgmt
 from nimba_mgmt import (
@@ -26,43 +24,7 @@ from nimba_mgmt import (
     WorkerDied,
 )
 
-from support import STAND_IN, ended_soon, run
-
-TEMPERATURE = "gpuinfo_get_temparature_value_int"
-
-
-def descriptors() -> int:
-    return len(os.listdir("/proc/self/fd"))
-
-
-def children() -> str:
-    return Path(f"/proc/self/task/{os.getpid()}/children").read_text()
-
-
-class StandIn(unittest.TestCase):
-    """Every test must leave neither a process nor a descriptor behind."""
-
-    def setUp(self):
-        self.directory = Path(self.enterContext(tempfile.TemporaryDirectory()))
-        self.enterContext(mock.patch.dict(os.environ))
-        gc.collect()
-        before = descriptors()
-        self.addCleanup(lambda: self.assertEqual(descriptors(), before))
-        self.addCleanup(lambda: self.assertEqual(children(), ""))
-        self.addCleanup(gc.collect)
-
-    def tell(self, fault: str) -> None:
-        os.environ["STAND_IN"] = fault
-
-    def adapter(self, **options) -> Adapter:
-        gpu = Adapter(0, library=STAND_IN, **options)
-        self.addCleanup(gpu.close)
-        return gpu
-
-    def log_calls(self) -> Path:
-        log = self.directory / "log"
-        os.environ["STAND_IN_LOG"] = str(log)
-        return log
+from support import STAND_IN, TEMPERATURE, StandIn, children, descriptors, ended_soon, run
 
 
 class Use(StandIn):

@@ -60,6 +60,7 @@ completion::Hints completion_hints()
     const Value slot{.words = {"0", "1", "2"}};
     const Value process{.processes = true};
     return {.values = {{"PATH", file},
+                       {"APPLICATION", file},
                        {"FILE", file},
                        {"PID", process},
                        {"SLOT|BUS_ID", slot},

@@ -18,6 +18,7 @@ from . import preferences
 from ._adapter import Adapter
 from ._discovery import DEADLINE, adapters, library_version, use_library
 from ._errors import (
+    AdapterBusy,
     AdapterClosed,
     CallFailed,
     DeadlineExceeded,
@@ -62,6 +63,7 @@ from ._views import AdapterInfo, LibraryVersion, Segment, Segments
 __all__ = [
     "DEADLINE",
     "Adapter",
+    "AdapterBusy",
     "AdapterClosed",
     "AdapterInfo",
     "Allocation",

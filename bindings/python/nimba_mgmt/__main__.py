@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: MIT
 """A short overview of the adapters: python3 -m nimba_mgmt [--json] [--library FILE].
 
-The exit status is 0; 1 when something could not be read, which standard error then tells; 3 when
-there is no adapter of the product.
+The exit status is 0; 1 when something could not be read or printed, which standard error then
+tells; 3 when there is no adapter of the product.
 """
 
 from __future__ import annotations
@@ -10,6 +10,7 @@ from __future__ import annotations
 import argparse
 import dataclasses
 import json
+import os
 import sys
 from typing import Any
 
@@ -64,6 +65,21 @@ def _lines(found: AdapterInfo, reading: dict[str, Any] | None) -> list[str]:
     return lines
 
 
+def _print(text: str) -> bool:
+    """Prints all of it, or gives False."""
+    try:
+        print(text, end="", flush=True)
+    except OSError as error:
+        # What is left of it is not tried again when Python ends.
+        nowhere = os.open(os.devnull, os.O_WRONLY)
+        os.dup2(nowhere, sys.stdout.fileno())
+        os.close(nowhere)
+        if not isinstance(error, BrokenPipeError):
+            print(f"nimba_mgmt: standard output: {error.strerror}", file=sys.stderr)
+        return False
+    return True
+
+
 def main() -> int:
     """Prints the overview and gives the exit status."""
     parser = argparse.ArgumentParser(prog="python3 -m nimba_mgmt", description="Show the adapters.")
@@ -93,14 +109,14 @@ def main() -> int:
     if options.json:
         told = [{**dataclasses.asdict(adapter), "reading": told} for adapter, told in readings]
         document = {"library": dataclasses.asdict(version), "adapters": told}
-        print(json.dumps(document, indent=2))
+        text = json.dumps(document, indent=2) + "\n"
     else:
-        for adapter, reading in readings:
-            print("\n".join(_lines(adapter, reading)))
+        text = "".join(f"{line}\n" for reading in readings for line in _lines(*reading))
+    printed = _print(text)
     if all(adapter.foreign for adapter in found):
         print("nimba_mgmt: no Nimba or QV adapter found", file=sys.stderr)
         return _NO_ADAPTER
-    return _FAILED if failed else 0
+    return _FAILED if failed or not printed else 0
 
 
 if __name__ == "__main__":

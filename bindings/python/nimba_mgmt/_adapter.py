@@ -4,13 +4,14 @@
 from __future__ import annotations
 
 import ctypes
+import operator
 import time
 from collections.abc import Iterator
 from types import TracebackType
-from typing import Any
+from typing import Any, NoReturn
 
-from ._discovery import DEADLINE, open_worker
-from ._errors import AdapterClosed, CallFailed, NoAdapter, WorkerDied
+from ._discovery import DEADLINE, LibraryName, open_worker
+from ._errors import AdapterBusy, AdapterClosed, CallFailed, NoAdapter, WorkerDied
 from ._layout import decode, decode_all, layout_of, structure_of
 from ._memory_records import (
     Allocation,
@@ -22,7 +23,7 @@ from ._memory_records import (
     PageTableEntry,
     VmAllocation,
 )
-from ._process import Worker
+from ._process import Worker, checked_deadline
 from ._records import (
     Bandwidth,
     Clocks,
@@ -46,8 +47,9 @@ _RANGES = {
 class Adapter:
     """An adapter, from its initialisation to close().
 
-    which: a slot, 0 to 2; a bus id such as "0000:01:00.0" or "01:00.0"; or what adapters() lists.
-    library: the file of the library, or a name for the dynamic loader.
+    which: a slot, 0 to 2, also as text; a bus id such as "0000:01:00.0" or "01:00.0"; or what
+        adapters() lists.
+    library: the file of the library, or a name for the dynamic loader; a path object is a file.
     deadline: seconds that a call may take, which can be set later, too. Drivers with tens of
         thousands of allocations or large page tables need more than the usual 10.
     partial: also open an adapter whose kernel-interface library is missing or useless; what needs
@@ -59,7 +61,8 @@ class Adapter:
     The library runs in a process of its own, one for each Adapter. While an adapter is open the
     driver accounts for the use of its engines; closing it ends that, also for whoever else has
     opened the same adapter. Threads may share an Adapter: their calls wait for each other. A child
-    process cannot use its parent's.
+    process cannot use its parent's. The handler of a signal may close an Adapter at any time, which
+    gives a call that it interrupts up to two seconds; what else it asks raises AdapterBusy then.
 
     Raises NoAdapter, CallFailed (unless partial), LibraryNotFound, VersionMismatch. Every call may
     raise WorkerDied or DeadlineExceeded, after which the adapter is closed and open() opens it
@@ -71,7 +74,7 @@ class Adapter:
         self,
         which: int | str | AdapterInfo,
         *,
-        library: str | None = None,
+        library: LibraryName | None = None,
         deadline: float = DEADLINE,
         partial: bool = False,
         debug: bool = False,
@@ -108,10 +111,19 @@ class Adapter:
             return
         try:
             worker.call("gfx_global_exit", self.deadline)
-        except WorkerDied:
-            pass  # it is as closed as it can be
+        except (WorkerDied, AdapterBusy, AdapterClosed):
+            pass  # the worker is gone, or leaves the adapter when it ends
         finally:
             worker.close()
+
+    @property
+    def deadline(self) -> float:
+        """The seconds that a call may take; more than 0. Others raise ValueError when it is set."""
+        return self._deadline
+
+    @deadline.setter
+    def deadline(self, seconds: float) -> None:
+        self._deadline = checked_deadline(seconds)
 
     @property
     def closed(self) -> bool:
@@ -137,6 +149,9 @@ class Adapter:
     def __repr__(self) -> str:
         state = "closed" if self.closed else "open"
         return f"<nimba_mgmt.Adapter {self.identity.bus_id} {state}>"
+
+    def __reduce__(self) -> NoReturn:
+        raise TypeError("an Adapter can be neither copied nor pickled; its identity can")
 
     def summary(self) -> Summary:
         """Clocks, memory, display outputs and PCIe link.
@@ -196,12 +211,11 @@ class Adapter:
 
         Only what differs from the driver's is written. The driver does not tell of a value that it
         rejects: look at what is returned.
-        Raises ValueError for a number that does not fit, and TypeError for a field that is none or
-        that can only be read; then nothing is written.
+        Raises ValueError for a number that does not fit, and TypeError for what is no whole number
+        and for a field that is none or that can only be read; then nothing is written.
         """
-        for name, value in fields.items():
-            _check_dvfs_field(name, value)
-        return _dvfs_in(self._call("set_data_to_dvfs_register", fields=fields).payload)
+        numbers = {name: _dvfs_number(name, value) for name, value in fields.items()}
+        return _dvfs_in(self._call("set_data_to_dvfs_register", fields=numbers).payload)
 
     def segments(self) -> Segments:
         """Use and size of the memory segments.
@@ -322,20 +336,27 @@ class Adapter:
 def _choose(found: list[AdapterInfo], which: int | str) -> AdapterInfo:
     wanted = str(which).lower()
     for adapter in found:
-        if which == adapter.slot or wanted in (adapter.bus_id, adapter.bus_id.partition(":")[2]):
+        bus_id = adapter.bus_id
+        if wanted in (str(adapter.slot), bus_id, bus_id.partition(":")[2]):
             if adapter.foreign:
                 raise NoAdapter(str(which), "that GPU is another vendor's")
             return adapter
-    raise NoAdapter(str(which), "none is there" if found else "no adapter was found at all")
+    none_at_all = "no adapter was found at all (nimba-smi doctor tells why)"
+    raise NoAdapter(str(which), "none is there" if found else none_at_all)
 
 
-def _check_dvfs_field(name: str, value: int) -> None:
+def _dvfs_number(name: str, value: int) -> int:
     place = layout_of(DvfsState).places.get(name)
     if place is None or name in _READ_ONLY:
         raise TypeError(f"{name} is no setting of DvfsState")
+    try:
+        number = operator.index(value)
+    except TypeError:
+        raise TypeError(f"{name} is a whole number, not {value!r}") from None
     least, greatest = _RANGES[place.kind]
-    if not least <= value <= greatest:
-        raise ValueError(f"{name} is from {least} to {greatest}, not {value}")
+    if not least <= number <= greatest:
+        raise ValueError(f"{name} is from {least} to {greatest}, not {number}")
+    return number
 
 
 def _dvfs_in(payload: bytes) -> DvfsState:

@@ -3,33 +3,39 @@
 
 from __future__ import annotations
 
+import os
 import re
 
 from ._process import Worker
 from ._views import AdapterInfo, LibraryVersion, adapters_in
 
+# How a library is named: its file, or a name for the dynamic loader. A path object is a file.
+LibraryName = str | os.PathLike[str]
+
 # Seconds that a call may take where nothing else is said.
 DEADLINE = 10.0
 
-_default_library: str | None = None
+_default_library: LibraryName | None = None
 
 
-def use_library(file: str | None) -> None:
+def use_library(file: LibraryName | None) -> None:
     """Sets the library that is loaded where no other is named.
 
-    file: a file, or a name for the dynamic loader. None, as in the beginning, is
-        libnimba_mgmt_interface.so, as the dynamic loader finds it.
+    file: a file, or a name for the dynamic loader; a path object is a file. None, as in the
+        beginning, is libnimba_mgmt_interface.so, as the dynamic loader finds it.
     """
     global _default_library
     _default_library = file
 
 
-def open_worker(library: str | None, deadline: float, debug: bool) -> Worker:
+def open_worker(library: LibraryName | None, deadline: float, debug: bool) -> Worker:
     """A worker with that library, or the one that is used where none is named."""
-    return Worker(library or _default_library, deadline, debug)
+    chosen = library or _default_library
+    name = chosen if chosen is None or isinstance(chosen, str) else os.path.abspath(chosen)
+    return Worker(name, deadline, debug)
 
 
-def library_version(*, library: str | None = None) -> LibraryVersion:
+def library_version(*, library: LibraryName | None = None) -> LibraryVersion:
     """Tells of the library: the version of its interface, and its file.
 
     Raises LibraryNotFound, VersionMismatch (another major version), WorkerDied, DeadlineExceeded.
@@ -46,7 +52,9 @@ def library_version(*, library: str | None = None) -> LibraryVersion:
     )
 
 
-def adapters(*, library: str | None = None, deadline: float = DEADLINE) -> list[AdapterInfo]:
+def adapters(
+    *, library: LibraryName | None = None, deadline: float = DEADLINE
+) -> list[AdapterInfo]:
     """Lists up to three adapters of the product and at most one GPU of another vendor.
 
     Nothing is changed on the machine. Source: libdrm, /sys/bus/pci/devices/<bus id>, the node

@@ -69,6 +69,17 @@ class AdapterClosed(NimbaError):
         return f"{self.call}: the adapter is closed"
 
 
+class AdapterBusy(NimbaError):
+    """A signal's or a log's handler asked in the middle of another call of the same thread."""
+
+    def __init__(self, call: str) -> None:
+        super().__init__(call)
+        self.call = call
+
+    def __str__(self) -> str:
+        return f"{self.call}: another call of this thread is under way"
+
+
 class CallFailed(NimbaError):
     """A function of the library did not do what it was asked for."""
 

@@ -9,6 +9,7 @@ ctypes structure is made from these; bytes that no field covers are the record's
 from __future__ import annotations
 
 import ctypes
+import inspect
 import os
 import struct
 from collections.abc import Callable
@@ -76,7 +77,10 @@ def c_record(c_name: str, size: int) -> Callable[[ClassOfRecord], ClassOfRecord]
         )
         RECORDS[c_name] = _LAYOUTS[record] = layout
         lines = [_documented(name, place) for name, place in places.items()]
-        record.__doc__ = f"{record.__doc__}\n\nFields:\n" + "\n".join(lines)
+        about = inspect.cleandoc(record.__doc__ or "")
+        record.__doc__ = f"{about}\n\nFields:\n" + "\n".join(lines)
+        # For help(), which would show the places of all fields in the signature otherwise.
+        vars(record)["__init__"].__annotations__ = get_type_hints(record)
         return record
 
     return register

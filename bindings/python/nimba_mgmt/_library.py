@@ -153,5 +153,5 @@ def _load(names: tuple[str, ...]) -> ctypes.CDLL:
         try:
             return ctypes.CDLL(name, mode=os.RTLD_NOW | os.RTLD_LOCAL)
         except OSError as error:
-            reason = reason or str(error)
+            reason = reason or str(error).removeprefix(f"{name}: ")
     raise LibraryNotFound(names[0], reason)

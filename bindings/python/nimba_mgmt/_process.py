@@ -17,14 +17,19 @@ import sys
 import threading
 import time
 import weakref
+from contextlib import ExitStack
 from dataclasses import dataclass
+from enum import Enum, auto
 from pathlib import Path
 from typing import Any
 
 from . import _errors, _wire
-from ._errors import AdapterClosed, DeadlineExceeded, NimbaError, WorkerDied
+from ._errors import AdapterBusy, AdapterClosed, DeadlineExceeded, NimbaError, WorkerDied
 
 log = logging.getLogger("nimba_mgmt")
+
+# The longest deadline, in seconds: sockets have a limit of their own above it.
+_LONGEST = 1_000_000
 
 # How long a worker may take to end by itself.
 _GRACE_SECONDS = 2.0
@@ -39,6 +44,14 @@ class Reply:
 
     value: Any
     payload: bytes
+
+
+class _Talk(Enum):
+    """How far the requests to a worker are."""
+
+    IDLE = auto()
+    WAITS = auto()  # for a reply
+    LOST = auto()  # nobody waits any more for the reply that may come
 
 
 @dataclass
@@ -60,8 +73,10 @@ class Worker:
     """
 
     def __init__(self, library: str | None, deadline: float, debug: bool) -> None:
-        self._lock = threading.Lock()
-        self._deadline = deadline
+        # The thread that waits for a reply can be interrupted by a handler that closes the worker.
+        self._lock = threading.RLock()
+        self._talk = _Talk.IDLE
+        self._deadline = checked_deadline(deadline)
         self._resources = _start(debug)
         self._end = weakref.finalize(self, _finish, self._resources)
         _WORKERS.add(self)
@@ -74,7 +89,8 @@ class Worker:
     @property
     def alive(self) -> bool:
         """Whether requests can be made."""
-        return self._end.alive and self._resources.owner == os.getpid()
+        mine = self._resources.owner == os.getpid()
+        return self._end.alive and mine and self._talk is not _Talk.LOST
 
     def call(self, call: str, deadline: float | None = None, **arguments: Any) -> Reply:
         """Makes a request and waits for its reply. What goes wrong leaves as a NimbaError."""
@@ -82,16 +98,26 @@ class Worker:
         with self._lock:
             if not self.alive:
                 raise AdapterClosed(call)
+            if self._talk is _Talk.WAITS:
+                raise AdapterBusy(call)
             try:
+                self._talk = _Talk.WAITS
                 value, payload = self._exchange(call, seconds, arguments)
+                self._talk = _Talk.IDLE
             except TimeoutError:
                 self._kill()
                 raise DeadlineExceeded(call, seconds) from None
             except (_wire.Closed, OSError):
+                if not self.alive:
+                    raise AdapterClosed(call) from None
                 raise self._death(call) from None
             except BaseException:
                 self._kill()
                 raise
+            finally:
+                # Also when another interrupt has kept the worker from being killed.
+                if self._talk is _Talk.WAITS:
+                    self._talk = _Talk.LOST
         if "error" in value:
             raise _error_of(value["error"])
         return Reply(value["value"], bytes(payload))
@@ -116,17 +142,18 @@ class Worker:
             log.debug("%s", value["message"])
 
     def _kill(self) -> None:
-        if self._end.detach():
-            _kill_group(self._resources)
-            _release(self._resources)
+        # What an interrupt leaves undone here, `_end` does.
+        _kill_group(self._resources)
+        _release(self._resources)
+        self._end.detach()
 
     def _death(self, call: str) -> WorkerDied:
         """Tells of the worker that has ended, and takes what is left of it away."""
-        self._end.detach()
         _wait_for_end(self._resources.process.pid, _GRACE_SECONDS)
         _kill_group(self._resources)
         said = _end_of(self._resources.said)
         _release(self._resources)
+        self._end.detach()
         return WorkerDied(call, _how(self._resources.process.returncode), said)
 
     def _leave_to_parent(self) -> None:
@@ -142,20 +169,38 @@ _WORKERS: weakref.WeakSet[Worker] = weakref.WeakSet()
 
 def _leave_all_to_parent() -> None:
     for worker in list(_WORKERS):
-        worker._lock = threading.Lock()
+        worker._lock = threading.RLock()
         worker._leave_to_parent()
 
 
 os.register_at_fork(after_in_child=_leave_all_to_parent)
 
 
+def checked_deadline(seconds: float) -> float:
+    """The seconds. Raises ValueError when nothing can wait for so long."""
+    if not 0 < seconds <= _LONGEST:
+        raise ValueError(f"a deadline is above 0 and up to {_LONGEST} seconds, not {seconds}")
+    return seconds
+
+
 def _start(debug: bool) -> _Resources:
-    ours, theirs = socket.socketpair()
-    said = -1 if debug else os.memfd_create("nimba-mgmt-worker")
+    try:
+        return _started(debug)
+    except OSError as error:
+        raise NimbaError(f"cannot start {sys.executable}: {error.strerror}") from error
+
+
+def _started(debug: bool) -> _Resources:
     package = str(Path(__file__).resolve().parent.parent)
     # Of the caller's modules only those of Python and of this package are found.
     command = [sys.executable, "-s", "-S", "-P", "-m", "nimba_mgmt._worker"]
-    try:
+    ours, theirs = socket.socketpair()
+    with theirs, ExitStack() as undo:
+        undo.callback(ours.close)
+        said = -1
+        if not debug:
+            said = os.memfd_create("nimba-mgmt-worker")
+            undo.callback(os.close, said)
         process = subprocess.Popen(
             command,
             stdin=theirs.fileno(),
@@ -164,15 +209,7 @@ def _start(debug: bool) -> _Resources:
             env={**os.environ, "PYTHONPATH": package},
             start_new_session=True,
         )
-    except BaseException as error:
-        ours.close()
-        if said >= 0:
-            os.close(said)
-        if isinstance(error, OSError):
-            raise NimbaError(f"cannot start {sys.executable}: {error.strerror}") from error
-        raise
-    finally:
-        theirs.close()
+        undo.pop_all()
     return _Resources(process, ours, said, os.getpid())
 
 
@@ -189,7 +226,9 @@ def _finish(resources: _Resources) -> None:
 
 
 def _kill_group(resources: _Resources) -> None:
-    """Kills the worker and its children. It was not waited for yet: its id is still its own."""
+    """Kills the worker and its children, as long as its id is still its own."""
+    if resources.process.returncode is not None:
+        return
     try:
         os.killpg(resources.process.pid, signal.SIGKILL)
     except ProcessLookupError:
@@ -203,8 +242,9 @@ def _release(resources: _Resources) -> None:
 
 
 def _close_said(resources: _Resources) -> None:
-    if resources.said >= 0:
-        os.close(resources.said)
+    said, resources.said = resources.said, -1
+    if said >= 0:
+        os.close(said)
 
 
 def _wait_for_end(pid: int, seconds: float) -> None:

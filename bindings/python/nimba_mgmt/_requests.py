@@ -29,10 +29,9 @@ from ._records import (
     Summary,
     SummaryExt2,
 )
-from ._session import Answer, Session, cleared, marked, twice
+from ._session import UNREAD, Answer, Session, cleared, marked, twice
 
 _UNWRITTEN = 0xFFFFFFFF
-_UNREAD = "the driver could not be read"
 
 
 def _find_adapter(session: Session) -> Answer:
@@ -146,7 +145,7 @@ def _leaks(session: Session) -> Answer:
     report.groups[0].sum_count = -1  # no report has it
     session.call("get_memleak_info", byref(report))
     if report.groups[0].sum_count == -1:
-        raise CallFailed("get_memleak_info", 0, _UNREAD)
+        raise CallFailed("get_memleak_info", 0, UNREAD)
     return Answer(payload=bytes(report))
 
 
@@ -154,7 +153,7 @@ def _page_tables(session: Session) -> Answer:
     count = c_uint32()
     session.call("get_pagetable_data", None, byref(count))
     if session.library.number("Get_Local_Data_Status", c_int32) != 0:
-        raise CallFailed("get_pagetable_data", 0, _UNREAD)
+        raise CallFailed("get_pagetable_data", 0, UNREAD)
     return _copied_out(session, "get_pagetable_data", PageTableEntry, count)
 
 
@@ -163,7 +162,7 @@ def _vm_allocations(session: Session, read: bool) -> Answer:
     if read:
         session.call("get_pagetable_data", None, byref(count))
     if session.library.number("Get_Local_Data_Status", c_int32) != 0:
-        raise CallFailed("get_pagetable_data", 0, _UNREAD)
+        raise CallFailed("get_pagetable_data", 0, UNREAD)
     session.call("get_allocation_data", None, byref(count))
     return _copied_out(session, "get_allocation_data", VmAllocation, count)
 

@@ -15,6 +15,9 @@ from ._layout import MARKS, structure_of
 from ._library import Library
 from ._records import FindAdapter, FindAdapterExt1
 
+# Why a call failed that reads the nodes of the driver.
+UNREAD = "the driver could not be read"
+
 _FOREIGN_SLOT = 2
 
 
@@ -42,15 +45,17 @@ class Session:
         return int(self.library.function(name)(*arguments))
 
     def require(self, name: str, *arguments: Any) -> None:
-        """Calls a function whose negative status is a failure."""
+        """Calls a function whose negative status is a failure to read the driver."""
         status = self.call(name, *arguments)
         if status < 0:
-            raise CallFailed(name, status)
+            raise CallFailed(name, status, UNREAD)
 
     def prepare(self, name: str) -> None:
         """Calls an *_init function unless it has succeeded before."""
         if name not in self.prepared:
-            self.require(name)
+            status = self.call(name)
+            if status < 0:
+                raise CallFailed(name, status, "the kernel-interface library does not tell")
             self.prepared.add(name)
 
     def discover(self) -> None:

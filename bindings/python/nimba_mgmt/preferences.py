@@ -14,12 +14,14 @@ when HOME tells no directory.
 from __future__ import annotations
 
 import fcntl
+import operator
 import os
+import re
 from collections.abc import Iterator
 from contextlib import contextmanager
 from typing import Any
 
-from ._discovery import DEADLINE, open_worker
+from ._discovery import DEADLINE, LibraryName, open_worker
 from ._errors import CallFailed
 from ._layout import decode_all, layout_of
 from ._memory_records import Preference
@@ -34,10 +36,12 @@ _FILE = ".local/share/wmt_gfx_util.ini"
 
 _NO_HOME = "HOME tells no directory"
 
+_BUS_ID = re.compile(r"([0-9A-Fa-f]{1,4}):([0-9A-Fa-f]{1,2}):([0-9A-Fa-f]{1,2})\.([0-7])")
+
 _BREAKS_THE_FORM = {"application": "\n;]", "path": "\n;", "gpu_name": "\n;"}
 
 
-def list(*, library: str | None = None) -> _Preferences:
+def list(*, library: LibraryName | None = None) -> _Preferences:
     """All preferences, in the order of the file; none without a file."""
     worker = open_worker(library, DEADLINE, False)
     try:
@@ -46,7 +50,9 @@ def list(*, library: str | None = None) -> _Preferences:
         worker.close()
 
 
-def get(application: str | os.PathLike[str], *, library: str | None = None) -> Preference | None:
+def get(
+    application: str | os.PathLike[str], *, library: LibraryName | None = None
+) -> Preference | None:
     """The preference of an application, or None when it has none."""
     name = _file_name(os.fspath(application))
     return next((entry for entry in list(library=library) if entry.application == name), None)
@@ -58,7 +64,7 @@ def set(
     *,
     gpu_name: str | None = None,
     value: int = 1,
-    library: str | None = None,
+    library: LibraryName | None = None,
 ) -> Preference:
     """Sets the GPU that an application should use, and gives what the file then holds.
 
@@ -74,13 +80,14 @@ def set(
     bus_id = gpu if isinstance(gpu, str) else gpu.bus_id
     if gpu_name is None:
         gpu_name = "" if isinstance(gpu, str) else _cut(gpu.name or "")
-    wanted = Preference(_file_name(path), path, value, gpu_name, *_location(bus_id))
+    number = operator.index(value)
+    wanted = Preference(_file_name(path), path, number, gpu_name, *_location(bus_id))
     _check(wanted)
     _change("set_gpu_preference", wanted, library)
     return wanted
 
 
-def remove(application: str | os.PathLike[str], *, library: str | None = None) -> bool:
+def remove(application: str | os.PathLike[str], *, library: LibraryName | None = None) -> bool:
     """Removes the preference of an application. Gives whether there was one.
 
     Raises OSError when the file cannot be read, CallFailed when the file still holds it afterwards.
@@ -92,7 +99,7 @@ def remove(application: str | os.PathLike[str], *, library: str | None = None) -
     return True
 
 
-def _change(call: str, entry: Preference, library: str | None) -> None:
+def _change(call: str, entry: Preference, library: LibraryName | None) -> None:
     worker = open_worker(library, DEADLINE, False)
     try:
         path = os.path.join(os.environ.get("HOME", ""), _FILE)
@@ -165,9 +172,8 @@ def _cut(name: str) -> str:
 
 
 def _location(bus_id: str) -> tuple[int, int, int, int]:
-    try:
-        domain, bus, rest = bus_id.split(":")
-        device, function = rest.split(".")
-        return int(domain, 16), int(bus, 16), int(device, 16), int(function, 16)
-    except ValueError:
-        raise ValueError(f"no bus id: {bus_id!r}") from None
+    parts = _BUS_ID.fullmatch(bus_id)
+    if parts is None:
+        raise ValueError(f"no bus id: {bus_id!r}")
+    domain, bus, device, function = (int(part, 16) for part in parts.groups())
+    return domain, bus, device, function
