@@ -87,6 +87,21 @@ nimba-smi: run nimba-smi doctor: it says what is missing, and how to mend it"
     same "$stderr" "nimba-smi: there is no adapter in slot 1; nimba-smi list shows those that are there"
 }
 
+@test "a driver that shows nothing is told of once for each directory, and the doctor recommended" {
+    local adapter="nimba-smi: adapter 0000:01:00.0 (Gpu0:Nimba-GT-K3): there is no directory"
+    run --separate-stderr on bare-adapter nimba-smi
+    [ "$status" = 3 ]
+    same "$stderr" "$adapter $INFO: the driver does not show its figures, or the adapter is gone (see \
+dmesg)
+$adapter /sys/kernel/debug/dri/0/jw/allocations: the driver does not show its allocations, or the \
+adapter is gone (see dmesg)
+nimba-smi: run nimba-smi doctor: it says what is missing, and how to mend it"
+    run --separate-stderr on no-library nimba-smi
+    [ "$status" = 0 ]
+    same "$stderr" "nimba-smi: adapter 0000:01:00.0 (Gpu0:QV M-30): its kernel-interface library is \
+missing or unusable: bandwidth and busy words are not available"
+}
+
 @test "one adapter is chosen by slot or bus id" {
     for choice in 1 0000:02:00.0; do
         run --separate-stderr on three-adapters sh -c 'bus=$(nimba-smi list -i 1 --csv | sed -n "2s/^1,[^,]*,\([^,]*\),.*/\1/p")
@@ -245,7 +260,10 @@ on_terminal() {
     same "$stderr" "nimba-smi: --count needs --watch; see nimba-smi --help"
     run --separate-stderr nimba-smi version --csv
     [ "$status" = 2 ]
-    same "$stderr" "nimba-smi: The following argument was not expected: --csv; see nimba-smi --help"
+    same "$stderr" "nimba-smi: version has no option --csv; see nimba-smi version --help"
+    run --separate-stderr nimba-smi -i 0 list
+    [ "$status" = 2 ]
+    same "$stderr" "nimba-smi: -i is in front of list: a command's options are behind it; see nimba-smi --help"
 }
 
 @test "a watch ends in order when it is told to, and when its reader goes" {

@@ -159,6 +159,33 @@ run the command again"
     diff before "$FILE"
 }
 
+# with_blocked_driver ARGUMENT...: where no GPU can be found, since a driver does not answer.
+with_blocked_driver() {
+    run --separate-stderr on two-and-foreign sh -c 'info=$UMOCKDEV_DIR/sys/kernel/debug/dri/0/jw/info
+        rm "$info" && mkfifo "$info" && exec nimba-smi prefer "$@" --timeout 5' prefer "$@"
+}
+
+@test "without an answer of the driver a file is listed and an entry removed, and none is set" {
+    local lost="nimba-smi: discovery: worker lost in gfx_find_adapter at adapter 0000:01:00.0: no \
+answer within 5 s; the driver may be blocked: see dmesg, or allow more with --timeout"
+    keep_entries maze solver
+    with_blocked_driver list
+    [ "$status" = 0 ] || { echo "$status $stderr"; return 1; }
+    same "$output" "\
+APPLICATION  VALUE  GPU              BUS ID        PRESENT
+maze         1      Gpu0:Nimba-GT-K  0000:01:00.0  unknown
+solver       1      Gpu0:Nimba-GT-K  0000:01:00.0  unknown"
+    same "$stderr" "$lost"
+    with_blocked_driver set /bin/sh --gpu 0
+    [ "$status" = 7 ] || { echo "$status $stderr"; return 1; }
+    same "$output" ""
+    same "$stderr" "$lost"
+    diff "$FILE" <(entries 1 maze solver)
+    with_blocked_driver remove maze
+    [ "$status" = 0 ] || { echo "$status $stderr"; return 1; }
+    diff "$FILE" <(entries 1 solver)
+}
+
 @test "a library that lacks preferences is named" {
     keep_entries maze
     run --separate-stderr smi prefer list

@@ -49,12 +49,10 @@ fails_with() {
 }
 
 @test "2: bad usage" {
-    fails_with 2 "The following argument was not expected: lists; see nimba-smi --help" \
-        nimba-smi lists
-    fails_with 2 "The following argument was not expected: --frobnicate; see nimba-smi --help" \
+    fails_with 2 'there is no command "lists"; see nimba-smi --help' nimba-smi lists
+    fails_with 2 "list has no option --frobnicate; see nimba-smi list --help" \
         nimba-smi list --frobnicate
-    fails_with 2 "The following argument was not expected: version; see nimba-smi --help" \
-        nimba-smi list version
+    fails_with 2 'list takes no "version"; see nimba-smi list --help' nimba-smi list version
     fails_with 2 "--library: expected a path; see nimba-smi --help" nimba-smi list --library ""
     fails_with 2 "--worker is for nimba-smi's own use; see nimba-smi --help" nimba-smi --worker
 }

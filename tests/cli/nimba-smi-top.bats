@@ -22,8 +22,13 @@ open_top() {
     within shows '3D engine ─* +[0-9]+ %'
 }
 
-# The shell has the terminal again, and says what it is asked.
+has_shell() {
+    [ "$(terminal display-message -p '#{pane_current_command}')" = bash ]
+}
+
+# The shell has the terminal again, and says what it is asked. What is typed before that is the view's.
 shell_is_back() {
+    within has_shell
     enter 'echo he""re'
     within shows '^here'
 }

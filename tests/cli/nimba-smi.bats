@@ -190,3 +190,12 @@ handshake  200: the versions match"
     done
 }
 
+@test "every help fits 80 columns" {
+    for command in "" list info top clocks sensors usage mem ps alloc leaks pagetable dvfs flag \
+        prefer "prefer list" "prefer set" "prefer remove" doctor version completion; do
+        run --separate-stderr nimba-smi $command --help
+        [ "$status" = 0 ]
+        [ "$(wc -L <<<"$output")" -le 80 ] || { echo "$command"; grep -E '^.{81}' <<<"$output"; return 1; }
+    done
+}
+

@@ -73,10 +73,12 @@ TEST(CommandLine, TakesOptionsOnBothSidesOfTheCommand)
 
 TEST(CommandLine, RefusesWhatMakesNoSense)
 {
-    EXPECT_EQ(usage_error({"lists"}),
-              "The following argument was not expected: lists; see nimba-smi --help");
+    EXPECT_EQ(usage_error({"lists", "--rows"}),
+              "there is no command \"lists\"; see nimba-smi --help");
+    EXPECT_EQ(usage_error({"lists", "list"}),
+              "there is no command \"lists\"; see nimba-smi --help");
     EXPECT_EQ(usage_error({"list", "version"}),
-              "The following argument was not expected: version; see nimba-smi --help");
+              "list takes no \"version\"; see nimba-smi list --help");
     EXPECT_EQ(usage_error({"list", "--timeout"}),
               "--timeout: 1 required SECONDS missing; see nimba-smi --help");
     EXPECT_EQ(usage_error({"list", "--library", ""}),
@@ -93,16 +95,19 @@ TEST(CommandLine, IsForTheOverviewWithoutACommand)
     EXPECT_TRUE(options.json);
     EXPECT_EQ(std::get<Invocation>(parse({})).options.top, std::nullopt);
     EXPECT_EQ(usage_error({"--top", "13"}), "13 rows bring bad luck; see nimba-smi --help");
-    EXPECT_EQ(usage_error({"--rows"}),
-              "The following argument was not expected: --rows; see nimba-smi --help");
+    EXPECT_EQ(usage_error({"--rows"}), "there is no option --rows; see nimba-smi --help");
 }
 
 TEST(CommandLine, LetsTheOverviewsOptionsGoWithNoOtherCommand)
 {
     EXPECT_EQ(usage_error({"list", "--top=5"}),
-              "The following argument was not expected: --top=5; see nimba-smi --help");
-    EXPECT_EQ(usage_error({"--top=5", "list"}),
-              "The following argument was not expected: --top=5; see nimba-smi --help");
+              "list has no option --top=5; see nimba-smi list --help");
+    for (const auto words : {std::initializer_list<const char*>{"--top", "5", "list"},
+                             std::initializer_list<const char*>{"--top", "5", "version"}}) {
+        EXPECT_EQ(usage_error(words), std::string{"--top is in front of "} + words.end()[-1] +
+                                          ": a command's options are behind it; see nimba-smi "
+                                          "--help");
+    }
     // Its own option of the same name.
     const auto parsed = parse({"version", "--top", "13"});
     ASSERT_TRUE(std::holds_alternative<Invocation>(parsed));
@@ -138,6 +143,20 @@ TEST(CommandLine, BoundsTheTimeout)
     }
 }
 
+TEST(CommandLine, HasAHelpOfFullLinesAndSingleBlankOnes)
+{
+    const auto summary = parse({"--help"});
+    ASSERT_TRUE(std::holds_alternative<PrintText>(summary));
+    const std::string& text = std::get<PrintText>(summary).text;
+    EXPECT_EQ(text.find("\n\n\n"), std::string::npos) << text;
+    EXPECT_FALSE(text.ends_with("\n\n"));
+    EXPECT_NE(
+        text.find("\n  --timeout SECONDS           Give up a call that takes longer than this\n"
+                  "                              (default: 10)\n"),
+        std::string::npos)
+        << text;
+}
+
 TEST(CommandLine, PrintsTheVersionAndTheHelp)
 {
     const auto version = parse({"--version"});
@@ -150,7 +169,8 @@ TEST(CommandLine, PrintsTheVersionAndTheHelp)
     ASSERT_TRUE(std::holds_alternative<PrintText>(summary));
     EXPECT_TRUE(std::get<PrintText>(summary).text.starts_with(
         "Shows the adapters of the Nimba and QV chips, their memory, page tables, clocks,\n"
-        "sensors and use, and changes their settings. Without a command it shows an overview.\n"));
+        "sensors and use, and changes their settings. Without a command it shows an\n"
+        "overview.\n\nUsage: nimba-smi [OPTIONS] [SUBCOMMAND]\n\nOptions:\n"));
     const std::string& text = std::get<PrintText>(summary).text;
     for (const char* const part :
          {"\nOptions:\n", "\nOptions of the overview:\n  --top ROWS", "\nLook:\n  list",
@@ -158,10 +178,13 @@ TEST(CommandLine, PrintsTheVersionAndTheHelp)
         EXPECT_NE(text.find(part), std::string::npos) << part << text;
     }
     EXPECT_LT(text.find("Exit status:"), text.find("Examples:"));
-    EXPECT_NE(std::get<PrintText>(help).text.find("--json, --units, --verbose, --timeout and "
-                                                  "--library may stand here too; see nimba-smi "
-                                                  "--help."),
-              std::string::npos);
+    EXPECT_EQ(std::get<PrintText>(help).text,
+              "Lists\n\n"
+              "Usage: nimba-smi list [OPTIONS]\n\n"
+              "Options:\n"
+              "  -h,--help                   Print this help message and exit\n\n"
+              "--json, --units, --verbose, --timeout and --library may stand here too;\n"
+              "see nimba-smi --help.\n");
 }
 
 }  // namespace

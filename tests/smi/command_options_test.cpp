@@ -90,7 +90,7 @@ TEST(MemoryOptions, AreChecked)
 TEST(MemoryOptions, BelongToTheirCommands)
 {
     EXPECT_EQ(usage_error({"list", "--csv"}),
-              "The following argument was not expected: --csv; see nimba-smi --help");
+              "list has no option --csv; see nimba-smi list --help");
     EXPECT_NE(usage_error({"ps", "--sort", "size"}), "accepted");
     EXPECT_NE(usage_error({"ps", "--interval", "1"}), "accepted");
     EXPECT_NE(usage_error({"alloc", "--count", "1"}), "accepted");

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "tools/smi/memory/snapshot.hpp"
+#include "tools/smi/worker/payload.hpp"
 
 #include <cstdint>
 #include <utility>

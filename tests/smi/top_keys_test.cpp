@@ -4,7 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
+#include <iterator>
 #include <set>
+#include <string>
 
 namespace nimba::smi::top {
 namespace {
@@ -61,6 +64,9 @@ TEST(TopKeys, AreAllInTheManPage)
     EXPECT_NE(text.find("*/*, *\\\\*, *F3*, *F4*\n\t"), std::string::npos);
     EXPECT_NE(text.find("*\\+*, *=*\n\tTake samples less often.\n\n"), std::string::npos);
     EXPECT_TRUE(text.ends_with("*Ctrl-L*\n\tDraw the screen anew.\n\n"));
+    std::ifstream file{MAN_PAGES "nimba-smi-top.1.scd"};
+    const std::string page{std::istreambuf_iterator{file}, {}};
+    EXPECT_NE(page.find("\n# KEYS\n\n" + text + "# ENVIRONMENT\n"), std::string::npos) << text;
 }
 
 }  // namespace

@@ -46,6 +46,19 @@ TEST(TopUnicode, CutsATextThatHasNoRoom)
     EXPECT_EQ(cut("玩具玩具", 6), "玩具…");
 }
 
+TEST(TopUnicode, BreaksATextIntoLines)
+{
+    using Lines = std::vector<std::string>;
+    EXPECT_EQ(in_lines("", 10, 2), (Lines{""}));
+    EXPECT_EQ(in_lines("to be or not", 12, 2), (Lines{"to be or not"}));
+    EXPECT_EQ(in_lines("to be or not", 11, 2), (Lines{"to be or", "  not"}));
+    EXPECT_EQ(in_lines("to be or  not to be", 8, 2), (Lines{"to be or", "  not to", "  be"}));
+    EXPECT_EQ(in_lines("in /sys/kernel/debug", 8, 1),
+              (Lines{"in", " /sys/ke", " rnel/de", " bug"}));
+    EXPECT_EQ(in_lines("玩具 玩具", 5, 0), (Lines{"玩具", "玩具"}));
+    EXPECT_EQ(in_lines("玩具", 1, 0), (Lines{"玩", "具"}));
+}
+
 TEST(TopUnicode, KnowsTheAsciiCharacterThatComesNearest)
 {
     EXPECT_EQ(nearest_ascii(U'x'), U'x');

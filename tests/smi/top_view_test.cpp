@@ -184,10 +184,10 @@ TEST_F(TopView, ShowsTheHelpAsFarAsThereIsRoom)
 ╭─ Keys ───────────────────────────────────────────────────╮
 │        q, F10  Leave                                     │
 │      ?, h, F1  Show the keys, and go back                │
-│             e  Show what happened since the start, and … │
+│             e  Show what happened since the start, and   │
+│                go back                                   │
 │           Tab  Show the next adapter                     │
 │     Shift-Tab  Show the adapter before                   │
-│             1  Show the first adapter                    │
 ╰─ Down: more ─────────────────────────────────────────────╯
  q Quit  ? Help  Tab Adapter  Right Sort  r Reverse
 )");
@@ -224,7 +224,7 @@ TEST_F(TopView, SaysWhoseDriverIsGone)
     state.take(snapshot_of({absent(first_adapter()), second_adapter()}, 20), kOpened + 40s);
     EXPECT_EQ(picture(state, {80, 16}, kOpened + 40s),
               R"( nimba-smi top   1 Gpu0:Nimba-K1!   2 Gpu1:QV-M40            paused at 00:00:20
- 0000:01:00.0: the driver is gone or does not answer
+ 0000:01:00.0: the driver is gone or does not answer; nimba-smi doctor says why
 ╭ Core clock ───────────────────── n/a ╮╭ Memory clock ─────────────────── n/a ╮
 │                                      ││                           ⢸⣿⣿⣿⣿⣿⣿⣿⣿⣿⡇│
 │                           ⢰⣶⣶⣶⣶⣶⣶⣶⣶⣶⡆││                           ⢸⣿⣿⣿⣿⣿⣿⣿⣿⣿⡇│
@@ -279,7 +279,12 @@ TEST_F(TopView, LeavesEventsOnAPageOfTheirOwn)
     const Canvas canvas = draw(state, {80, 24}, kOpened + 21s);
     EXPECT_TRUE(canvas.row(2).starts_with(
         "│ 00:00:21  the driver of adapter 0000:01:00.0 (Gpu0:Nimba-K1) is back"));
-    EXPECT_TRUE(canvas.row(3).starts_with("│ 00:00:20  the driver of adapter"));
+    EXPECT_TRUE(canvas.row(3).starts_with(
+        "│ 00:00:20  the driver of adapter 0000:01:00.0 (Gpu0:Nimba-K1) is gone or does │"))
+        << canvas.row(3);
+    EXPECT_TRUE(canvas.row(4).starts_with(
+        "│           not answer; it is asked again with every sample                    │"))
+        << canvas.row(4);
 }
 
 TEST_F(TopView, LetsAnEventStandOutForTenSeconds)

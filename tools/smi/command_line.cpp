@@ -2,6 +2,7 @@
 #include "tools/smi/command_line.hpp"
 
 #include "tools/completion/completion_command.hpp"
+#include "tools/smi/command_line_help.hpp"
 #include "tools/smi/completion_hints.hpp"
 #include "tools/smi/option_value.hpp"
 #include "tools/smi/seconds.hpp"
@@ -12,6 +13,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
+#include <memory>
 #include <utility>
 
 namespace nimba::smi {
@@ -19,7 +22,8 @@ namespace {
 
 constexpr const char* kDescription =
     "Shows the adapters of the Nimba and QV chips, their memory, page tables, clocks,\n"
-    "sensors and use, and changes their settings. Without a command it shows an overview.\n";
+    "sensors and use, and changes their settings. Without a command it shows an\n"
+    "overview.";
 
 constexpr const char* kFooter =
     "Exit status:\n"
@@ -45,11 +49,11 @@ constexpr const char* kFooter =
     "  nimba-smi usage --json | jq .    what the engines do, for a script\n"
     "  nimba-smi doctor                 what to do when something does not work\n"
     "\n"
-    "nimba-smi COMMAND --help has the options of a command. See nimba-smi(1) for more.\n";
+    "nimba-smi COMMAND --help has the options of a command, nimba-smi(1) has more.";
 
 constexpr const char* kCommandFooter =
-    "--json, --units, --verbose, --timeout and --library may stand here too; see nimba-smi "
-    "--help.\n";
+    "--json, --units, --verbose, --timeout and --library may stand here too;\n"
+    "see nimba-smi --help.";
 
 constexpr double kShortestTimeout = 0.001;
 constexpr double kLongestTimeout = 86400;
@@ -117,6 +121,34 @@ UsageError usage_error(const std::string& fault)
     return {one_line(fault) + "; see nimba-smi --help"};
 }
 
+// Whether the word is in front of the command.
+bool is_in_front(const std::string& word, const std::string& command,
+                 std::span<const char* const> arguments)
+{
+    return std::ranges::find(arguments, word) < std::ranges::find(arguments, command);
+}
+
+// Of the arguments that nothing is made of, the first tells best what is wrong.
+UsageError unexpected(const CLI::App& app, std::span<const char* const> arguments)
+{
+    const std::string word = app.remaining(true).front();
+    const bool is_option = word.starts_with('-');
+    if (app.get_subcommands().empty()) {
+        return usage_error(is_option ? fmt::format("there is no option {}", word)
+                                     : fmt::format("there is no command \"{}\"", word));
+    }
+    const std::string command = app.get_subcommands().front()->get_name();
+    if (is_in_front(word, command, arguments)) {
+        return usage_error(
+            is_option ? fmt::format("{} is in front of {}: a command's options are behind it", word,
+                                    command)
+                      : fmt::format("there is no command \"{}\"", word));
+    }
+    const std::string fault = is_option ? fmt::format("{} has no option {}", command, word)
+                                        : fmt::format("{} takes no \"{}\"", command, word);
+    return {fmt::format("{}; see nimba-smi {} --help", fault, command)};
+}
+
 // What the arguments ask for, and whether they name a command.
 struct Attempt {
     ParsedCommandLine parsed;
@@ -142,6 +174,7 @@ Attempt attempt(int count, const char* const* arguments, std::span<const Command
     add_common_options(app, options);
     app.require_subcommand(0, 1);
     app.fallthrough();
+    app.formatter(std::make_shared<HelpFormatter>());
     for (const Command& command : commands) {
         if (!is_nameless(command)) {
             add_command(app, command, options);
@@ -160,6 +193,8 @@ Attempt attempt(int count, const char* const* arguments, std::span<const Command
         return {PrintText{app.help()}, names_command()};
     } catch (const CLI::CallForVersion& version) {
         return {PrintText{std::string{version.what()} + '\n'}, names_command()};
+    } catch (const CLI::ExtrasError&) {
+        return {unexpected(app, {arguments, static_cast<std::size_t>(count)}), names_command()};
     } catch (const CLI::ParseError& error) {
         return {usage_error(error.what()), names_command()};
     }

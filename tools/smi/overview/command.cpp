@@ -12,16 +12,23 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdint>
 
 namespace nimba::smi {
 namespace {
 
-// Who chose an adapter was told where to see the others.
+bool is_of_silent_driver(const Problem& problem)
+{
+    return problem.status == ExitStatus::kNoAdapter && problem.adapter;
+}
+
+// Who chose an adapter that is not there was told where to see the others.
 bool needs_hint(const Options& options, const MachineSnapshot& snapshot)
 {
-    return snapshot.adapters.empty() && !options.adapter;
+    return snapshot.adapters.empty() ? !options.adapter
+                                     : std::ranges::any_of(snapshot.problems, is_of_silent_driver);
 }
 
 Problem doctor_hint()

@@ -2,8 +2,8 @@
 #include "tools/smi/snapshot/collector.hpp"
 
 #include "tools/smi/memory/snapshot.hpp"
-#include "tools/smi/monitor/output.hpp"
 #include "tools/smi/process/discover.hpp"
+#include "tools/smi/snapshot/problems.hpp"
 #include "tools/smi/usage/figures.hpp"
 #include "tools/smi/worker/requests.hpp"
 
@@ -16,7 +16,7 @@ namespace {
 void tell(std::vector<Problem>& problems, const std::vector<Problem>& more)
 {
     for (const Problem& problem : more) {
-        add_unless_known(problems, problem);
+        add_unless_told(problems, problem);
     }
 }
 

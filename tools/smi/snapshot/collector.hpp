@@ -6,6 +6,7 @@
 #include "tools/smi/snapshot/adapter_state.hpp"
 #include "tools/smi/usage/frame_meter.hpp"
 #include "tools/smi/watch/adapter_panel.hpp"
+#include "tools/smi/worker/payload.hpp"
 
 #include <cstdint>
 #include <map>

@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/top/command_options.hpp"
 
+#include "tools/smi/decimal.hpp"
 #include "tools/smi/memory/adapter_choice.hpp"
 #include "tools/smi/option_value.hpp"
 #include "tools/smi/seconds.hpp"
 #include "tools/smi/top/keys.hpp"
+
+#include <CLI/CLI.hpp>
+#include <fmt/core.h>
 
 #include <cstdint>
 #include <string>
@@ -29,7 +33,7 @@ void add_top_options(CLI::App& command, Options& options)
         command, "--count", "N", "a number of samples from 1 on", "End after this many samples",
         [](const std::string& text) { return parse_number<uint64_t>(text, 1, INT64_MAX); },
         [&top](uint64_t count) { top.count = count; });
-    command.add_flag("--ascii", top.ascii, "Draw with ASCII characters alone");
+    add_flag(command, "--ascii", top.ascii, "Draw with ASCII characters alone");
     add_value(command, "-i,--adapter", "SLOT|BUS_ID",
               "a slot from 0 to 2 or a bus id such as 0000:01:00.0", "Ask this adapter alone",
               parse_adapter_choice,

@@ -78,7 +78,7 @@ std::span<const Binding> bindings()
         {Action::kSortPid, {key_of('N')}, "Sort by process id", nullptr},
         {Action::kFilter,
          {key_of('/'), key_of('\\'), Key::kF3, Key::kF4},
-         "Show only the processes whose name or id contains what is typed next; Enter keeps it",
+         "Show processes by name or id as you type; Enter keeps it so",
          "Filter"},
         {Action::kLeave, {Key::kEscape}, "Show all processes again; leave a page", nullptr},
         {Action::kUp, {Key::kUp, key_of('k')}, "Go to the row above", nullptr},

@@ -61,6 +61,27 @@ bool continues(char byte)
     return (static_cast<uint8_t>(byte) & 0xC0U) == 0x80U;
 }
 
+// The bytes of the text that are on its first line, which has at least one character.
+std::size_t length_of_line(std::string_view text, int width)
+{
+    if (width_of(text) <= width) {
+        return text.size();
+    }
+    std::size_t fits = 0;
+    int taken = 0;
+    for (const char32_t character : characters(text)) {
+        taken += width_of(character);
+        if (taken > width && fits > 0) {
+            break;
+        }
+        std::string bytes;
+        append_utf8(bytes, character);
+        fits += bytes.size();
+    }
+    const std::size_t space = text.rfind(' ', fits);
+    return space == std::string_view::npos || space == 0 ? fits : space;
+}
+
 }  // namespace
 
 std::u32string characters(std::string_view text)
@@ -133,6 +154,20 @@ std::string cut(std::string_view text, int width)
         append_utf8(kept, character);
     }
     return width > 0 ? kept + "…" : std::string{};
+}
+
+std::vector<std::string> in_lines(std::string_view text, int width, int indent)
+{
+    std::vector<std::string> lines;
+    std::string_view rest = text;
+    while (lines.empty() || !rest.empty()) {
+        const int margin = lines.empty() ? 0 : indent;
+        const std::size_t length = length_of_line(rest, width - margin);
+        lines.push_back(std::string(static_cast<std::size_t>(margin), ' ') +
+                        std::string{rest.substr(0, length)});
+        rest.remove_prefix(std::min(rest.size(), rest.find_first_not_of(' ', length)));
+    }
+    return lines;
 }
 
 char32_t nearest_ascii(char32_t character)

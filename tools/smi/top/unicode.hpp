@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace nimba::smi::top {
 
@@ -20,6 +21,10 @@ int width_of(std::string_view text);
 
 // The text, or as much of it as there is room for with "…" at its end.
 std::string cut(std::string_view text, int width);
+
+// The text in lines of so many columns, broken at spaces, or anywhere in a word that is too long
+// for a line. Lines but the first are indented.
+std::vector<std::string> in_lines(std::string_view text, int width, int indent);
 
 // The ASCII character that comes nearest.
 char32_t nearest_ascii(char32_t character);

@@ -27,6 +27,10 @@ constexpr auto kUsualDelay = 2s;
 
 constexpr const char* kToolName = " nimba-smi top ";
 
+// What is left of the texts of the pages: keys, and the time of an event.
+constexpr int kHelpIndent = 15;
+constexpr int kEventIndent = 10;
+
 // For so long an event stands out, and is shown if it has no row of its own.
 constexpr auto kShownFor = 10s;
 
@@ -109,7 +113,8 @@ void draw_description(Canvas& canvas, const State& state, int y)
     const int room = canvas.size().width - 2;
     if (is_silent(*adapter)) {
         const std::string text =
-            adapter->adapter.bus_id + ": the driver is gone or does not answer";
+            adapter->adapter.bus_id +
+            ": the driver is gone or does not answer; nimba-smi doctor says why";
         canvas.put(1, y, cut(text, room), Ink::kBad);
     } else {
         canvas.put(1, y, cut(description(*adapter, room), room), Ink::kDim);
@@ -183,11 +188,32 @@ void draw_figures(Canvas& canvas, State& state, const Layout& places, Clock::tim
     }
 }
 
-// A page of lines instead of the figures.
+// A text of a page, and the columns of what it begins with: below them is room.
+struct Paragraph {
+    std::string text;
+    Ink ink;
+    int indent;
+};
+
+using Line = std::pair<std::string, Ink>;
+
+std::vector<Line> lines_of(const std::vector<Paragraph>& paragraphs, int width)
+{
+    std::vector<Line> lines;
+    for (const auto& [text, ink, indent] : paragraphs) {
+        for (std::string& line : in_lines(text, width, indent)) {
+            lines.emplace_back(std::move(line), ink);
+        }
+    }
+    return lines;
+}
+
+// A page of text instead of the figures.
 void draw_page(Canvas& canvas, State& state, const char* title,
-               const std::vector<std::pair<std::string, Ink>>& lines)
+               const std::vector<Paragraph>& paragraphs)
 {
     const Area area{0, 1, canvas.size().width, canvas.size().height - 2};
+    const std::vector<Line> lines = lines_of(paragraphs, area.width - 4);
     draw_frame(canvas, area);
     canvas.put(2, 1, title, Ink::kTitle, area.width - 4);
     const auto height = static_cast<std::size_t>(area.height - 2);
@@ -195,7 +221,7 @@ void draw_page(Canvas& canvas, State& state, const char* title,
     for (std::size_t row = 0; row < height && first + row < lines.size(); ++row) {
         const auto& [text, ink] = lines[first + row];
         const int y = area.y + 1 + static_cast<int>(row);
-        canvas.put(2, y, cut(text, area.width - 4), ink);
+        canvas.put(2, y, text, ink);
     }
     if (first + height < lines.size()) {
         canvas.put(2, area.y + area.height - 1, " Down: more ", Ink::kDim, area.width - 4);
@@ -204,25 +230,25 @@ void draw_page(Canvas& canvas, State& state, const char* title,
 
 void draw_help(Canvas& canvas, State& state)
 {
-    std::vector<std::pair<std::string, Ink>> lines;
+    std::vector<Paragraph> paragraphs;
     for (std::string& line : help_lines()) {
-        lines.emplace_back(std::move(line), Ink::kPlain);
+        paragraphs.push_back({std::move(line), Ink::kPlain, kHelpIndent});
     }
-    draw_page(canvas, state, " Keys ", lines);
+    draw_page(canvas, state, " Keys ", paragraphs);
 }
 
 // The newest first.
 void draw_events(Canvas& canvas, State& state)
 {
-    std::vector<std::pair<std::string, Ink>> lines;
+    std::vector<Paragraph> paragraphs;
     const auto& events = state.events().events();
     for (auto event = events.rbegin(); event != events.rend(); ++event) {
-        lines.emplace_back(event_text(*event), event_ink(*event));
+        paragraphs.push_back({event_text(*event), event_ink(*event), kEventIndent});
     }
-    if (lines.empty()) {
-        lines.emplace_back("Nothing happened yet.", Ink::kDim);
+    if (paragraphs.empty()) {
+        paragraphs.push_back({"Nothing happened yet.", Ink::kDim, 0});
     }
-    draw_page(canvas, state, " Events ", lines);
+    draw_page(canvas, state, " Events ", paragraphs);
 }
 
 }  // namespace
