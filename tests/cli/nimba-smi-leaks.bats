@@ -53,7 +53,7 @@ SLOT  COUNT  CHANGE  OLDEST  SHAPE   SIZE  FORMAT  TYPE  MEMORY  HELD BY
 3 snapshots"
     run --separate-stderr on ./machine.toml nimba-smi leaks --interval 0.01 --count 2 --json --top 1
     [ "$status" = 0 ]
-    same "$(jq -c . <<<"$output")" '{"schema":"nimba-smi.leaks.1","snapshots":2,"interval":0.01,'\
+    same "$(jq -c . <<<"$output")" '{"schema":"nimba-smi.leaks.1","snapshots":2,"interval_seconds":0.01,'\
 '"adapters":[{"slot":0,"name":"Gpu0:NimbaK2","bus_id":"0000:01:00.0","snapshots":2}],"groups":['\
 '{"slot":0,"bus_id":"0000:01:00.0","count":2,"change":0,"oldest_hits":2,"width":8,"height":4,'\
 '"size":2147483648,"hw_format":0,"at_type":2,"bytes":4294967296,"owners":['\

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/seconds.hpp"
 
-#include <CLI/CLI.hpp>
-
+#include <charconv>
 #include <cmath>
 
 namespace nimba::smi {
@@ -11,8 +10,9 @@ std::optional<std::chrono::milliseconds> parse_seconds(const std::string& text, 
                                                        double longest)
 {
     double seconds = 0;
-    const bool number = CLI::detail::lexical_cast(text, seconds);
-    // "nan" and the like are numbers to the parser.
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
+    const bool number = error == std::errc{} && end == text.data() + text.size();
+    // "nan" and the like are numbers, too.
     if (!number || !std::isfinite(seconds) || seconds < shortest || seconds > longest) {
         return std::nullopt;
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/alloc/command_options.hpp"
 
+#include "tools/smi/decimal.hpp"
 #include "tools/smi/memory/command_options.hpp"
 #include "tools/smi/option_value.hpp"
 #include "tools/smi/text/size.hpp"
@@ -79,10 +80,8 @@ void add_alloc_options(CLI::App& command, Options& options)
               parse_sort_order, [&options](SortOrder order) { options.alloc.sort = order; });
     add_value(command, "--pid", "PID", "a process id", "Show what this process holds",
               parse_whole<int>, [&filter](int pid) { filter.pid = pid; });
-    command
-        .add_option("--process", filter.process,
-                    "Show what processes hold whose name contains this")
-        ->type_name("TEXT");
+    add_text(command, "--process", "TEXT", filter.process,
+             "Show what processes hold whose name contains this");
     add_value(command, "--device", "HANDLE", "a device handle such as 0x1f or 31",
               "Show the allocations of this device", parse_device,
               [&filter](uint32_t device) { filter.device = device; });

@@ -4,6 +4,7 @@
 
 #include "tools/smi/alloc/options.hpp"
 #include "tools/smi/memory/snapshot.hpp"
+#include "tools/smi/worker/payload.hpp"
 
 #include <cstddef>
 #include <cstdint>

@@ -9,6 +9,7 @@
 #include "tools/smi/options.hpp"
 #include "tools/smi/process/ask.hpp"
 #include "tools/smi/process/diagnosis.hpp"
+#include "tools/smi/worker/payload.hpp"
 #include "tools/smi/worker/requests.hpp"
 
 #include <fmt/core.h>

@@ -3,8 +3,6 @@
 
 #include "tools/smi/option_value.hpp"
 
-#include <CLI/CLI.hpp>
-
 namespace nimba::smi {
 
 void add_doctor_options(CLI::App& command, Options& options)

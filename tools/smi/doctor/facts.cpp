@@ -23,65 +23,15 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(NodeFact, path, error)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(DebugFacts, directory, allocations)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(InfoFacts, directory, usage_switch, switch_write_error)
 
-nlohmann::json to_json_value(const LibdrmFacts& facts)
-{
-    return facts;
-}
-
-nlohmann::json to_json_value(const DeviceFacts& facts)
-{
-    return facts;
-}
-
-nlohmann::json to_json_value(const DebugfsFacts& facts)
-{
-    return facts;
-}
-
-nlohmann::json to_json_value(const CommandFacts& facts)
-{
-    return facts;
-}
-
-nlohmann::json to_json_value(const PreferenceFacts& facts)
-{
-    return facts;
-}
-
-nlohmann::json to_json_value(const UserFacts& facts)
-{
-    return facts;
-}
-
-nlohmann::json to_json_value(const KernelInterfaceFacts& facts)
-{
-    return facts;
-}
-
-nlohmann::json to_json_value(const DebugFacts& facts)
-{
-    return facts;
-}
-
-nlohmann::json to_json_value(const InfoFacts& facts)
-{
-    return facts;
-}
-
-nlohmann::json to_json_value(const NodeFact& fact)
-{
-    return fact;
-}
-
-template std::optional<LibdrmFacts> payload_from(const nlohmann::json&);
-template std::optional<DeviceFacts> payload_from(const nlohmann::json&);
-template std::optional<DebugfsFacts> payload_from(const nlohmann::json&);
-template std::optional<CommandFacts> payload_from(const nlohmann::json&);
-template std::optional<PreferenceFacts> payload_from(const nlohmann::json&);
-template std::optional<UserFacts> payload_from(const nlohmann::json&);
-template std::optional<KernelInterfaceFacts> payload_from(const nlohmann::json&);
-template std::optional<DebugFacts> payload_from(const nlohmann::json&);
-template std::optional<InfoFacts> payload_from(const nlohmann::json&);
-template std::optional<NodeFact> payload_from(const nlohmann::json&);
+NIMBA_SMI_PAYLOAD(LibdrmFacts)
+NIMBA_SMI_PAYLOAD(DeviceFacts)
+NIMBA_SMI_PAYLOAD(DebugfsFacts)
+NIMBA_SMI_PAYLOAD(CommandFacts)
+NIMBA_SMI_PAYLOAD(PreferenceFacts)
+NIMBA_SMI_PAYLOAD(UserFacts)
+NIMBA_SMI_PAYLOAD(KernelInterfaceFacts)
+NIMBA_SMI_PAYLOAD(DebugFacts)
+NIMBA_SMI_PAYLOAD(InfoFacts)
+NIMBA_SMI_PAYLOAD(NodeFact)
 
 }  // namespace nimba::smi

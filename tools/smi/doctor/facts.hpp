@@ -5,8 +5,6 @@
 
 #include "tools/smi/worker/payload.hpp"
 
-#include <nlohmann/json_fwd.hpp>
-
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -119,26 +117,5 @@ struct InfoFacts {
 
     bool operator==(const InfoFacts&) const = default;
 };
-
-nlohmann::json to_json_value(const LibdrmFacts& facts);
-nlohmann::json to_json_value(const DeviceFacts& facts);
-nlohmann::json to_json_value(const DebugfsFacts& facts);
-nlohmann::json to_json_value(const CommandFacts& facts);
-nlohmann::json to_json_value(const PreferenceFacts& facts);
-nlohmann::json to_json_value(const UserFacts& facts);
-nlohmann::json to_json_value(const KernelInterfaceFacts& facts);
-nlohmann::json to_json_value(const DebugFacts& facts);
-nlohmann::json to_json_value(const InfoFacts& facts);
-nlohmann::json to_json_value(const NodeFact& fact);
-extern template std::optional<LibdrmFacts> payload_from(const nlohmann::json&);
-extern template std::optional<DeviceFacts> payload_from(const nlohmann::json&);
-extern template std::optional<DebugfsFacts> payload_from(const nlohmann::json&);
-extern template std::optional<CommandFacts> payload_from(const nlohmann::json&);
-extern template std::optional<PreferenceFacts> payload_from(const nlohmann::json&);
-extern template std::optional<UserFacts> payload_from(const nlohmann::json&);
-extern template std::optional<KernelInterfaceFacts> payload_from(const nlohmann::json&);
-extern template std::optional<DebugFacts> payload_from(const nlohmann::json&);
-extern template std::optional<InfoFacts> payload_from(const nlohmann::json&);
-extern template std::optional<NodeFact> payload_from(const nlohmann::json&);
 
 }  // namespace nimba::smi

@@ -5,6 +5,7 @@
 #include "tools/smi/doctor/check.hpp"
 #include "tools/smi/doctor/facts.hpp"
 #include "tools/smi/process/discover.hpp"
+#include "tools/smi/worker/payload.hpp"
 
 #include <optional>
 #include <span>

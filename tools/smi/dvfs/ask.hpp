@@ -9,6 +9,7 @@
 #include "tools/smi/process/diagnosis.hpp"
 #include "tools/smi/process/discovery_problems.hpp"
 #include "tools/smi/process/stop_signals.hpp"
+#include "tools/smi/worker/payload.hpp"
 
 #include <optional>
 #include <string_view>

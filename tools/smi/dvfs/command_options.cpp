@@ -3,6 +3,9 @@
 
 #include "tools/smi/option_value.hpp"
 
+#include <CLI/CLI.hpp>
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <string>
 #include <vector>

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/dvfs/field.hpp"
 
+#include "tools/smi/decimal.hpp"
 #include "tools/smi/dvfs/level.hpp"
-#include "tools/smi/option_value.hpp"
 #include "tools/smi/pagetable/number.hpp"
+
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>

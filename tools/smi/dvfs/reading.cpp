@@ -15,17 +15,7 @@ std::optional<int64_t> value_of(const DvfsReading& reading, const DvfsField& fie
     return index < reading.values.size() ? reading.values[index] : std::nullopt;
 }
 
-nlohmann::json to_json_value(const DvfsReading& reading)
-{
-    return reading;
-}
-
-nlohmann::json to_json_value(const DvfsWriting& writing)
-{
-    return writing;
-}
-
-template std::optional<DvfsReading> payload_from(const nlohmann::json&);
-template std::optional<DvfsWriting> payload_from(const nlohmann::json&);
+NIMBA_SMI_PAYLOAD(DvfsReading)
+NIMBA_SMI_PAYLOAD(DvfsWriting)
 
 }  // namespace nimba::smi

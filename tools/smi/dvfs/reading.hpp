@@ -5,9 +5,7 @@
 #include "tools/smi/dvfs/field.hpp"
 #include "tools/smi/dvfs/node_access.hpp"
 #include "tools/smi/worker/message.hpp"
-#include "tools/smi/worker/payload.hpp"
-
-#include <nlohmann/json_fwd.hpp>
+#include "tools/smi/worker/payload_value.hpp"
 
 #include <cstdint>
 #include <optional>
@@ -37,10 +35,5 @@ struct DvfsWriting {
 
 // A field's value; none when the driver does not give it.
 std::optional<int64_t> value_of(const DvfsReading& reading, const DvfsField& field);
-
-nlohmann::json to_json_value(const DvfsReading& reading);
-nlohmann::json to_json_value(const DvfsWriting& writing);
-extern template std::optional<DvfsReading> payload_from(const nlohmann::json&);
-extern template std::optional<DvfsWriting> payload_from(const nlohmann::json&);
 
 }  // namespace nimba::smi

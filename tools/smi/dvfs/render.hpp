@@ -6,6 +6,7 @@
 #include "tools/smi/dvfs/reading.hpp"
 #include "tools/smi/dvfs/saved_state.hpp"
 #include "tools/smi/exit_status.hpp"
+#include "tools/smi/worker/payload.hpp"
 
 #include <optional>
 #include <span>

@@ -4,6 +4,7 @@
 
 #include "tools/smi/dvfs/assignment.hpp"
 #include "tools/smi/dvfs/reading.hpp"
+#include "tools/smi/worker/payload.hpp"
 
 #include <cstdint>
 #include <optional>

@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/flag/command_options.hpp"
 
+#include "tools/smi/decimal.hpp"
 #include "tools/smi/dvfs/command_options.hpp"
 #include "tools/smi/option_value.hpp"
 #include "tools/smi/pagetable/number.hpp"
+
+#include <CLI/CLI.hpp>
+#include <fmt/core.h>
 
 #include <limits>
 #include <string>

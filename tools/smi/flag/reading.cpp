@@ -9,17 +9,7 @@ namespace nimba::smi {
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FlagReading, bus_id, flag, access)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FlagWriting, bus_id, before, after)
 
-nlohmann::json to_json_value(const FlagReading& reading)
-{
-    return reading;
-}
-
-nlohmann::json to_json_value(const FlagWriting& writing)
-{
-    return writing;
-}
-
-template std::optional<FlagReading> payload_from(const nlohmann::json&);
-template std::optional<FlagWriting> payload_from(const nlohmann::json&);
+NIMBA_SMI_PAYLOAD(FlagReading)
+NIMBA_SMI_PAYLOAD(FlagWriting)
 
 }  // namespace nimba::smi

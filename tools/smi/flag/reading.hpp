@@ -3,9 +3,7 @@
 #pragma once
 
 #include "tools/smi/dvfs/node_access.hpp"
-#include "tools/smi/worker/payload.hpp"
-
-#include <nlohmann/json_fwd.hpp>
+#include "tools/smi/worker/payload_value.hpp"
 
 #include <cstdint>
 #include <optional>
@@ -30,10 +28,5 @@ struct FlagWriting {
 
     bool operator==(const FlagWriting&) const = default;
 };
-
-nlohmann::json to_json_value(const FlagReading& reading);
-nlohmann::json to_json_value(const FlagWriting& writing);
-extern template std::optional<FlagReading> payload_from(const nlohmann::json&);
-extern template std::optional<FlagWriting> payload_from(const nlohmann::json&);
 
 }  // namespace nimba::smi

@@ -5,6 +5,7 @@
 #include "tools/smi/dvfs/outcome.hpp"
 #include "tools/smi/exit_status.hpp"
 #include "tools/smi/flag/reading.hpp"
+#include "tools/smi/worker/payload.hpp"
 
 #include <cstdint>
 #include <optional>

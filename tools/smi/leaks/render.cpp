@@ -185,7 +185,7 @@ std::string leaks_json(const LeaksResult& result, const std::vector<LeakRow>& ro
     }
     return json_text({{"schema", "nimba-smi.leaks.1"},
                       {"snapshots", result.snapshots},
-                      {"interval", std::chrono::duration<double>(interval).count()},
+                      {"interval_seconds", std::chrono::duration<double>(interval).count()},
                       {"adapters", adapters_json(result)},
                       {"groups", std::move(groups)},
                       {"errors", json_errors(result.problems)}});

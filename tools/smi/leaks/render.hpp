@@ -3,6 +3,7 @@
 #pragma once
 
 #include "tools/smi/leaks/result.hpp"
+#include "tools/smi/worker/payload.hpp"
 
 #include <chrono>
 #include <cstddef>

@@ -7,6 +7,7 @@
 #include "tools/smi/process/ask.hpp"
 #include "tools/smi/process/diagnosis.hpp"
 #include "tools/smi/worker/adapter_reading.hpp"
+#include "tools/smi/worker/payload.hpp"
 
 #include <optional>
 #include <span>

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/memory/command_options.hpp"
 
+#include "tools/smi/decimal.hpp"
 #include "tools/smi/option_value.hpp"
 
 #include <cstdint>
@@ -13,7 +14,7 @@ void add_adapter_options(CLI::App& command, Options& options)
               "a slot from 0 to 2 or a bus id such as 0000:01:00.0", "Ask this adapter alone",
               parse_adapter_choice,
               [&options](const AdapterChoice& choice) { options.adapter = choice; });
-    command.add_flag("--csv", options.csv, "Print comma-separated values instead of text");
+    add_flag(command, "--csv", options.csv, "Print comma-separated values instead of text");
 }
 
 void add_top_option(CLI::App& command, Options& options)

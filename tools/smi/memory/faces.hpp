@@ -5,6 +5,7 @@
 #include "tools/smi/memory/owners.hpp"
 #include "tools/smi/memory/snapshot.hpp"
 #include "tools/smi/text/document.hpp"
+#include "tools/smi/worker/payload.hpp"
 
 #include <cstdint>
 #include <span>

@@ -32,17 +32,7 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Shape, width, height, size, hw_format, at_typ
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(LeakGroup, shape, oldest_hits, owners)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(LeakReading, bus_id, contexts, remarks, stale, groups)
 
-nlohmann::json to_json_value(const MemoryReading& reading)
-{
-    return reading;
-}
-
-nlohmann::json to_json_value(const LeakReading& reading)
-{
-    return reading;
-}
-
-template std::optional<MemoryReading> payload_from(const nlohmann::json&);
-template std::optional<LeakReading> payload_from(const nlohmann::json&);
+NIMBA_SMI_PAYLOAD(MemoryReading)
+NIMBA_SMI_PAYLOAD(LeakReading)
 
 }  // namespace nimba::smi

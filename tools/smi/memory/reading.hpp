@@ -4,9 +4,7 @@
 
 #include "tools/smi/memory/allocation.hpp"
 #include "tools/smi/worker/adapter_reading.hpp"
-#include "tools/smi/worker/payload.hpp"
-
-#include <nlohmann/json_fwd.hpp>
+#include "tools/smi/worker/payload_value.hpp"
 
 #include <cstdint>
 #include <optional>
@@ -69,10 +67,5 @@ struct LeakReading : ReadingBase {
 
     bool operator==(const LeakReading&) const = default;
 };
-
-nlohmann::json to_json_value(const MemoryReading& reading);
-nlohmann::json to_json_value(const LeakReading& reading);
-extern template std::optional<MemoryReading> payload_from(const nlohmann::json&);
-extern template std::optional<LeakReading> payload_from(const nlohmann::json&);
 
 }  // namespace nimba::smi

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/monitor/command_options.hpp"
 
+#include "tools/smi/decimal.hpp"
 #include "tools/smi/memory/command_options.hpp"
 #include "tools/smi/option_value.hpp"
 #include "tools/smi/seconds.hpp"
+
+#include <fmt/core.h>
 
 #include <cstdint>
 #include <string>

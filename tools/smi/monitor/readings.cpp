@@ -16,29 +16,9 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FrameRates, flips, blits, both, average)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(CounterReading, bus_id, remarks, stale, frames, rates, engine_3d,
                                    engine_vcp, engine_vpp, bandwidth, busy)
 
-nlohmann::json to_json_value(const SegmentReading& reading)
-{
-    return reading;
-}
-
-nlohmann::json to_json_value(const ClockReading& reading)
-{
-    return reading;
-}
-
-nlohmann::json to_json_value(const SensorReading& reading)
-{
-    return reading;
-}
-
-nlohmann::json to_json_value(const CounterReading& reading)
-{
-    return reading;
-}
-
-template std::optional<SegmentReading> payload_from(const nlohmann::json&);
-template std::optional<ClockReading> payload_from(const nlohmann::json&);
-template std::optional<SensorReading> payload_from(const nlohmann::json&);
-template std::optional<CounterReading> payload_from(const nlohmann::json&);
+NIMBA_SMI_PAYLOAD(SegmentReading)
+NIMBA_SMI_PAYLOAD(ClockReading)
+NIMBA_SMI_PAYLOAD(SensorReading)
+NIMBA_SMI_PAYLOAD(CounterReading)
 
 }  // namespace nimba::smi

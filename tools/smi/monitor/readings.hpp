@@ -5,9 +5,7 @@
 
 #include "nimba_mgmt_interface.h"
 #include "tools/smi/worker/adapter_reading.hpp"
-#include "tools/smi/worker/payload.hpp"
-
-#include <nlohmann/json_fwd.hpp>
+#include "tools/smi/worker/payload_value.hpp"
 
 #include <array>
 #include <cstddef>
@@ -101,14 +99,5 @@ struct CounterReading : AdapterReading {
 
     bool operator==(const CounterReading&) const = default;
 };
-
-nlohmann::json to_json_value(const SegmentReading& reading);
-nlohmann::json to_json_value(const ClockReading& reading);
-nlohmann::json to_json_value(const SensorReading& reading);
-nlohmann::json to_json_value(const CounterReading& reading);
-extern template std::optional<SegmentReading> payload_from(const nlohmann::json&);
-extern template std::optional<ClockReading> payload_from(const nlohmann::json&);
-extern template std::optional<SensorReading> payload_from(const nlohmann::json&);
-extern template std::optional<CounterReading> payload_from(const nlohmann::json&);
 
 }  // namespace nimba::smi

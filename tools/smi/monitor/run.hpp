@@ -12,6 +12,7 @@
 #include "tools/smi/report.hpp"
 #include "tools/smi/watch/adapter_panel.hpp"
 #include "tools/smi/watch/rhythm.hpp"
+#include "tools/smi/worker/payload.hpp"
 
 #include <functional>
 #include <string_view>

@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/pagetable/command_options.hpp"
 
+#include "tools/smi/decimal.hpp"
 #include "tools/smi/option_value.hpp"
 #include "tools/smi/pagetable/number.hpp"
+
+#include <CLI/CLI.hpp>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <array>

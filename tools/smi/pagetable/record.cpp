@@ -55,29 +55,9 @@ void from_json(const nlohmann::json& value, Block<Record>& block)
     }
 }
 
-nlohmann::json to_json_value(const PageTableContents& contents)
-{
-    return contents;
-}
-
-nlohmann::json to_json_value(const Block<TableRecord>& block)
-{
-    return block;
-}
-
-nlohmann::json to_json_value(const Block<PageRecord>& block)
-{
-    return block;
-}
-
-nlohmann::json to_json_value(const Block<VmAllocationRecord>& block)
-{
-    return block;
-}
-
-template std::optional<PageTableContents> payload_from(const nlohmann::json&);
-template std::optional<Block<TableRecord>> payload_from(const nlohmann::json&);
-template std::optional<Block<PageRecord>> payload_from(const nlohmann::json&);
-template std::optional<Block<VmAllocationRecord>> payload_from(const nlohmann::json&);
+NIMBA_SMI_PAYLOAD(PageTableContents)
+NIMBA_SMI_PAYLOAD(Block<TableRecord>)
+NIMBA_SMI_PAYLOAD(Block<PageRecord>)
+NIMBA_SMI_PAYLOAD(Block<VmAllocationRecord>)
 
 }  // namespace nimba::smi

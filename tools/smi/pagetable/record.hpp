@@ -4,9 +4,7 @@
 #pragma once
 
 #include "tools/smi/pagetable/split.hpp"
-#include "tools/smi/worker/payload.hpp"
-
-#include <nlohmann/json_fwd.hpp>
+#include "tools/smi/worker/payload_value.hpp"
 
 #include <array>
 #include <cstddef>
@@ -82,14 +80,5 @@ struct Block {
 
     bool operator==(const Block&) const = default;
 };
-
-nlohmann::json to_json_value(const PageTableContents& contents);
-nlohmann::json to_json_value(const Block<TableRecord>& block);
-nlohmann::json to_json_value(const Block<PageRecord>& block);
-nlohmann::json to_json_value(const Block<VmAllocationRecord>& block);
-extern template std::optional<PageTableContents> payload_from(const nlohmann::json&);
-extern template std::optional<Block<TableRecord>> payload_from(const nlohmann::json&);
-extern template std::optional<Block<PageRecord>> payload_from(const nlohmann::json&);
-extern template std::optional<Block<VmAllocationRecord>> payload_from(const nlohmann::json&);
 
 }  // namespace nimba::smi

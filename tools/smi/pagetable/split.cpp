@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/pagetable/split.hpp"
 
-#include "tools/smi/option_value.hpp"
+#include "tools/smi/decimal.hpp"
 
 #include <numeric>
 

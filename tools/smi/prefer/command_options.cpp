@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/prefer/command_options.hpp"
 
+#include "tools/smi/decimal.hpp"
 #include "tools/smi/option_value.hpp"
 
 #include <CLI/CLI.hpp>
+#include <fmt/core.h>
 
 #include <limits>
 #include <string>

@@ -84,11 +84,6 @@ std::optional<PreferenceRequest> preference_request_in(std::string_view argument
     return payload_from<PreferenceRequest>(Json::parse(arguments, nullptr, false));
 }
 
-nlohmann::json to_json_value(const PreferenceList& list)
-{
-    return list;
-}
-
-template std::optional<PreferenceList> payload_from(const nlohmann::json&);
+NIMBA_SMI_PAYLOAD(PreferenceList)
 
 }  // namespace nimba::smi

@@ -2,9 +2,7 @@
 // GPU preferences, and how they travel between the tool and its workers.
 #pragma once
 
-#include "tools/smi/worker/payload.hpp"
-
-#include <nlohmann/json_fwd.hpp>
+#include "tools/smi/worker/payload_value.hpp"
 
 #include <cstdint>
 #include <optional>
@@ -58,8 +56,5 @@ struct PreferenceList {
 // "NAME ARGUMENTS", and what the arguments were; nothing when they are something else.
 std::string request_text(std::string_view name, const PreferenceRequest& request);
 std::optional<PreferenceRequest> preference_request_in(std::string_view arguments);
-
-nlohmann::json to_json_value(const PreferenceList& list);
-extern template std::optional<PreferenceList> payload_from(const nlohmann::json&);
 
 }  // namespace nimba::smi

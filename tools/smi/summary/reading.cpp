@@ -15,11 +15,6 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(
     vbios_version_number, pmp_version_number, release_date_number, driver_version_number,
     slice_mask, frame_buffer_free, enable_perf, enable_usage, power_case, flip_count, blit_count)
 
-nlohmann::json to_json_value(const SummaryReading& reading)
-{
-    return reading;
-}
-
-template std::optional<SummaryReading> payload_from(const nlohmann::json&);
+NIMBA_SMI_PAYLOAD(SummaryReading)
 
 }  // namespace nimba::smi

@@ -5,9 +5,7 @@
 
 #include "tools/smi/adapter.hpp"
 #include "tools/smi/worker/adapter_reading.hpp"
-#include "tools/smi/worker/payload.hpp"
-
-#include <nlohmann/json_fwd.hpp>
+#include "tools/smi/worker/payload_value.hpp"
 
 #include <cstdint>
 #include <optional>
@@ -59,8 +57,5 @@ struct SummaryReading : AdapterReading {
 
     bool operator==(const SummaryReading&) const = default;
 };
-
-nlohmann::json to_json_value(const SummaryReading& reading);
-extern template std::optional<SummaryReading> payload_from(const nlohmann::json&);
 
 }  // namespace nimba::smi

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/worker/dvfs_requests.hpp"
 
+#include "tools/smi/decimal.hpp"
 #include "tools/smi/dvfs/assignment.hpp"
 #include "tools/smi/dvfs/reading.hpp"
 #include "tools/smi/flag/reading.hpp"
-#include "tools/smi/option_value.hpp"
 #include "tools/smi/worker/dvfs_adapter.hpp"
 
 #include <fmt/core.h>

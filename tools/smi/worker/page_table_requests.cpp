@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/worker/page_table_requests.hpp"
 
-#include "tools/smi/option_value.hpp"
+#include "tools/smi/decimal.hpp"
 #include "tools/smi/pagetable/record.hpp"
 #include "tools/smi/worker/driver_directory.hpp"
 #include "tools/smi/worker/driver_files.hpp"

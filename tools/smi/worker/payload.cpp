@@ -15,23 +15,8 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Description, adapter, denied_info)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(LibraryVersion, path, package_version, interface_version,
                                    client_version, match_code)
 
-nlohmann::json to_json_value(const Discovery& discovery)
-{
-    return discovery;
-}
-
-nlohmann::json to_json_value(const Description& description)
-{
-    return description;
-}
-
-nlohmann::json to_json_value(const LibraryVersion& version)
-{
-    return version;
-}
-
-template std::optional<Discovery> payload_from(const nlohmann::json&);
-template std::optional<Description> payload_from(const nlohmann::json&);
-template std::optional<LibraryVersion> payload_from(const nlohmann::json&);
+NIMBA_SMI_PAYLOAD(Discovery)
+NIMBA_SMI_PAYLOAD(Description)
+NIMBA_SMI_PAYLOAD(LibraryVersion)
 
 }  // namespace nimba::smi

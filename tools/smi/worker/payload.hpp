@@ -4,8 +4,7 @@
 #pragma once
 
 #include "tools/smi/adapter.hpp"
-
-#include <nlohmann/json_fwd.hpp>
+#include "tools/smi/worker/payload_value.hpp"
 
 #include <optional>
 #include <string>
@@ -61,16 +60,5 @@ struct LibraryVersion {
 
     bool operator==(const LibraryVersion&) const = default;
 };
-
-nlohmann::json to_json_value(const Discovery& discovery);
-nlohmann::json to_json_value(const Description& description);
-nlohmann::json to_json_value(const LibraryVersion& version);
-
-// Nothing when the value has another shape.
-template <typename Payload>
-std::optional<Payload> payload_from(const nlohmann::json& value);
-extern template std::optional<Discovery> payload_from(const nlohmann::json&);
-extern template std::optional<Description> payload_from(const nlohmann::json&);
-extern template std::optional<LibraryVersion> payload_from(const nlohmann::json&);
 
 }  // namespace nimba::smi

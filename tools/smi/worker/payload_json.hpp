@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
-// How payloads become values again: for the files that define their JSON forms.
+// For the files that define the JSON forms of payloads.
 #pragma once
 
 #include "tools/smi/worker/message.hpp"
+#include "tools/smi/worker/payload_value.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -26,6 +27,12 @@ namespace nimba::smi {
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Failure, status, call, message)
 
 template <typename Payload>
+nlohmann::json to_json_value(const Payload& payload)
+{
+    return payload;
+}
+
+template <typename Payload>
 std::optional<Payload> payload_from(const nlohmann::json& value)
 {
     try {
@@ -36,3 +43,8 @@ std::optional<Payload> payload_from(const nlohmann::json& value)
 }
 
 }  // namespace nimba::smi
+
+// What payload_value.hpp declares, for a type whose JSON form is defined in this file.
+#define NIMBA_SMI_PAYLOAD(Type)                         \
+    template nlohmann::json to_json_value(const Type&); \
+    template std::optional<Type> payload_from(const nlohmann::json&);

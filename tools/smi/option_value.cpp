@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+#include "tools/smi/option_value.hpp"
+
+#include <CLI/CLI.hpp>
+#include <fmt/core.h>
+
+#include <utility>
+
+namespace nimba::smi {
+
+void add_flag(CLI::App& app, const char* name, bool& value, const char* help)
+{
+    app.add_flag(name, value, help);
+}
+
+void add_text(CLI::App& app, const char* name, const char* type, std::optional<std::string>& value,
+              const char* help)
+{
+    app.add_option(name, value, help)->type_name(type);
+}
+
+void add_checked(CLI::App& app, const char* name, const char* type, const std::string& expected,
+                 const char* help, std::function<bool(const std::string&)> accepts,
+                 std::function<void(const std::string&)> store)
+{
+    const auto fault = [accepts = std::move(accepts), expected](const std::string& text) {
+        return accepts(text) ? std::string{}
+                             : fmt::format("expected {}, got \"{}\"", expected, text);
+    };
+    app.add_option_function<std::string>(name, std::move(store), help)
+        ->type_name(type)
+        ->check(CLI::Validator{fault, ""});
+}
+
+}  // namespace nimba::smi
