@@ -13,6 +13,14 @@ void add_flag(CLI::App& app, const char* name, bool& value, const char* help)
     app.add_flag(name, value, help);
 }
 
+CLI::App& add_subcommand(CLI::App& command, const char* name, const char* summary,
+                         std::function<void()> choose)
+{
+    CLI::App& app = *command.add_subcommand(name, summary);
+    app.parse_complete_callback(std::move(choose));
+    return app;
+}
+
 void add_text(CLI::App& app, const char* name, const char* type, std::optional<std::string>& value,
               const char* help)
 {

@@ -15,6 +15,18 @@ namespace nimba::smi {
 // Adds a flag that sets `value`.
 void add_flag(CLI::App& app, const char* name, bool& value, const char* help);
 
+// Adds a command of the command, which calls `choose` when it is given.
+CLI::App& add_subcommand(CLI::App& command, const char* name, const char* summary,
+                         std::function<void()> choose);
+
+// Adds a command that puts `action` into `chosen`.
+template <typename Action>
+CLI::App& add_action(CLI::App& command, const char* name, const char* summary, Action& chosen,
+                     Action action)
+{
+    return add_subcommand(command, name, summary, [&chosen, action] { chosen = action; });
+}
+
 // Adds an option that puts any text into `value`.
 void add_text(CLI::App& app, const char* name, const char* type, std::optional<std::string>& value,
               const char* help);

@@ -62,14 +62,6 @@ void take_assignments(const Texts& texts, DvfsOptions& dvfs)
     dvfs.assignments = in_order(std::move(dvfs.assignments));
 }
 
-CLI::App& add_action(CLI::App& command, const char* name, const char* summary, DvfsAction action,
-                     DvfsOptions& dvfs)
-{
-    CLI::App& app = *command.add_subcommand(name, summary);
-    app.parse_complete_callback([&dvfs, action] { dvfs.action = action; });
-    return app;
-}
-
 void add_dry_run(CLI::App& app, DvfsOptions& dvfs)
 {
     app.add_flag("--dry-run", dvfs.dry_run, "Show what would be written to which node");
@@ -83,8 +75,8 @@ void add_file(CLI::App& app, const char* help, DvfsOptions& dvfs)
 void add_get(CLI::App& command, Options& options)
 {
     DvfsOptions& dvfs = options.dvfs;
-    CLI::App& app =
-        add_action(command, "get", "Show the settings of the adapters", DvfsAction::kGet, dvfs);
+    CLI::App& app = add_action(command, "get", "Show the settings of the adapters", dvfs.action,
+                               DvfsAction::kGet);
     app.add_option_function<Texts>(
            "FIELD", [&dvfs](const Texts& names) { take_fields(names, dvfs); },
            "Fields such as dvfs_level or power_gating_3d (default: all)")
@@ -95,7 +87,7 @@ void add_get(CLI::App& command, Options& options)
 void add_set(CLI::App& command, DvfsOptions& dvfs)
 {
     CLI::App& app =
-        add_action(command, "set", "Change settings of an adapter", DvfsAction::kSet, dvfs);
+        add_action(command, "set", "Change settings of an adapter", dvfs.action, DvfsAction::kSet);
     app.add_option_function<Texts>(
            "FIELD=VALUE", [&dvfs](const Texts& texts) { take_assignments(texts, dvfs); },
            "Settings such as dvfs_level=performance or power_gating_3d=0x10")
@@ -120,11 +112,11 @@ void add_dvfs_options(CLI::App& command, Options& options)
     add_settings_adapter_option(command, options);
     add_get(command, options);
     add_set(command, dvfs);
-    add_file(add_action(command, "save", "Keep the settings of an adapter in a file",
-                        DvfsAction::kSave, dvfs),
+    add_file(add_action(command, "save", "Keep the settings of an adapter in a file", dvfs.action,
+                        DvfsAction::kSave),
              "The file; - is standard output", dvfs);
     CLI::App& restore = add_action(command, "restore", "Bring back settings that were saved",
-                                   DvfsAction::kRestore, dvfs);
+                                   dvfs.action, DvfsAction::kRestore);
     add_file(restore, "The file; - is standard input", dvfs);
     restore.add_flag("--force", dvfs.force, "Also the settings of another chip");
     add_dry_run(restore, dvfs);

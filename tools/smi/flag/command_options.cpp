@@ -15,14 +15,6 @@
 namespace nimba::smi {
 namespace {
 
-CLI::App& add_action(CLI::App& command, const char* name, const char* summary, FlagAction action,
-                     FlagOptions& flag)
-{
-    CLI::App& app = *command.add_subcommand(name, summary);
-    app.parse_complete_callback([&flag, action] { flag.action = action; });
-    return app;
-}
-
 void add_bits(CLI::App& app, FlagOptions& flag)
 {
     const auto fault = [](const std::string& text) {
@@ -53,12 +45,13 @@ void add_flag_options(CLI::App& command, Options& options)
 {
     FlagOptions& flag = options.flag;
     add_settings_adapter_option(command, options);
-    add_action(command, "get", "Show the flag of the adapters", FlagAction::kGet, flag);
-    add_bits(add_action(command, "set", "Set bits of an adapter's flag", FlagAction::kSet, flag),
-             flag);
+    add_action(command, "get", "Show the flag of the adapters", flag.action, FlagAction::kGet);
     add_bits(
-        add_action(command, "clear", "Clear bits of an adapter's flag", FlagAction::kClear, flag),
+        add_action(command, "set", "Set bits of an adapter's flag", flag.action, FlagAction::kSet),
         flag);
+    add_bits(add_action(command, "clear", "Clear bits of an adapter's flag", flag.action,
+                        FlagAction::kClear),
+             flag);
 }
 
 const char* flag_options_fault(const Options& options)

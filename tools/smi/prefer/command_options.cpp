@@ -13,14 +13,6 @@
 namespace nimba::smi {
 namespace {
 
-CLI::App& add_action(CLI::App& command, const char* name, const char* summary, PreferAction action,
-                     PreferOptions& prefer)
-{
-    CLI::App& app = *command.add_subcommand(name, summary);
-    app.parse_complete_callback([&prefer, action] { prefer.action = action; });
-    return app;
-}
-
 void add_application(CLI::App& app, const char* help, PreferOptions& prefer)
 {
     app.add_option("APPLICATION", prefer.application, help)->required();
@@ -29,7 +21,7 @@ void add_application(CLI::App& app, const char* help, PreferOptions& prefer)
 void add_set(CLI::App& command, PreferOptions& prefer)
 {
     CLI::App& app = add_action(command, "set", "Set the GPU that an application should use",
-                               PreferAction::kSet, prefer);
+                               prefer.action, PreferAction::kSet);
     add_application(app, "The application: its path, or a command that is in PATH", prefer);
     add_value(app, "--gpu", "SLOT|BUS_ID", "a slot from 0 to 2 or a bus id such as 0000:01:00.0",
               "The GPU, as nimba-smi list shows it; needed", parse_adapter_choice,
@@ -49,12 +41,12 @@ void add_set(CLI::App& command, PreferOptions& prefer)
 void add_prefer_options(CLI::App& command, Options& options)
 {
     PreferOptions& prefer = options.prefer;
-    add_action(command, "list", "Show the preferences of all applications", PreferAction::kList,
-               prefer)
+    add_action(command, "list", "Show the preferences of all applications", prefer.action,
+               PreferAction::kList)
         .add_flag("--csv", options.csv, "Print comma-separated values instead of text");
     add_set(command, prefer);
     add_application(add_action(command, "remove", "Remove the preference of an application",
-                               PreferAction::kRemove, prefer),
+                               prefer.action, PreferAction::kRemove),
                     "The application: its path or its file name alone", prefer);
 }
 
