@@ -258,7 +258,7 @@ get shows what they are" ]]
         in_the_driver() {
             for worker in $(cat "/proc/$1/task/$1/children"); do
                 tr "\\0" " " <"/proc/$worker/cmdline" | grep -q -e "--slot 0 " &&
-                    find "/proc/$worker/fd" -lname "*/dvfs_level" | grep -q . && return
+                    find "/proc/$worker/fd" -lname "*/dvfs_level" 2>/dev/null | grep -q . && return
             done
             false
         }

@@ -20,12 +20,19 @@ teardown_file() {
 enter_clean_root() {
     local -a user=()
     [ "$(id -u)" = 0 ] || user=(--user --map-root-user)
+    export clean_root=
+    # Where no file system can be mounted for oneself, as behind chroot, that is the machine's fault.
+    unshare "${user[@]}" --mount --propagation private mount -t tmpfs probe /mnt 2>>"$log" || return 0
     mkfifo "$BATS_FILE_TMPDIR/ready"
     unshare "${user[@]}" --mount --propagation private "$BATS_TEST_DIRNAME/clean-root" \
         "$packages" "$BATS_FILE_TMPDIR/ready" "$NIMBA_SOURCE_DIR" "$NIMBA_BINARY_DIR" \
         >>"$log" 2>&1 3>&- &
-    export clean_root=$!
-    [ "$(timeout 60 cat "$BATS_FILE_TMPDIR/ready")" = ready ] || leave_clean_root
+    clean_root=$!
+    if [ "$(timeout 60 cat "$BATS_FILE_TMPDIR/ready")" != ready ]; then
+        cat "$log" >&2
+        leave_clean_root
+        return 1
+    fi
 }
 
 leave_clean_root() {
@@ -36,16 +43,13 @@ leave_clean_root() {
     fi
 }
 
+needs_clean_root() {
+    [ -n "$clean_root" ] || skip "NOT TESTED: no file system can be mounted for oneself here"
+}
+
 # installed COMMAND...: the command on that machine, without anything of this environment.
 installed() {
     local -a user=()
-    if [ -z "$clean_root" ]; then
-        cat "$log" >&2
-        # Where not even file systems can be laid over others, that is the machine's fault.
-        unshare --mount --propagation private mount -t tmpfs probe /mnt ||
-            skip "NOT TESTED: no mount namespace can be made here"
-        return 1
-    fi
     [ "$(id -u)" = 0 ] || user=(--user --preserve-credentials)
     timeout 60 nsenter "${user[@]}" --mount --target "$clean_root" \
         env -i HOME=/root LANG=C.UTF-8 PATH=/usr/sbin:/usr/bin:/sbin:/bin "$@"
@@ -157,6 +161,7 @@ share/zsh/vendor-completions/_nimba-smi" ]
 }
 
 @test "the installed machine does not see the source and build trees" {
+    needs_clean_root
     # shellcheck disable=SC2016 # expanded over there
     run installed sh -c 'for tree; do [ ! -e "$tree" ] || find "$tree" -mindepth 1 -print -quit; done' \
         - "$NIMBA_SOURCE_DIR" "$NIMBA_BINARY_DIR"
@@ -165,12 +170,14 @@ share/zsh/vendor-completions/_nimba-smi" ]
 }
 
 @test "the tools are found and work together once the packages are installed" {
+    needs_clean_root
     run installed nimba-sim run -- nimba-smi list --json
     [ "$status" -eq 0 ]
     [ "$(jq -c '.adapters[] | [.name, .bus_id]' <<<"$output")" = '["Gpu0:Nimba-K1","0000:01:00.0"]' ]
 }
 
 @test "nimba-smi does not need the development package" {
+    needs_clean_root
     installed dpkg --remove libnimba-mgmt-interface-dev
     run installed nimba-smi version --json
     installed dpkg --install "/media/$(basename "$packages"/libnimba-mgmt-interface-dev_*.deb)"
@@ -180,6 +187,7 @@ share/zsh/vendor-completions/_nimba-smi" ]
 }
 
 @test "the Python package is found, and finds the library without its development package" {
+    needs_clean_root
     installed dpkg --remove libnimba-mgmt-interface-dev
     run installed nimba-sim run -- python3 -c \
         'import nimba_mgmt; print([adapter.bus_id for adapter in nimba_mgmt.adapters()])'
@@ -189,6 +197,7 @@ share/zsh/vendor-completions/_nimba-smi" ]
 }
 
 @test "a C program finds header and library where the compiler looks" {
+    needs_clean_root
     installed tee /root/host.c <"$BATS_TEST_DIRNAME/host.c" >/dev/null
     # shellcheck disable=SC2016 # expanded over there
     installed sh -c 'cc -o /root/host /root/host.c $(pkg-config --cflags --libs nimba_mgmt_interface)'
@@ -198,11 +207,13 @@ share/zsh/vendor-completions/_nimba-smi" ]
 }
 
 @test "the manual pages are found" {
+    needs_clean_root
     command -v man >/dev/null || skip "NOT TESTED: man is not installed"
     [[ "$(installed man --where nimba-smi)" == /usr/share/man/man1/nimba-smi.1.gz* ]]
 }
 
 @test "removing the packages leaves nothing of them" {
+    needs_clean_root
     run installed dpkg --purge libnimba-mgmt-interface-dev nimba-tools python3-nimba-mgmt \
         libnimba-mgmt-interface0
     [ "$status" -eq 0 ]
