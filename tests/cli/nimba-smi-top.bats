@@ -242,7 +242,8 @@ is_gone() {
 }
 
 @test "a worker that dies is replaced, which is said" {
-    open_top steady-adapter 120 36 --interval 0.2
+    # Wide enough for the name of whatever the worker was doing.
+    open_top steady-adapter 200 36 --interval 0.2
     local view
     view=$(view_in_terminal)
     within has_workers "$view"
