@@ -35,6 +35,7 @@ std::string sentence_of(const Discovery& discovery)
 std::vector<std::string> bus_ids_of(const std::vector<PciAdapter>& adapters)
 {
     std::vector<std::string> bus_ids;
+    bus_ids.reserve(adapters.size());
     for (const PciAdapter& adapter : adapters) {
         bus_ids.push_back(adapter.bus_id);
     }
