@@ -29,13 +29,13 @@ void add_text(CLI::App& app, const char* name, const char* type, std::optional<s
 
 void add_checked(CLI::App& app, const char* name, const char* type, const std::string& expected,
                  const char* help, std::function<bool(const std::string&)> accepts,
-                 std::function<void(const std::string&)> store)
+                 const std::function<void(const std::string&)>& store)
 {
     const auto fault = [accepts = std::move(accepts), expected](const std::string& text) {
         return accepts(text) ? std::string{}
                              : fmt::format("expected {}, got \"{}\"", expected, text);
     };
-    app.add_option_function<std::string>(name, std::move(store), help)
+    app.add_option_function<std::string>(name, store, help)
         ->type_name(type)
         ->check(CLI::Validator{fault, ""});
 }

@@ -35,7 +35,7 @@ void add_text(CLI::App& app, const char* name, const char* type, std::optional<s
 // "expected <expected>, got ...".
 void add_checked(CLI::App& app, const char* name, const char* type, const std::string& expected,
                  const char* help, std::function<bool(const std::string&)> accepts,
-                 std::function<void(const std::string&)> store);
+                 const std::function<void(const std::string&)>& store);
 
 // Adds an option whose value `parse` reads, a function that gives an optional.
 template <typename Parse, typename Store>
