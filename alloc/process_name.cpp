@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The name of a process, from its command line.
 #include "core/handles.hpp"
+#include "core/read_some.hpp"
 #include "nimba_mgmt_interface.h"
 
 #include <algorithm>
@@ -27,6 +28,14 @@ std::string_view last_component(std::string_view program)
     return path.substr(path.rfind('/') + 1);
 }
 
+// The words end in NULs, the line in a newline, which belongs to it.
+std::string_view first_word(std::string_view text)
+{
+    const std::string_view word = text.substr(0, text.find('\0'));
+    const std::size_t newline = word.find('\n');
+    return newline == std::string_view::npos ? word : word.substr(0, newline + 1);
+}
+
 }  // namespace
 }  // namespace nimba
 
@@ -39,12 +48,13 @@ int32_t getPackageNameFromPid(int32_t pid, char* destination, int32_t size)
         nimba::copy_text("", destination, size);
         return 0;
     }
-    char line[512];
-    if (std::fgets(line, sizeof line, node.get()) == nullptr) {
+    char text[511];
+    // Through the descriptor: the stream would take a signal for the end.
+    const std::size_t length = nimba::read_until_full(::fileno(node.get()), text, sizeof text);
+    if (length == 0) {
         return -1;
     }
-    // The words end in NULs, so this is the first one.
-    const std::string_view program{line};
+    const std::string_view program = nimba::first_word({text, length});
     // A name that fits is whole, directory included; callers rely on the difference.
     const bool fits = static_cast<int64_t>(program.size()) < size;
     nimba::copy_text(fits ? program : nimba::last_component(program), destination, size);

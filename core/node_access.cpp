@@ -2,18 +2,47 @@
 #include "core/node_access.hpp"
 
 #include "core/handles.hpp"
+#include "core/read_some.hpp"
 
 #include <fcntl.h>
 
+#include <algorithm>
+#include <array>
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string_view>
 
 namespace nimba {
 namespace {
 
+// A page is what an attribute can hold. A node that goes on is not gathered in memory.
+constexpr std::size_t kScannedSize = 4096;
+
 Stream open_for_reading(int directory, const char* name)
 {
     return make_stream(Descriptor{::openat(directory, name, O_RDONLY | O_CLOEXEC)}, "r");
+}
+
+// Through the descriptor: the stream would take a signal for the end.
+std::size_t read_beginning(const Stream& node, char* buffer, std::size_t size)
+{
+    return read_until_full(::fileno(node.get()), buffer, size);
+}
+
+// In one write unless the node takes less, as each is a command to the driver. A stream would lose
+// the text to a signal.
+void write_text(int descriptor, std::string_view text)
+{
+    while (!text.empty()) {
+        const ssize_t count = ::write(descriptor, text.data(), text.size());
+        if (count < 0 && errno != EINTR) {
+            return;
+        }
+        text.remove_prefix(count < 0 ? 0 : static_cast<std::size_t>(count));
+    }
 }
 
 }  // namespace
@@ -21,7 +50,7 @@ Stream open_for_reading(int directory, const char* name)
 int read_node_at(int directory, const char* name, char* buffer, uint64_t size)
 {
     const Stream node = open_for_reading(directory, name);
-    return node ? static_cast<int>(std::fread(buffer, 1, size, node.get())) : 0;
+    return node ? static_cast<int>(read_beginning(node, buffer, size)) : 0;
 }
 
 int scanf_node_at(int directory, const char* name, const char* format, ...)
@@ -30,25 +59,33 @@ int scanf_node_at(int directory, const char* name, const char* format, ...)
     if (!node) {
         return 0;
     }
+    std::array<char, kScannedSize + 1> text{};
+    const std::size_t length = read_beginning(node, text.data(), kScannedSize);
+    // A NUL of the node is a character that does not fit, not the end.
+    std::replace(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(length), '\0', '\1');
     std::va_list targets;
     va_start(targets, format);
-    const int conversions = std::vfscanf(node.get(), format, targets);
+    const int conversions = std::vsscanf(text.data(), format, targets);
     va_end(targets);
     return conversions;
 }
 
 int printf_node_at(int directory, const char* name, const char* format, ...)
 {
-    const Stream node =
-        make_stream(Descriptor{::openat(directory, name, O_WRONLY | O_CLOEXEC)}, "w");
+    const Descriptor node{::openat(directory, name, O_WRONLY | O_CLOEXEC)};
     if (!node) {
         return 0;
     }
     std::va_list values;
     va_start(values, format);
-    const int written = std::vfprintf(node.get(), format, values);
+    char* formatted = nullptr;
+    const int length = ::vasprintf(&formatted, format, values);
     va_end(values);
-    return written;
+    if (length >= 0) {
+        const std::unique_ptr<char, decltype(&std::free)> text{formatted, &std::free};
+        write_text(node.get(), {text.get(), static_cast<std::size_t>(length)});
+    }
+    return length;
 }
 
 }  // namespace nimba

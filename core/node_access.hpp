@@ -8,16 +8,17 @@
 
 namespace nimba {
 
-// Reads up to `size` bytes in one go; does not NUL-terminate them. Returns the number read.
+// Reads up to `size` bytes, whatever signals come in between; does not NUL-terminate them. Returns
+// the number read.
 int read_node_at(int directory, const char* name, char* buffer, uint64_t size);
 
-// Scans the node once by scanf's rules. Returns the number of conversions, or -1 for an empty node.
+// Scans the node's first 4096 bytes once by scanf's rules. Returns the number of conversions, or -1
+// for an empty node.
 [[gnu::format(scanf, 3, 4)]] int scanf_node_at(int directory, const char* name, const char* format,
                                                ...);
 
-// Writes one formatted text to an existing node. Returns the number of characters written. The
-// driver sees a text of up to 4096 bytes as one write when the stream is closed, so a value that it
-// rejects counts as written.
+// Writes one formatted text to an existing node. Returns the number of characters of the text: a
+// value that the driver rejects counts as written.
 [[gnu::format(printf, 3, 4)]] int printf_node_at(int directory, const char* name,
                                                  const char* format, ...);
 

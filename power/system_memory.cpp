@@ -12,20 +12,6 @@
 namespace nimba {
 namespace {
 
-// Reads until the end or until `size` bytes are there. Returns their number.
-std::size_t fill(int descriptor, char* buffer, std::size_t size)
-{
-    std::size_t held = 0;
-    while (held < size) {
-        const ssize_t count = read_some(descriptor, buffer + held, size - held);
-        if (count <= 0) {
-            break;
-        }
-        held += static_cast<std::size_t>(count);
-    }
-    return held;
-}
-
 Command start(const char* text)
 {
     Command command = start_command(text);
@@ -60,7 +46,7 @@ int32_t runShellCommand(const char* command, char* buf, uint32_t size)
         return 0;
     }
     std::memset(buf, 0, size);
-    return static_cast<int32_t>(nimba::fill(::fileno(running.get()), buf, size - 1));
+    return static_cast<int32_t>(nimba::read_until_full(::fileno(running.get()), buf, size - 1));
 }
 
 int32_t runShellCommand_getBitWidth(void)
