@@ -61,10 +61,12 @@ void copy_information(const BandwidthInfo& from, BandwidthInfo& to)
 
 int32_t bandwidth_init(void)
 {
-    if (!nimba::choose_functions()) {
+    const bool has_functions = nimba::choose_functions();
+    const auto prepare = nimba::prepare.get();
+    if (!has_functions || prepare == nullptr) {
         return nimba::fail("gfx_xxx interface functions init fail. \n ");
     }
-    if (pdev != nullptr && nimba::prepare.get()(__perf_event_fd, pdev) != 0) {
+    if (pdev != nullptr && prepare(__perf_event_fd, pdev) != 0) {
         return nimba::fail("gfx_init_hwinfo fail. \n ");
     }
     return 0;
