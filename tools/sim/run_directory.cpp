@@ -101,10 +101,14 @@ void remove_left_directories(const fs::path& base)
         }
     }
     for (const fs::path& directory : found) {
-        const tools::Descriptor lock =
-            is_own_directory(directory) ? lock_directory(directory, 0) : tools::Descriptor{};
-        if (lock) {
+        if (!is_own_directory(directory)) {
+            continue;
+        }
+        if (const tools::Descriptor lock = lock_directory(directory, 0)) {
             remove_run(directory, ignored);
+        } else if (errno == ENOENT) {
+            // Killed before it made its lock, or behind the lock's removal: it is empty.
+            fs::remove(directory, ignored);
         }
     }
 }
