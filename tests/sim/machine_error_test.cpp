@@ -47,6 +47,17 @@ TEST(MachineFileError, FileOfMoreThanAMebibyte)
     EXPECT_EQ(error_of(file), file + ": is larger than 1 MiB");
 }
 
+TEST(MachineFileError, ControlCharactersOfTheFileAreShownAsNumbers)
+{
+    const nimba::test::TempDirectory directory;
+    const std::string value = directory.write("value.toml", "description = \"a\"\nx = t\n");
+    EXPECT_EQ(error_of(value),
+              value + ":2: Error while parsing boolean: expected 'true', saw 't\\u000a'");
+    const std::string key = directory.write("key.toml", "description = \"a\"\n\"x\\ny\" = 1\n");
+    const std::string beginning = key + ":2: key 'x\\u000ay': unknown key, expected one of ";
+    EXPECT_EQ(error_of(key).substr(0, beginning.size()), beginning);
+}
+
 TEST(MachineFileError, NodeWithALongPath)
 {
     const nimba::test::TempDirectory directory;

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "message.hpp"
+
 #include <stdexcept>
+#include <string_view>
 
 namespace nimba::sim {
 
@@ -9,7 +12,11 @@ namespace nimba::sim {
 // one line that names the place and says what is wrong.
 class MachineFileError : public std::runtime_error {
   public:
-    using std::runtime_error::runtime_error;
+    // The text may show bytes of the file, line ends among them.
+    explicit MachineFileError(std::string_view text)
+        : std::runtime_error{without_control_characters(text)}
+    {
+    }
 };
 
 }  // namespace nimba::sim
