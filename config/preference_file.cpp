@@ -3,6 +3,8 @@
 #include "config/preference_text.hpp"
 #include "core/emptied_at_exit.hpp"
 #include "core/handles.hpp"
+#include "core/line_pieces.hpp"
+#include "core/read_some.hpp"
 #include "nimba_mgmt_interface.h"
 
 #include <fcntl.h>
@@ -28,21 +30,56 @@ namespace {
 const EmptiedAtExit list_at_exit{interface_config_list};
 
 constexpr std::string_view kFileInHome = "/.local/share/wmt_gfx_util.ini";
-constexpr std::size_t kLineSize = 612;  // the NUL included; a longer line is read in pieces
+// A longer line is read in pieces.
+using PreferenceLines = LinePieces<611>;
 constexpr off_t kKeptTextLimit = 16 << 20;
 
-void skip_byte_order_mark(std::FILE* file)
+// The file at UTIL_CONFIG_PATH is there and could not be read to its end: the list lacks records
+// that rewriting it would lose.
+bool list_lacks_records = false;
+
+void note_reading(const char* path, bool whole)
+{
+    if (std::strcmp(path, UTIL_CONFIG_PATH) == 0) {
+        list_lacks_records = !whole;
+    }
+}
+
+bool would_lose_records(const char* path)
+{
+    return list_lacks_records && std::strcmp(path, UTIL_CONFIG_PATH) == 0;
+}
+
+void skip_byte_order_mark(int file)
 {
     char mark[3] = {};
-    if (std::fread(mark, 1, sizeof mark, file) != sizeof mark ||
+    if (read_until_full(file, mark, sizeof mark) != sizeof mark ||
         std::memcmp(mark, "\xEF\xBB\xBF", sizeof mark) != 0) {
-        std::rewind(file);
+        ::lseek(file, 0, SEEK_SET);
     }
 }
 
 // The record that is being read, and the number of section headers so far.
 class PreferenceParser final {
   public:
+    // Whole lines.
+    void add_lines(std::string_view text)
+    {
+        while (!text.empty()) {
+            const std::string_view line = PreferenceLines::first(text);
+            add_line(line.substr(0, line.find('\0')));
+            text.remove_prefix(line.size());
+        }
+    }
+
+    // Ends the last record. Returns the number of sections.
+    int32_t finish()
+    {
+        keep_record();
+        return sections_;
+    }
+
+  private:
     void add_line(std::string_view text)
     {
         const PreferenceLine line = read_preference_line(text);
@@ -56,14 +93,6 @@ class PreferenceParser final {
         }
     }
 
-    // Ends the last record. Returns the number of sections.
-    int32_t finish()
-    {
-        keep_record();
-        return sections_;
-    }
-
-  private:
     void keep_record()
     {
         if (sections_ > 0) {
@@ -134,23 +163,27 @@ int32_t parseINI(const char* path)
 {
     const nimba::Stream file{std::fopen(path, "re")};
     if (!file) {
+        nimba::note_reading(path, errno == ENOENT || errno == ENOTDIR);
         lib_print_func("parseINI fail to open %s\n", path);
         return -1;
     }
     lib_print_func("parseINI %s\n", path);
-    nimba::skip_byte_order_mark(file.get());
+    // Through the descriptor: the stream would take a signal for the end.
+    const int descriptor = ::fileno(file.get());
+    nimba::skip_byte_order_mark(descriptor);
     nimba::PreferenceParser parser;
-    char line[nimba::kLineSize];
-    while (std::fgets(line, sizeof line, file.get()) != nullptr) {
-        parser.add_line(line);
-    }
+    const bool whole = nimba::PreferenceLines{}.read(descriptor, [&](std::string_view lines) {
+        parser.add_lines(lines);
+        return true;
+    });
+    nimba::note_reading(path, whole);
     return parser.finish();
 }
 
 void savefile_INI(const char* path)
 {
     const std::optional<std::string> previous = nimba::read_kept_text(path);
-    nimba::Stream file{std::fopen(path, "we")};
+    nimba::Stream file{nimba::would_lose_records(path) ? nullptr : std::fopen(path, "we")};
     if (!file) {
         lib_print_func("savefile_INI: can't open %s \n", path);
         return;

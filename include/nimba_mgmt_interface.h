@@ -16,7 +16,9 @@
  * library cannot fill stays as the caller set it, so pass zeroed records. Pointer arguments must
  * not be null unless a comment says that they may. The library starts no thread and locks nothing:
  * serialise the calls, and run initialisation and exit while no other call runs. The only
- * environment variable it reads is HOME.
+ * environment variable it reads is HOME. Without memory for its own work a call ends in the C++
+ * exception std::bad_alloc, leaks nothing, and leaves the library fit for the next call; a host
+ * in C ends there.
  *
  * The header compiles as C11 and as C++20; C++ hosts get a few more declarations at the end.
  */
@@ -1519,7 +1521,9 @@ NIMBA_MGMT_API int32_t parseINI(const char* path);
 
 /* Rewrites the file at `path` from interface_config_list and logs each record. A file that cannot
  * be opened is logged; one that cannot be written to the end (a full disk) is logged and gets its
- * previous text back. */
+ * previous text back. While the file at UTIL_CONFIG_PATH is there but its last loading could not
+ * read it to the end, the list lacks some of its records: saving it there counts as a file that
+ * cannot be opened, and leaves it as it is. */
 NIMBA_MGMT_API void savefile_INI(const char* path);
 
 /* Logs one record behind `prefix`. */
