@@ -3,8 +3,31 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+#include <vector>
+
 namespace nimba::smi {
 namespace {
+
+TEST(SlotNow, IsWhereTheAdapterIs)
+{
+    const std::vector<SlotIdentity> slots{{0, "0000:03:00.0", "Gpu0:Nimba-K1"},
+                                          {1, "0000:04:00.0", "Gpu1:QV M-30"}};
+    EXPECT_EQ(slot_now(1, "0000:04:00.0", slots), 1);
+    EXPECT_EQ(slot_now(0, "0000:04:00.0", slots), 1);
+    EXPECT_EQ(slot_now(1, "0000:03:00.0", slots), 0);
+    EXPECT_EQ(slot_now(0, "0000:05:00.0", slots), std::nullopt);
+    EXPECT_EQ(slot_now(-1, "", slots), std::nullopt);
+}
+
+TEST(SlotNow, IsTheSameWhenTwoShareABusId)
+{
+    const std::vector<SlotIdentity> slots{{0, "0000:03:00.0", "Gpu0:Nimba-K1"},
+                                          {1, "0000:03:00.0", "Gpu1:Nimba-K1"}};
+    EXPECT_EQ(slot_now(0, "0000:03:00.0", slots), 0);
+    EXPECT_EQ(slot_now(1, "0000:03:00.0", slots), 1);
+    EXPECT_EQ(slot_now(2, "0000:03:00.0", slots), 0);
+}
 
 TEST(RecordToEnter, PutsRightWhatAnotherGpuTookOver)
 {

@@ -65,7 +65,7 @@ class AdapterWorker final {
   public:
     AdapterWorker(const Options& options, const SlotIdentity& adapter)
         : subject_{adapter_subject(adapter)},
-          worker_{{options.library, options.verbose, adapter.slot}},
+          worker_{{options.library, options.verbose, ServedAdapter{adapter.slot, adapter.bus_id}}},
           timeout_{options.timeout}
     {
     }

@@ -16,8 +16,8 @@ namespace nimba::smi {
 
 // Answer to "dvfs".
 struct DvfsReading {
-    std::optional<std::string> bus_id;  // of the adapter; none when the worker's slot is empty
-    std::optional<uint32_t> chip;       // its PCI device identifier
+    std::optional<std::string> bus_id;           // of the adapter; none when it is gone
+    std::optional<uint32_t> chip;                // its PCI device identifier
     std::vector<std::optional<int64_t>> values;  // of dvfs_fields; none for those not given
     std::vector<NodeAccess> nodes;               // those of the fields
 

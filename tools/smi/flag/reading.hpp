@@ -13,7 +13,7 @@ namespace nimba::smi {
 
 // Answer to "flag".
 struct FlagReading {
-    std::optional<std::string> bus_id;  // of the adapter; none when the worker's slot is empty
+    std::optional<std::string> bus_id;  // of the adapter; none when it is gone
     std::optional<uint32_t> flag;       // none when the driver does not give it
     NodeAccess access;                  // to its node
 

@@ -20,7 +20,8 @@ std::vector<Reply> ask_adapters(const Options& options, const std::vector<SlotId
     std::vector<WorkerProcess> workers;
     workers.reserve(slots.size());
     for (const SlotIdentity& identity : slots) {
-        workers.emplace_back(WorkerOptions{options.library, options.verbose, identity.slot});
+        workers.emplace_back(WorkerOptions{options.library, options.verbose,
+                                           ServedAdapter{identity.slot, identity.bus_id}});
     }
     return ask_all(workers, kDescribeRequest, {options.timeout});
 }

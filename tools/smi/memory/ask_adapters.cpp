@@ -23,7 +23,8 @@ std::vector<WorkerProcess> start_workers(const Options& options,
     std::vector<WorkerProcess> workers;
     workers.reserve(slots.size());
     for (const SlotIdentity& identity : slots) {
-        workers.emplace_back(WorkerOptions{options.library, options.verbose, identity.slot});
+        workers.emplace_back(WorkerOptions{options.library, options.verbose,
+                                           ServedAdapter{identity.slot, identity.bus_id}});
     }
     return workers;
 }

@@ -28,7 +28,7 @@ void tidy_up(const Options& options, std::span<const SlotIdentity> slots,
 // The problems behind the remarks of a reading, and that the adapter is gone when it is.
 std::vector<Problem> reading_problems(const Subject& subject, const AdapterReading& reading);
 
-// Whether the worker's slot still holds the adapter that discovery saw in it.
+// Whether the worker found the adapter that discovery saw.
 bool is_there(const Subject& subject, const AdapterReading& reading);
 
 }  // namespace nimba::smi

@@ -61,8 +61,9 @@ class SpawnAttributes final {
 std::vector<std::string> command_line(const WorkerOptions& options)
 {
     std::vector<std::string> words{"nimba-smi", "--worker", "--library=" + options.library};
-    if (options.slot) {
-        words.insert(words.end(), {"--slot", std::to_string(*options.slot)});
+    if (const auto& adapter = options.adapter) {
+        words.insert(words.end(),
+                     {"--slot", std::to_string(adapter->slot), "--bus-id=" + adapter->bus_id});
     }
     if (options.verbose) {
         words.emplace_back("--verbose");

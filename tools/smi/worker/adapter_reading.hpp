@@ -11,7 +11,7 @@ namespace nimba::smi {
 
 // What everything that a worker reads of its adapter has.
 struct AdapterReading {
-    std::optional<std::string> bus_id;  // of the adapter; none when the worker's slot is empty
+    std::optional<std::string> bus_id;  // of the adapter; none when it is gone
     std::vector<Failure> remarks;       // what the reading lacks
     bool stale = false;  // the driver went and came again: only a new worker can read it
 

@@ -5,15 +5,28 @@
 
 namespace nimba::smi {
 
+std::optional<int> slot_now(int before, std::string_view bus_id,
+                            std::span<const SlotIdentity> slots)
+{
+    std::optional<int> found;
+    for (const SlotIdentity& identity : slots) {
+        if (identity.bus_id == bus_id && (!found || identity.slot == before)) {
+            found = identity.slot;
+        }
+    }
+    return found;
+}
+
 std::optional<Adapter> own_adapter(Session& session)
 {
     const DiscoveryRecords& records = session.discover();
-    const int slot = session.options().slot.value_or(-1);
-    if (slot < 0 || slot >= slot_count(records)) {
+    const ServedAdapter served = session.options().adapter.value_or(ServedAdapter{});
+    const auto found = slot_now(served.slot, served.bus_id, slot_identities(records));
+    if (!found) {
         return std::nullopt;
     }
-    Adapter adapter = adapter_in_slot(records, slot);
-    const int directory = records.adapters.gpu_infos[slot].pci_dir_fd;
+    Adapter adapter = adapter_in_slot(records, *found);
+    const int directory = records.adapters.gpu_infos[*found].pci_dir_fd;
     if (!adapter.device_id) {
         adapter.device_id = pci_id_in(directory, "device");
     }

@@ -7,11 +7,18 @@
 #include "tools/smi/worker/session.hpp"
 
 #include <optional>
+#include <span>
+#include <string_view>
 
 namespace nimba::smi {
 
-// The adapter in the worker's slot, with what the record lacks and its PCI directory tells. Nothing
-// when the slot is empty.
+// The slot of the adapter that was in slot `before` once: it may have left and come back behind
+// others. Of several with this bus id it is the one that stayed. Nothing when there is none.
+std::optional<int> slot_now(int before, std::string_view bus_id,
+                            std::span<const SlotIdentity> slots);
+
+// The worker's adapter, with what the record lacks and its PCI directory tells. Nothing when it is
+// gone.
 std::optional<Adapter> own_adapter(Session& session);
 
 // Whether the library could have seen that the driver is VA: it finds the info node by the number

@@ -42,7 +42,7 @@ struct Discovery {
     bool operator==(const Discovery&) const = default;
 };
 
-// Answer to "describe". No adapter: the worker's slot is empty.
+// Answer to "describe". No adapter: it is gone.
 struct Description {
     std::optional<Adapter> adapter;
     std::optional<std::string> denied_info;  // the debugfs node that would tell the driver kind

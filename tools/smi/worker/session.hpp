@@ -18,10 +18,16 @@
 
 namespace nimba::smi {
 
+// The adapter that a worker serves.
+struct ServedAdapter {
+    int slot = -1;  // where it was found
+    std::string bus_id;
+};
+
 struct WorkerOptions {
     std::string library;
     bool verbose = false;
-    std::optional<int> slot;  // the adapter that this worker serves
+    std::optional<ServedAdapter> adapter;
 };
 
 class Session final {

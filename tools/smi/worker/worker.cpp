@@ -74,10 +74,15 @@ int run_worker(int count, char** arguments)
     CLI::App app;
     app.add_flag("--worker");
     app.add_option("--library", options.library)->required();
-    app.add_option("--slot", options.slot);
+    ServedAdapter adapter;
+    auto* const slot = app.add_option("--slot", adapter.slot);
+    app.add_option("--bus-id", adapter.bus_id)->needs(slot);
     app.add_flag("--verbose", options.verbose);
     try {
         app.parse(count, arguments);
+        if (slot->count() > 0) {
+            options.adapter = adapter;
+        }
     } catch (const CLI::ParseError&) {
         options.library.clear();
     }
