@@ -136,6 +136,29 @@ static void check_current_adapter(void* library, unsigned char* record)
     CHECK(finish(1) == 0);
 }
 
+/* The steps of a discovery, one by one. */
+static void check_steps(void* library)
+{
+    static _Alignas(8) unsigned char record[276 + kGuard];
+    int32_t (*init)(void);
+    int32_t (*get_handles)(void*);
+    int32_t (*select)(void*);
+    find_function(library, "gpuinfo_nimba_init", &init);
+    find_function(library, "gpuinfo_nimba_get_device_handles", &get_handles);
+    find_function(library, "gpuinfo_select_new_chip", &select);
+    memset(record, kUntouched, sizeof record);
+    put_u32(record, 4, 0xFFFF);
+    put_u32(record, 272, 1);
+    CHECK(init() == 1);
+    CHECK(get_handles(record) == 1);
+    check_find_adapter(record);
+    put_u32(record, 272, 0);
+    CHECK(select(record) == 0);
+    CHECK(*(unsigned char**)symbol(library, "pCurrent_gpu_infos") == record + 128);
+    CHECK(strcmp(symbol(library, "sys_bus_pci_devices_BUSID_path"),
+                 "/sys/bus/pci/devices/1234:56:1a.7") == 0);
+}
+
 static void check_version(void* library)
 {
     int32_t (*handshake)(void*);
@@ -181,6 +204,7 @@ int main(int argc, char** argv)
     CHECK(memcmp(symbol(library, "find_adapter_ext1_cache"), ext1, 1704) == 0);
 
     check_current_adapter(library, record);
+    check_steps(library);
     check_version(library);
     return failed_checks == 0 ? 0 : 1;
 }

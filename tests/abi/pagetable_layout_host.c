@@ -3,64 +3,13 @@
 #define _GNU_SOURCE
 #include "host.h"
 #include "record.h"
-
-#include <dirent.h>
-#include <fcntl.h>
-#include <stdarg.h>
+#include "redirect.h"
 
 #include <sys/stat.h>
 
 enum { kUntouched = 0xEE, kGuard = 64, kPageTable = 48, kAllocation = 56, kPageTables = 3 };
 
-static const char kRoot[] = "/sys/kernel/debug/dri/0/qv";
 static const char* root_of_test;
-
-/* Where this program and the library find `path`: the driver's directory is one of the test's. */
-static const char* redirected(const char* path)
-{
-    static char other[4096];
-    const size_t length = sizeof kRoot - 1;
-    if (root_of_test == NULL || strncmp(path, kRoot, length) != 0) {
-        return path;
-    }
-    snprintf(other, sizeof other, "%s%s", root_of_test, path + length);
-    return other;
-}
-
-/* They stand before the C library's functions, under names of their own, as its headers define some
- * of them where they check sizes. */
-DIR* opendir_of_this_program(const char* path) __asm__("opendir");
-int open_of_this_program(const char* path, int flags, ...) __asm__("open");
-int openat_of_this_program(int directory, const char* path, int flags, ...) __asm__("openat");
-
-DIR* opendir_of_this_program(const char* path)
-{
-    DIR* (*next)(const char*);
-    find_function(RTLD_NEXT, "opendir", &next);
-    return next(redirected(path));
-}
-
-int open_of_this_program(const char* path, int flags, ...)
-{
-    int (*next)(const char*, int, ...);
-    find_function(RTLD_NEXT, "open", &next);
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
-    va_end(arguments);
-    return next(redirected(path), flags, mode);
-}
-
-int openat_of_this_program(int directory, const char* path, int flags, ...)
-{
-    int (*next)(int, const char*, int, ...);
-    find_function(RTLD_NEXT, "openat", &next);
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
-    va_end(arguments);
-    return next(directory, redirected(path), flags, mode);
-}
 
 static void make_directory(const char* name)
 {
@@ -187,7 +136,7 @@ static void check_failure(void* library)
 {
     int32_t (*page_tables)(void*, uint32_t*);
     find_function(library, "get_pagetable_data", &page_tables);
-    root_of_test = "/dev/null";
+    redirected_to = "/dev/null";
     uint32_t count = 42;
     CHECK(page_tables(NULL, &count) == 0);
     CHECK(count == 42);
@@ -202,6 +151,8 @@ int main(int argc, char** argv)
     }
     void* library = load_library(argv[1]);
     root_of_test = argv[2];
+    redirected_from = "/sys/kernel/debug/dri/0/qv";
+    redirected_to = argv[2];
     show_driver();
     check_load(library);
     check_page_tables(library);

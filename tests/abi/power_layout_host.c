@@ -64,10 +64,12 @@ static void check_values(void* library)
     int32_t (*hwmon_value)(int32_t, uint32_t*);
     int32_t (*info_value)(int32_t);
     void (*set_flag)(int32_t, int32_t);
+    int32_t (*set_usage)(const char*);
     find_function(library, "gpuinfo_get_temparature_value_int", &temperature);
     find_function(library, "gpuinfo_get_hwmonFD_value_int", &hwmon_value);
     find_function(library, "gpuinfo_get_jwinfoFD_value_int", &info_value);
     find_function(library, "gpuinfo_set_misc_ctl_flag", &set_flag);
+    find_function(library, "gpuinfo_set_enable_usage", &set_usage);
     write_node("temp1_input", "45 *C\n");
     write_node("fan1_input", "1200\n");
     write_node("coreclk", "-3\n");
@@ -80,6 +82,9 @@ static void check_values(void* library)
     CHECK(info_value(29) == -3);
     set_flag(4, 1);
     CHECK(node_is("misc_ctl_flag", "6\n"));
+    write_node("enable_usage", "");
+    CHECK(set_usage("1") == 1);
+    CHECK(node_is("enable_usage", "1"));
 }
 
 static void show_settings(void)
@@ -212,6 +217,45 @@ static void check_segments(void* library, unsigned char* adapter)
     CHECK(all_bytes(record, 72, 56 + kGuard, kUntouched));
 }
 
+static void write_heap(const char* name, unsigned total, unsigned used)
+{
+    char directory[4096];
+    char node[64];
+    char text[128];
+    snprintf(directory, sizeof directory, "%s/heaps/%s", directory_of_test, name);
+    snprintf(node, sizeof node, "heaps/%s/info", name);
+    snprintf(text, sizeof text, "Total segment size:  %u\nKMD used segment memory:  %u\n",
+             total << 20, used << 20);
+    CHECK(mkdir(directory, 0755) == 0);
+    write_node(node, text);
+}
+
+/* The heaps are below the debug directory, whose path has a place for 50 bytes. */
+static void check_heaps(void* library)
+{
+    static _Alignas(8) unsigned char record[kSegments + kGuard];
+    int32_t (*read_heaps)(void*, int32_t);
+    find_function(library, "gpuinfo_get_kmd_segment_info", &read_heaps);
+    char directory[4096];
+    snprintf(directory, sizeof directory, "%s/heaps", directory_of_test);
+    CHECK(mkdir(directory, 0755) == 0);
+    write_heap("heap_invalid", 11, 1);
+    write_heap("heap_local", 12, 2);
+    write_heap("heap_pcie_unsnoop", 13, 3);
+    write_heap("heap_pcie_snoop", 14, 4);
+    strcpy(symbol(library, "sys_kernel_debug_ID_dri_ADAPTER_path"), directory_of_test);
+    memset(record, kUntouched, sizeof record);
+    CHECK(read_heaps(record, 5) == 1);
+    for (size_t heap = 0; heap < 4; ++heap) {
+        CHECK(u32_at(record, 4 * heap) == heap + 1);
+        CHECK(u32_at(record, 64 + 4 * heap) == heap + 11);
+    }
+    CHECK(u32_at(record, 16) == 0);
+    CHECK(u32_at(record, 80) == 0);
+    CHECK(all_bytes(record, 20, 44, kUntouched));
+    CHECK(all_bytes(record, 84, 44 + kGuard, kUntouched));
+}
+
 static void check_frame_rate(void* library)
 {
     static _Alignas(8) unsigned char record[kRates + kGuard];
@@ -279,8 +323,8 @@ static void check_shell_command(void* library)
 
 int main(int argc, char** argv)
 {
-    if (argc != 3) {
-        fputs("usage: power_layout_host LIBRARY DIRECTORY\n", stderr);
+    if (argc != 3 || strlen(argv[2]) >= 50) {
+        fputs("usage: power_layout_host LIBRARY DIRECTORY-OF-A-SHORT-PATH\n", stderr);
         return 2;
     }
     void* library = load_library(argv[1]);
@@ -296,6 +340,7 @@ int main(int argc, char** argv)
     check_workers(library);
     check_clocks(library);
     check_segments(library, adapter);
+    check_heaps(library);
     check_frame_rate(library);
     check_kernel_interface(library);
     check_shell_command(library);

@@ -55,12 +55,21 @@ static void check_file(const char* path)
     }
 }
 
-static void check_records(void* library, const char* path)
+/* The entry points, or their workers. */
+struct functions {
+    const char* set;
+    const char* get;
+    const char* remove;
+};
+
+static void check_records(void* library, const struct functions* names, const char* path)
 {
     int32_t (*set)(const void*);
     int32_t (*get)(void*, int32_t*);
-    find_function(library, "set_gpu_preference", &set);
-    find_function(library, "get_gpu_preference", &get);
+    int32_t (*remove_record)(const void*);
+    find_function(library, names->set, &set);
+    find_function(library, names->get, &get);
+    find_function(library, names->remove, &remove_record);
     static _Alignas(8) unsigned char given[2 * kRecord];
     static _Alignas(8) unsigned char got[3 * kRecord];
     fill_game(given);
@@ -76,6 +85,43 @@ static void check_records(void* library, const char* path)
     CHECK(count == 2);
     CHECK(memcmp(got, given, sizeof given) == 0);
     CHECK(all_bytes(got, 2 * kRecord, kRecord, kUntouched));
+
+    CHECK(remove_record(given) == 0);
+    memset(got, kUntouched, sizeof got);
+    count = 3;
+    CHECK(get(got, &count) == 0);
+    CHECK(count == 1);
+    CHECK(memcmp(got, given + kRecord, kRecord) == 0);
+}
+
+/* Each of both empties the list, which is kept as a first and a last address. */
+static void check_emptying(void* library, const char* name)
+{
+    static _Alignas(8) unsigned char record[kRecord];
+    int32_t (*set)(const void*);
+    int32_t (*empty)(void);
+    find_function(library, "set_gpu_preference", &set);
+    find_function(library, name, &empty);
+    const unsigned char* const* list = symbol(library, "interface_config_list");
+    fill_game(record);
+    CHECK(empty() == 0);
+    CHECK(list[0] == list[1]);
+    CHECK(set(record) == 0);
+    CHECK(list[1] == list[0] + kRecord && memcmp(list[0], record, kRecord) == 0);
+    CHECK(empty() == 0);
+    CHECK(list[0] == list[1]);
+}
+
+static void check_library(void* library, const char* path)
+{
+    static const struct functions entries = {"set_gpu_preference", "get_gpu_preference",
+                                             "remove_gpu_preference"};
+    static const struct functions workers = {"SetGPUPreference_config", "GetGPUPreference_config",
+                                             "RemoveGPUPreference_config"};
+    check_records(library, &entries, path);
+    check_emptying(library, "initGPUPreference_config");
+    check_emptying(library, "uninitGPUPreference_config");
+    check_records(library, &workers, path);
 }
 
 int main(int argc, char** argv)
@@ -101,7 +147,7 @@ int main(int argc, char** argv)
     int32_t (*set_callback)(void*);
     find_function(library, "set_print_callback", &set_callback);
     set_callback(NULL);
-    check_records(library, path);
+    check_library(library, path);
 
     /* Nothing but the file was left there. */
     CHECK(unlink(path) == 0 && rmdir(share) == 0 && rmdir(local) == 0);

@@ -1,0 +1,3 @@
+// SPDX-License-Identifier: MIT
+// The same for a host in C++, which has more records.
+#include "layouts.c"  // NOLINT(bugprone-suspicious-include): one source, two languages
