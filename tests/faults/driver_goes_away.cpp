@@ -1,0 +1,240 @@
+// SPDX-License-Identifier: MIT
+// driver_goes_away: calls every entry point of the library that asks the driver, each in a process
+// of its own, on the simulated machine it is run on. In the middle of all of the calls the driver
+// goes away, for two seconds. They end, and so do further ones meanwhile; when the driver is back
+// the answers are what they were. Writes what is not so.
+#include "trial.hpp"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+namespace nimba::test {
+namespace {
+
+constexpr const char* kGoAway = "nimba-sim fault gone --for-ms 2000";
+// One node of each adapter.
+constexpr std::array kNodes{"/sys/kernel/debug/dri/0/qv/info",
+                            "/sys/bus/pci/devices/0000:02:00.0/jw_info/mclk"};
+constexpr auto kPatience = std::chrono::seconds{30};
+
+int be_silent(const char* /*text*/, ...)
+{
+    return 0;
+}
+
+std::array<int, 2> make_pipe()
+{
+    std::array<int, 2> ends{};
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
+        throw std::system_error{errno, std::generic_category(), "cannot make a pipe"};
+    }
+    return ends;
+}
+
+// Many processes wait at a gate until another opens it.
+class Gate final {
+  public:
+    void open() { ::close(ends_[1]); }
+    // First thing in a process that will wait: it does not hold the gate shut.
+    void let_go() { ::close(ends_[1]); }
+    void wait()
+    {
+        char none = 0;
+        while (::read(ends_[0], &none, 1) > 0) {
+        }
+    }
+
+  private:
+    std::array<int, 2> ends_ = make_pipe();
+};
+
+// Counts processes that come by.
+class Counter final {
+  public:
+    void come_by()
+    {
+        if (::write(ends_[1], "x", 1) != 1) {
+            std::puts("nobody counts");
+        }
+    }
+    // Waits until so many came by. Returns false when it takes too long.
+    bool wait_for(std::size_t count)
+    {
+        constexpr int kMilliseconds = 30'000;
+        pollfd end{ends_[0], POLLIN, 0};
+        char one = 0;
+        for (; count > 0; --count) {
+            if (::poll(&end, 1, kMilliseconds) != 1 || ::read(ends_[0], &one, 1) != 1) {
+                std::puts("not all come as far");
+                return false;
+            }
+        }
+        return true;
+    }
+
+  private:
+    std::array<int, 2> ends_ = make_pipe();
+};
+
+// Each is used in one direction: by the processes that call, or by the one that waits for them.
+struct Meeting {
+    Counter in_the_middle;
+    Gate gone;
+    Counter ended;
+    Gate back;
+};
+
+Meeting* meeting = nullptr;
+
+void wait_until_gone()
+{
+    interrupt_at(0, nullptr);
+    meeting->in_the_middle.come_by();
+    meeting->gone.wait();
+}
+
+// The directories of a driver that is back are others.
+void discover(int slot)
+{
+    adapters = {};
+    adapters.header.vendor_id_filter = 0xFFFF;
+    gfx_find_adapter(&adapters);
+    if (slot >= 0) {
+        adapters.chip_id_idx = slot;
+        gfx_global_init(&adapters);
+    }
+}
+
+bool is_right_again(const EntryPoint& entry, const Answer& usual)
+{
+    const Answer answer = try_once(entry, Kind::kOpen, 0, nullptr).answer;
+    const bool is_as_before = answer.status == usual.status && answer.told == usual.told;
+    if (is_as_before || entry.first_call_only) {
+        return true;
+    }
+    std::printf("%s: %s %s, before %s %s\n", entry.name, answer.status.c_str(), answer.told.c_str(),
+                usual.status.c_str(), usual.told.c_str());
+    return false;
+}
+
+bool leaves_nothing(const EntryPoint& entry, const Trial& trial)
+{
+    if (trial.harm.empty()) {
+        return true;
+    }
+    std::printf("%s:%s\n", entry.name, trial.harm.c_str());
+    return false;
+}
+
+int go_through(const EntryPoint& entry)
+{
+    meeting->gone.let_go();
+    meeting->back.let_go();
+    discover(entry.slot);
+    try_once(entry, Kind::kOpen, 0, nullptr);
+    const Answer usual = try_once(entry, Kind::kOpen, 0, nullptr).answer;
+    const std::size_t calls = interruptible_calls();
+    if (calls == 0) {
+        wait_until_gone();
+    } else {
+        interrupt_at((calls + 1) / 2, wait_until_gone);
+    }
+    const Trial interrupted = try_once(entry, Kind::kOpen, 0, nullptr);
+    const Trial without = try_once(entry, Kind::kOpen, 0, nullptr);
+    meeting->ended.come_by();
+    meeting->back.wait();
+    discover(entry.slot);
+    const bool well = leaves_nothing(entry, interrupted) && leaves_nothing(entry, without);
+    return is_right_again(entry, usual) && well ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+bool is_there(const char* node)
+{
+    const int fd = ::open(node, O_RDONLY | O_CLOEXEC);
+    char byte = 0;
+    const bool is_readable = fd >= 0 && ::read(fd, &byte, 1) == 1;
+    if (fd >= 0) {
+        ::close(fd);
+    }
+    return is_readable;
+}
+
+bool comes_back(const char* node)
+{
+    const auto end = std::chrono::steady_clock::now() + kPatience;
+    while (!is_there(node)) {
+        if (std::chrono::steady_clock::now() > end) {
+            std::printf("%s does not come back\n", node);
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds{20});
+    }
+    return true;
+}
+
+int run(const std::string& commands)
+{
+    ::setenv("PATH", (commands + ":" + std::getenv("PATH")).c_str(), 1);
+    set_print_callback(be_silent);
+    take_over_calls();
+    std::fflush(stdout);
+
+    Meeting all;
+    meeting = &all;
+    std::vector<pid_t> children;
+    for (const auto room : {adapter_entry_points(), memory_entry_points(),
+                            page_table_entry_points(), power_entry_points()}) {
+        for (const EntryPoint& entry : room) {
+            if (entry.changes_answers) {
+                continue;
+            }
+            const pid_t child = ::fork();
+            if (child == 0) {
+                std::exit(go_through(entry));
+            }
+            children.push_back(child);
+        }
+    }
+    bool well = all.in_the_middle.wait_for(children.size());
+    well = std::system(kGoAway) == 0 && well;  // NOLINT(cert-env33-c): a text of this test
+    if (is_there(kNodes[0])) {
+        std::puts("the driver has not gone away");
+        well = false;
+    }
+    all.gone.open();
+    well = all.ended.wait_for(children.size()) && well;
+    well = std::ranges::all_of(kNodes, comes_back) && well;
+    all.back.open();
+    for (const pid_t child : children) {
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        well = status == 0 && well;
+    }
+    std::printf("%zu entry points while the driver went away and came back\n", children.size());
+    return well ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+}  // namespace
+}  // namespace nimba::test
+
+int main(int argument_count, char** arguments)
+{
+    if (argument_count != 2) {
+        std::fputs("usage: driver_goes_away COMMANDS\n", stderr);
+        return 2;
+    }
+    return nimba::test::run(arguments[1]);
+}
