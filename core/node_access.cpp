@@ -11,9 +11,9 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
-#include <cstdlib>
-#include <memory>
+#include <string>
 #include <string_view>
+#include <utility>
 
 namespace nimba {
 namespace {
@@ -32,13 +32,26 @@ std::size_t read_beginning(const Stream& node, char* buffer, std::size_t size)
     return read_until_full(::fileno(node.get()), buffer, size);
 }
 
-// In one write unless the node takes less, as each is a command to the driver. A stream would lose
-// the text to a signal.
+// printf's result and, if it is none of an error, the text.
+[[gnu::format(printf, 1, 0)]] std::pair<int, std::string> formatted(const char* format,
+                                                                    std::va_list values)
+{
+    std::va_list again;
+    va_copy(again, values);
+    const int length = std::vsnprintf(nullptr, 0, format, again);
+    va_end(again);
+    std::string text(static_cast<std::size_t>(std::max(length, 0)), '\0');
+    std::vsnprintf(text.data(), text.size() + 1, format, values);
+    return {length, std::move(text)};
+}
+
+// In one write unless the node takes less, as each is a command to the driver. Through the
+// descriptor: the stream would lose the text to a signal.
 void write_text(int descriptor, std::string_view text)
 {
     while (!text.empty()) {
         const ssize_t count = ::write(descriptor, text.data(), text.size());
-        if (count < 0 && errno != EINTR) {
+        if (count == 0 || (count < 0 && errno != EINTR)) {
             return;
         }
         text.remove_prefix(count < 0 ? 0 : static_cast<std::size_t>(count));
@@ -72,19 +85,16 @@ int scanf_node_at(int directory, const char* name, const char* format, ...)
 
 int printf_node_at(int directory, const char* name, const char* format, ...)
 {
-    const Descriptor node{::openat(directory, name, O_WRONLY | O_CLOEXEC)};
+    const Stream node =
+        make_stream(Descriptor{::openat(directory, name, O_WRONLY | O_CLOEXEC)}, "w");
     if (!node) {
         return 0;
     }
     std::va_list values;
     va_start(values, format);
-    char* formatted = nullptr;
-    const int length = ::vasprintf(&formatted, format, values);
+    const auto [length, text] = formatted(format, values);
     va_end(values);
-    if (length >= 0) {
-        const std::unique_ptr<char, decltype(&std::free)> text{formatted, &std::free};
-        write_text(node.get(), {text.get(), static_cast<std::size_t>(length)});
-    }
+    write_text(::fileno(node.get()), text);
     return length;
 }
 

@@ -27,6 +27,7 @@ struct Originals {
     int (*fileno)(std::FILE*) = nullptr;
     int (*fclose)(std::FILE*) = nullptr;
     ssize_t (*read)(int, void*, std::size_t) = nullptr;
+    ssize_t (*write)(int, const void*, std::size_t) = nullptr;
     int (*close)(int) = nullptr;
     DIR* (*opendir)(const char*) = nullptr;
     DIR* (*fdopendir)(int) = nullptr;
@@ -85,6 +86,14 @@ ssize_t failing_read(int fd, void* buffer, std::size_t size)
     return originals.read(fd, buffer, size);
 }
 
+ssize_t failing_write(int fd, const void* buffer, std::size_t size)
+{
+    if (fails_with(Kind::kWrite, EIO) || fails_with(Kind::kInterruptedWrite, EINTR)) {
+        return -1;
+    }
+    return originals.write(fd, buffer, size);
+}
+
 int failing_close(int fd)
 {
     const int result = originals.close(fd);
@@ -107,10 +116,7 @@ ssize_t read_stream(void* cookie, char* buffer, std::size_t size)
 
 ssize_t write_stream(void* cookie, const char* buffer, std::size_t size)
 {
-    if (fails_with(Kind::kWrite, EIO) || fails_with(Kind::kInterruptedWrite, EINTR)) {
-        return 0;
-    }
-    return ::write(descriptor_of(cookie), buffer, size);
+    return std::max<ssize_t>(failing_write(descriptor_of(cookie), buffer, size), 0);
 }
 
 int seek_stream(void* cookie, off64_t* offset, int origin)
@@ -291,6 +297,7 @@ void take_over_calls()
         replacement("fileno", fileno_of, o.fileno),
         replacement("fclose", failing_fclose, o.fclose),
         replacement("read", failing_read, o.read),
+        replacement("write", failing_write, o.write),
         replacement("close", failing_close, o.close),
         replacement("opendir", failing_opendir, o.opendir),
         replacement("fdopendir", failing_fdopendir, o.fdopendir),
