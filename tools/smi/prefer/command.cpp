@@ -38,9 +38,8 @@ std::optional<PreferenceFile> find_file(PreferenceSnapshot& snapshot)
         snapshot.problems.push_back(std::move(*fault));
         return std::nullopt;
     }
-    auto& file = std::get<PreferenceFile>(found);
-    snapshot.file = file.path;
-    return std::move(file);
+    snapshot.file = std::get<PreferenceFile>(found).path;
+    return std::get<PreferenceFile>(std::move(found));
 }
 
 // Finds out which GPUs are present. That is worth no more than a hint: the file needs none of them.

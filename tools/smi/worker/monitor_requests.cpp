@@ -60,36 +60,36 @@ DvfsRegisterState dvfs_state(Session& session, const MonitorEntryPoints& entry, 
     return state;
 }
 
+// The settings before and after a reading.
+struct DvfsReadings {
+    DvfsRegisterState before[2];
+    DvfsRegisterState after[2];
+};
+
 // A field that the driver does not give stays as it was, in two readings.
-template <auto Member>
-std::optional<int64_t> given(const DvfsRegisterState& first, const DvfsRegisterState& second,
-                             const DvfsRegisterState& first_before,
-                             const DvfsRegisterState& second_before)
+template <typename Number>
+std::optional<int64_t> given(const DvfsReadings& readings, Number DvfsRegisterState::*member)
 {
-    const bool stayed = first.*Member == first_before.*Member;
-    if (stayed && second.*Member == second_before.*Member) {
-        return std::nullopt;
+    for (std::size_t i = 0; i < 2; ++i) {
+        if (readings.after[i].*member != readings.before[i].*member) {
+            return readings.after[i].*member;
+        }
     }
-    return stayed ? second.*Member : first.*Member;
+    return std::nullopt;
 }
 
 void read_dvfs(Session& session, const MonitorEntryPoints& entry, NodeReader& nodes,
                ClockReading& reading)
 {
     constexpr int kPatterns[] = {0x5A, 0xA5};
-    DvfsRegisterState before[2];
-    DvfsRegisterState after[2];
+    DvfsReadings readings;
     for (std::size_t i = 0; i < 2; ++i) {
-        std::memset(&before[i], kPatterns[i], sizeof before[i]);
-        after[i] = dvfs_state(session, entry, kPatterns[i]);
+        std::memset(&readings.before[i], kPatterns[i], sizeof readings.before[i]);
+        readings.after[i] = dvfs_state(session, entry, kPatterns[i]);
     }
-    const auto field = [&]<auto Member>()
-    {
-        return given<Member>(after[0], after[1], before[0], before[1]);
-    };
-    reading.gfx = field.operator()<&DvfsRegisterState::gfx_clock>();
-    reading.gfx_voltage = field.operator()<&DvfsRegisterState::gfx_voltage>();
-    reading.level = field.operator()<&DvfsRegisterState::dvfs_level>();
+    reading.gfx = given(readings, &DvfsRegisterState::gfx_clock);
+    reading.gfx_voltage = given(readings, &DvfsRegisterState::gfx_voltage);
+    reading.level = given(readings, &DvfsRegisterState::dvfs_level);
     if (!reading.gfx || !reading.gfx_voltage) {
         nodes.explain("dvfs_clk_voltage");
     }
