@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "device_reader.hpp"
 
+#include "key_problem.hpp"
+
 #include <algorithm>
 #include <array>
 #include <utility>

@@ -2,6 +2,7 @@
 #include "kernel_interface_reader.hpp"
 
 #include "claims.hpp"
+#include "key_problem.hpp"
 #include "product.hpp"
 
 #include <algorithm>

@@ -9,6 +9,7 @@
 #include "memory_module_reader.hpp"
 #include "message.hpp"
 #include "product.hpp"
+#include "toml_file.hpp"
 #include "toml_table.hpp"
 
 #include <fmt/core.h>

@@ -1,86 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "toml_table.hpp"
 
-#include "machine_file_error.hpp"
-#include "message.hpp"
+#include "key_problem.hpp"
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <system_error>
+#include <cstddef>
+#include <utility>
 
 namespace nimba::sim {
-namespace {
-
-constexpr std::size_t kGreatestSize = std::size_t{1} << 20U;
-
-std::string read_file(const std::string& file)
-{
-    std::error_code ignored;
-    const auto status = std::filesystem::status(file, ignored);
-    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
-        throw MachineFileError{fmt::format("{}: is not a regular file", file)};
-    }
-    std::ifstream stream{file, std::ios::binary};
-    std::string text(kGreatestSize + 1, '\0');
-    if (!stream || !stream.read(text.data(), static_cast<std::streamsize>(text.size())).eof()) {
-        if (stream.good()) {
-            throw MachineFileError{fmt::format("{}: is larger than 1 MiB", file)};
-        }
-        throw MachineFileError{fmt::format("{}: cannot be read: {}", file, std::strerror(errno))};
-    }
-    text.resize(static_cast<std::size_t>(stream.gcount()));
-    return text;
-}
-
-std::string quoted(const std::string& text)
-{
-    return fmt::format("\"{}\"", without_control_characters(text));
-}
-
-// How a message shows the value that was found.
-std::string shown(const toml::node& value)
-{
-    if (const auto* text = value.as_string()) {
-        return quoted(text->get());
-    }
-    if (const auto* number = value.as_floating_point()) {
-        return fmt::format("{}", number->get());
-    }
-    if (const auto* number = value.as_integer()) {
-        return fmt::format("{}", number->get());
-    }
-    if (const auto* flag = value.as_boolean()) {
-        return flag->get() ? "true" : "false";
-    }
-    if (value.is_array()) {
-        return "a list";
-    }
-    return value.is_table() ? "a table" : "another kind of value";
-}
-
-}  // namespace
-
-toml::table parse_toml_file(const std::string& file)
-{
-    const std::string text = read_file(file);
-    try {
-        return toml::parse(text, file);
-    } catch (const toml::parse_error& error) {
-        throw MachineFileError{
-            fmt::format("{}:{}: {}", file, error.source().begin.line, error.description())};
-    }
-}
-
-std::string one_of(std::span<const std::string_view> choices)
-{
-    return fmt::format("one of \"{}\"", fmt::join(choices, "\", \""));
-}
 
 TableReader::TableReader(const toml::table& table, std::string path, std::string file,
                          std::span<const std::string_view> known_keys)
@@ -88,8 +17,8 @@ TableReader::TableReader(const toml::table& table, std::string path, std::string
 {
     for (const auto& [key, value] : table) {
         if (std::ranges::find(known_keys, key.str()) == known_keys.end()) {
-            fail(value, full_key(key.str()),
-                 fmt::format("unknown key, expected {}", one_of(known_keys)));
+            fail_key(file_, value, full_key(key.str()),
+                     fmt::format("unknown key, expected {}", one_of(known_keys)));
         }
     }
 }
@@ -97,20 +26,6 @@ TableReader::TableReader(const toml::table& table, std::string path, std::string
 std::string TableReader::full_key(std::string_view key) const
 {
     return path_.empty() ? std::string{key} : fmt::format("{}.{}", path_, key);
-}
-
-void TableReader::fail(const toml::node& place, const std::string& full_key,
-                       const std::string& problem) const
-{
-    const auto line = place.source().begin.line;  // 0: of a table that was not read from a file
-    throw MachineFileError{fmt::format(
-        "{}{}: key '{}': {}", file_, line == 0 ? "" : fmt::format(":{}", line), full_key, problem)};
-}
-
-void TableReader::fail_expected(const toml::node& value, const std::string& full_key,
-                                const std::string& expected) const
-{
-    fail(value, full_key, fmt::format("expected {}, got {}", expected, shown(value)));
 }
 
 template <typename T>
@@ -124,23 +39,23 @@ void TableReader::reject(std::string_view key, const std::string& expected) cons
 {
     const auto* value = table_->get(key);
     if (value == nullptr) {
-        fail(*table_, full_key(key), fmt::format("expected {}, got nothing", expected));
+        fail_key(file_, *table_, full_key(key), fmt::format("expected {}, got nothing", expected));
     }
-    fail_expected(*value, full_key(key), expected);
+    fail_expected(file_, *value, full_key(key), expected);
 }
 
 void TableReader::reject_item(std::string_view key, std::size_t index,
                               const std::string& expected) const
 {
-    fail_expected(find<toml::array>(key)->at(index), fmt::format("{}[{}]", full_key(key), index),
-                  expected);
+    fail_expected(file_, find<toml::array>(key)->at(index),
+                  fmt::format("{}[{}]", full_key(key), index), expected);
 }
 
 void TableReader::reject_name(std::string_view key, const std::string& name,
                               const std::string& expected) const
 {
-    fail(find<toml::table>(key)->at(name), full_key(key),
-         fmt::format("expected {}, got {}", expected, quoted(name)));
+    fail_key(file_, find<toml::table>(key)->at(name), full_key(key),
+             fmt::format("expected {}, got {}", expected, quoted(name)));
 }
 
 bool TableReader::is_text(std::string_view key) const
@@ -282,7 +197,7 @@ std::optional<TableReader::Texts> TableReader::texts_by_name_or(std::string_view
     for (const auto& [name, item] : *table) {
         const auto* text = item.as_string();
         if (text == nullptr) {
-            fail_expected(item, fmt::format("{}.{}", full_key(key), name.str()), "a text");
+            fail_expected(file_, item, fmt::format("{}.{}", full_key(key), name.str()), "a text");
         }
         texts.emplace(name.str(), text->get());
     }

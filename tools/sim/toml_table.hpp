@@ -16,9 +16,6 @@
 
 namespace nimba::sim {
 
-// Parses the file. The table's nodes know their lines.
-toml::table parse_toml_file(const std::string& file);
-
 class TableReader {
   public:
     // Reads `table` of `file`; `path` is the table's own key, empty for the file's top.
@@ -80,17 +77,10 @@ class TableReader {
     template <typename T>
     auto find(std::string_view key) const;
     std::string full_key(std::string_view key) const;
-    [[noreturn]] void fail(const toml::node& place, const std::string& full_key,
-                           const std::string& problem) const;
-    [[noreturn]] void fail_expected(const toml::node& value, const std::string& full_key,
-                                    const std::string& expected) const;
 
     const toml::table* table_;  // never null
     std::string path_;
     std::string file_;
 };
-
-// "one of "a", "b", "c"", for a message.
-std::string one_of(std::span<const std::string_view> choices);
 
 }  // namespace nimba::sim

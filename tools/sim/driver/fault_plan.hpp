@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "driver/adapter_path.hpp"
 #include "driver/fault.hpp"
+#include "driver/opening_faults.hpp"
 
 #include <atomic>
 #include <chrono>
@@ -14,19 +16,6 @@
 #include <vector>
 
 namespace nimba::sim {
-
-// What befalls one opening of a node.
-struct OpeningFaults {
-    int open_error = 0;  // 0: it opens
-    std::optional<std::string> garbage;
-    std::optional<uint64_t> longest_read;
-    std::optional<uint64_t> fails_behind;  // bytes of a file
-    int read_error = 0;
-    bool listing_fails = false;
-    std::optional<uint64_t> entries;  // of a listing that fails; none: half of them
-    int list_error = 0;
-    std::chrono::milliseconds pause{0};  // of the first read
-};
 
 // The faults that are switched on. Where several fit a node, each has its effect; of one kind the
 // earliest that befalls it. Paths are those of a LiveDriver. Where virtual memory has a directory
@@ -82,16 +71,6 @@ class FaultPlan {
         std::optional<Time> end;
     };
 
-    // A path as one of an adapter, such as "dri/CARD/DRIVER/...", and the directory "dri/CARD"
-    // above.
-    struct AdapterPath {
-        int card = -1;           // negative: of no adapter
-        bool in_driver = false;  // in the driver's directory, or that directory
-        NodeDirectory directory = NodeDirectory::kDebug;
-        std::vector<std::string> components{};  // in the driver's directory
-    };
-
-    AdapterPath parse(const std::string& path) const;
     static bool fits(const std::optional<int>& card, const AdapterPath& path);
     static bool fits(const Active& active, const AdapterPath& path);
     static bool is_due(Active& active);

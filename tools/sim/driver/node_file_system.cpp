@@ -2,6 +2,7 @@
 #include "driver/node_file_system.hpp"
 
 #include "driver/fuse.hpp"
+#include "driver/node_operations.hpp"
 #include "driver/node_server.hpp"
 
 #include <fcntl.h>
@@ -38,7 +39,7 @@ fuse_session* make_session(NodeServer& server)
     std::string name = "nimba-sim";
     std::array<char*, 2> words{name.data(), nullptr};
     fuse_args arguments = FUSE_ARGS_INIT(1, words.data());
-    const fuse_lowlevel_ops operations = NodeServer::operations();
+    const fuse_lowlevel_ops operations = node_operations();
     fuse_session* const session =
         fuse_session_new(&arguments, &operations, sizeof(operations), &server);
     fuse_opt_free_args(&arguments);  // libfuse has put copies there

@@ -8,38 +8,11 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <exception>
 #include <functional>
 #include <utility>
 
 namespace nimba::sim {
 namespace {
-
-// Calls the member for the request's server. libfuse cannot be left with an exception.
-template <auto member>
-struct Call;
-
-template <typename... Arguments, void (NodeServer::*member)(fuse_req_t, Arguments...)>
-struct Call<member> {
-    static void answer(fuse_req_t request, Arguments... arguments)
-    {
-        try {
-            (static_cast<NodeServer*>(fuse_req_userdata(request))->*member)(request, arguments...);
-        } catch (const std::exception&) {
-            fuse_reply_err(request, EIO);
-        }
-    }
-};
-
-// Nothing can be made, moved or removed, be it by root.
-constexpr auto refuse = [](fuse_req_t request, auto...) { fuse_reply_err(request, EPERM); };
-
-void begin_session(void* /*server*/, fuse_conn_info* connection)
-{
-    // Texts are short: pipes for each thread would cost more than they save.
-    connection->want &=
-        ~static_cast<unsigned>(FUSE_CAP_SPLICE_READ | FUSE_CAP_SPLICE_WRITE | FUSE_CAP_SPLICE_MOVE);
-}
 
 // Seconds for which the kernel need not ask for a node's attributes again, though it looks the node
 // up each time, and so learns that it is gone. Without them it would ask three times at an opening.
@@ -51,33 +24,6 @@ std::string child_path(const std::string& directory, const std::string& name)
 }
 
 }  // namespace
-
-fuse_lowlevel_ops NodeServer::operations()
-{
-    fuse_lowlevel_ops operations{};
-    operations.init = begin_session;
-    operations.lookup = Call<&NodeServer::look_up>::answer;
-    operations.forget = Call<&NodeServer::forget>::answer;
-    operations.forget_multi = Call<&NodeServer::forget_many>::answer;
-    operations.getattr = Call<&NodeServer::get_attributes>::answer;
-    operations.setattr = Call<&NodeServer::set_attributes>::answer;
-    operations.open = Call<&NodeServer::open>::answer;
-    operations.read = Call<&NodeServer::read>::answer;
-    operations.write = Call<&NodeServer::write>::answer;
-    operations.release = Call<&NodeServer::release>::answer;
-    operations.opendir = Call<&NodeServer::open_directory>::answer;
-    operations.readdir = Call<&NodeServer::read_directory>::answer;
-    operations.releasedir = Call<&NodeServer::release>::answer;
-    operations.mknod = refuse;
-    operations.mkdir = refuse;
-    operations.create = refuse;
-    operations.symlink = refuse;
-    operations.link = refuse;
-    operations.rename = refuse;
-    operations.unlink = refuse;
-    operations.rmdir = refuse;
-    return operations;
-}
 
 struct stat NodeServer::status_of(const std::string& path, NodeAttributes attributes) const
 {
@@ -164,24 +110,13 @@ void NodeServer::set_attributes(fuse_req_t request, fuse_ino_t number, struct st
     get_attributes(request, number, file);
 }
 
-std::shared_ptr<NodeServer::Opening> NodeServer::opening(const fuse_file_info* file)
-{
-    const std::scoped_lock lock{mutex_};
-    return openings_.at(file->fh);
-}
-
 void NodeServer::answer_opened(fuse_req_t request, fuse_file_info* file,
                                std::shared_ptr<Opening> opening)
 {
-    {
-        const std::scoped_lock lock{mutex_};
-        file->fh = ++last_handle_;
-        openings_.emplace(file->fh, std::move(opening));
-    }
-    const uint64_t handle = file->fh;
+    const uint64_t handle = openings_.add(std::move(opening));
+    file->fh = handle;
     if (fuse_reply_open(request, file) == -ENOENT) {  // the caller was interrupted
-        const std::scoped_lock lock{mutex_};
-        openings_.erase(handle);
+        openings_.remove(handle);
     }
 }
 
@@ -221,7 +156,7 @@ int NodeServer::start_reading(fuse_req_t request, Opening& opening)
 void NodeServer::read(fuse_req_t request, fuse_ino_t /*number*/, std::size_t size, off_t offset,
                       fuse_file_info* file)
 {
-    const auto file_opening = opening(file);
+    const auto file_opening = openings_.opening(file->fh);
     const OpeningFaults& faults = file_opening->faults;
     const auto begin = static_cast<std::size_t>(offset);
     int error = start_reading(request, *file_opening);
@@ -256,7 +191,7 @@ void NodeServer::take_new_text(Opening& opening)
 void NodeServer::write(fuse_req_t request, fuse_ino_t /*number*/, const char* bytes,
                        std::size_t size, off_t /*offset*/, fuse_file_info* file)
 {
-    const auto file_opening = opening(file);
+    const auto file_opening = openings_.opening(file->fh);
     const int error = is_dead(file_opening->path, file_opening->absences)
                           ? ENODEV
                           : source_.write(file_opening->path, {bytes, size});
@@ -272,10 +207,7 @@ void NodeServer::write(fuse_req_t request, fuse_ino_t /*number*/, const char* by
 
 void NodeServer::release(fuse_req_t request, fuse_ino_t /*number*/, fuse_file_info* file)
 {
-    {
-        const std::scoped_lock lock{mutex_};
-        openings_.erase(file->fh);
-    }
+    openings_.remove(file->fh);
     fuse_reply_err(request, 0);
 }
 
@@ -333,7 +265,7 @@ std::string NodeServer::directory_part(fuse_req_t request, const Opening& openin
 void NodeServer::read_directory(fuse_req_t request, fuse_ino_t /*number*/, std::size_t size,
                                 off_t offset, fuse_file_info* file)
 {
-    const auto directory = opening(file);
+    const auto directory = openings_.opening(file->fh);
     const OpeningFaults& faults = directory->faults;
     const bool starts_again = offset == 0 && directory->was_read;
     if (const int error = start_reading(request, *directory); error != 0) {

@@ -5,21 +5,19 @@
 #include "driver/fuse.hpp"
 #include "driver/node_source.hpp"
 #include "driver/node_table.hpp"
+#include "driver/openings.hpp"
 #include "driver/pauses.hpp"
 
 #include <unistd.h>
 
 #include <sys/stat.h>
 
-#include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <ctime>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
-#include <unordered_map>
-#include <vector>
 
 namespace nimba::sim {
 
@@ -28,9 +26,6 @@ namespace nimba::sim {
 class NodeServer {
   public:
     NodeServer(NodeSource& source, FaultPlan& faults) : source_{source}, faults_{faults} {}
-
-    // For a session whose user data is a NodeServer.
-    static fuse_lowlevel_ops operations();
 
     // Answers requests that wait now, and later ones, without waiting.
     void end_pauses() { pauses_.end(); }
@@ -52,24 +47,12 @@ class NodeServer {
     void release(fuse_req_t request, fuse_ino_t number, fuse_file_info* file);
 
   private:
-    // A node that a process has open: what it showed then, or when that process last wrote there.
-    struct Opening {
-        std::string path;
-        uint64_t absences;  // of the driver, before
-        OpeningFaults faults;
-        std::vector<std::string> names;  // of a directory, with "." and ".."
-        std::atomic<bool> was_read = false;
-        std::mutex text_mutex;  // guards what follows
-        std::string text;       // of a file
-    };
-
     struct stat status_of(const std::string& path, NodeAttributes attributes) const;
     std::optional<NodeAttributes> find(const std::string& path);
     bool is_dead(const std::string& path, uint64_t absences);
     void take_names(Opening& opening);
     void take_new_text(Opening& opening);
     void answer_opened(fuse_req_t request, fuse_file_info* file, std::shared_ptr<Opening> opening);
-    std::shared_ptr<Opening> opening(const fuse_file_info* file);
     int start_reading(fuse_req_t request, Opening& opening);
     std::string directory_part(fuse_req_t request, const Opening& opening, std::size_t begin,
                                std::size_t end, std::size_t size);
@@ -81,9 +64,7 @@ class NodeServer {
     const std::time_t made_ = std::time(nullptr);
     const uid_t user_ = geteuid();
     const gid_t group_ = getegid();
-    std::mutex mutex_;  // guards what follows
-    uint64_t last_handle_ = 0;
-    std::unordered_map<uint64_t, std::shared_ptr<Opening>> openings_;
+    Openings openings_;
 };
 
 }  // namespace nimba::sim

@@ -76,6 +76,17 @@ SortOrder natural_order(SortKey key)
     return {key, key == SortKey::kMemory || key == SortKey::kAllocations};
 }
 
+std::vector<SortKey> sort_keys(bool all_adapters)
+{
+    std::vector<SortKey> keys{SortKey::kPid};
+    if (all_adapters) {
+        keys.push_back(SortKey::kGpu);
+    }
+    keys.insert(keys.end(),
+                {SortKey::kDevice, SortKey::kAllocations, SortKey::kMemory, SortKey::kProcess});
+    return keys;
+}
+
 std::vector<ProcessRow> process_rows(std::span<const AdapterState> adapters)
 {
     std::vector<ProcessRow> rows;

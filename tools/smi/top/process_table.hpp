@@ -42,6 +42,9 @@ struct SortOrder {
 // largest, everything else from the smallest.
 SortOrder natural_order(SortKey key);
 
+// The columns that a table of one adapter, or of all, can be sorted by, from the left.
+std::vector<SortKey> sort_keys(bool all_adapters);
+
 // The rows of adapters, in their order.
 std::vector<ProcessRow> process_rows(std::span<const AdapterState> adapters);
 

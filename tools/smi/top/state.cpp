@@ -1,30 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/top/state.hpp"
 
-#include "tools/smi/snapshot/derived.hpp"
+#include "tools/smi/top/gauges.hpp"
 
 #include <algorithm>
-#include <array>
 #include <limits>
-#include <span>
 #include <utility>
 
 namespace nimba::smi::top {
 namespace {
 
-using std::chrono::milliseconds;
-
-constexpr std::size_t kSamples = 4096;  // as many as a very wide terminal shows
 constexpr std::ptrdiff_t kFar = std::numeric_limits<std::ptrdiff_t>::max() / 2;
-
-constexpr std::array kIntervals{milliseconds{100},    milliseconds{200},    milliseconds{500},
-                                milliseconds{1'000},  milliseconds{2'000},  milliseconds{5'000},
-                                milliseconds{10'000}, milliseconds{30'000}, milliseconds{60'000}};
-
-double seconds_between(Clock::time_point from, Clock::time_point to)
-{
-    return std::chrono::duration<double>(to - from).count();
-}
 
 bool types_text(Key key)
 {
@@ -45,47 +31,18 @@ void drop_last(std::string& text)
 }  // namespace
 
 State::State(const Settings& settings, Clock::time_point now)
-    : settings_{settings}, opened_{now}, last_{now}, times_{kSamples}, none_{1}
+    : settings_{settings}, samples_{now}, none_{1}
 {
 }
 
 void State::take(MachineSnapshot snapshot, Clock::time_point now)
 {
-    events_.take(snapshot);
     // What was not seen while the view was paused leaves a gap.
     if (std::exchange(resumed_, false)) {
-        times_.add(std::nullopt);
-        for (auto& [slot, histories] : histories_) {
-            std::ranges::for_each(histories, [](History& history) { history.add(std::nullopt); });
-        }
+        samples_.leave_gap();
     }
-    times_.add(seconds_between(opened_, now));
-    for (const AdapterState& state : snapshot.adapters) {
-        auto& histories = histories_[state.adapter.slot];
-        histories.resize(kGaugeCount, History{kSamples});
-        for (std::size_t gauge = 0; gauge < kGaugeCount; ++gauge) {
-            histories[gauge].add(gauges()[gauge].value(state));
-        }
-    }
-    keep_processes(snapshot);
-    snapshot_ = std::move(snapshot);
-    last_ = now;
+    samples_.take(std::move(snapshot), now);
     arrange_table();
-}
-
-// An adapter that answers but whose processes could not be read has those that it had before.
-void State::keep_processes(MachineSnapshot& snapshot)
-{
-    for (AdapterState& state : snapshot.adapters) {
-        const int slot = state.adapter.slot;
-        if (state.processes_known) {
-            processes_[slot] = {state.processes, snapshot.time};
-        } else if (is_silent(state)) {
-            processes_.erase(slot);
-        } else if (const auto known = processes_.find(slot); known != processes_.end()) {
-            state.processes = known->second.table;
-        }
-    }
 }
 
 void State::press(Key key)
@@ -132,7 +89,7 @@ void State::act(Action action)
             show_next_adapter(1);
             break;
         case Action::kPreviousAdapter:
-            show_next_adapter(snapshot_ ? snapshot_->adapters.size() - 1 : 0);
+            show_next_adapter(snapshot() ? snapshot()->adapters.size() - 1 : 0);
             break;
         case Action::kAdapter0:
         case Action::kAdapter1:
@@ -192,16 +149,16 @@ void State::act(Action action)
             paused_ = !paused_;
             break;
         case Action::kSlower:
-            change_interval(1);
+            lengthen_interval(settings_);
             break;
         case Action::kFaster:
-            change_interval(-1);
+            shorten_interval(settings_);
             break;
         case Action::kPlots:
             choice_ = (choice_ + 1) % kChoices;
             break;
         case Action::kMarks:
-            show_next_marks();
+            take_next_marks(settings_);
             break;
         case Action::kRedraw:
             redraw_ = true;
@@ -216,18 +173,14 @@ bool State::take_redraw()
 
 const AdapterState* State::adapter() const
 {
-    return snapshot_ && adapter_ < snapshot_->adapters.size() ? &snapshot_->adapters[adapter_]
-                                                              : nullptr;
+    return snapshot() && adapter_ < snapshot()->adapters.size() ? &snapshot()->adapters[adapter_]
+                                                                : nullptr;
 }
 
 std::optional<std::chrono::system_clock::time_point> State::processes_time() const
 {
     const AdapterState* const shown = adapter();
-    if (shown == nullptr || shown->processes_known) {
-        return std::nullopt;
-    }
-    const auto known = processes_.find(shown->adapter.slot);
-    return known == processes_.end() ? std::nullopt : std::optional(known->second.time);
+    return shown == nullptr ? std::nullopt : samples_.processes_time(*shown);
 }
 
 std::vector<std::size_t> State::wanted_gauges() const
@@ -245,7 +198,7 @@ std::vector<std::size_t> State::wanted_gauges() const
 const History& State::history(std::size_t gauge) const
 {
     const AdapterState* const shown = adapter();
-    return shown == nullptr ? none_ : histories_.at(shown->adapter.slot)[gauge];
+    return shown == nullptr ? none_ : samples_.history(*shown, gauge);
 }
 
 std::size_t State::fit_table(std::size_t height)
@@ -271,7 +224,7 @@ void State::show_page(Page page)
 
 void State::show_adapter(std::size_t index)
 {
-    if (snapshot_ && index < snapshot_->adapters.size()) {
+    if (snapshot() && index < snapshot()->adapters.size()) {
         adapter_ = index;
         arrange_table();
     }
@@ -279,8 +232,8 @@ void State::show_adapter(std::size_t index)
 
 void State::show_next_adapter(std::size_t step)
 {
-    if (snapshot_ && !snapshot_->adapters.empty()) {
-        show_adapter((adapter_ + step) % snapshot_->adapters.size());
+    if (snapshot() && !snapshot()->adapters.empty()) {
+        show_adapter((adapter_ + step) % snapshot()->adapters.size());
     }
 }
 
@@ -303,46 +256,14 @@ void State::sort_beside(std::ptrdiff_t step)
     table_.sort(natural_order(keys[static_cast<std::size_t>(next)]));
 }
 
-void State::change_interval(std::ptrdiff_t step)
-{
-    milliseconds& interval = settings_.interval;
-    if (step > 0) {
-        const auto longer = std::ranges::upper_bound(kIntervals, interval);
-        interval = longer == kIntervals.end() ? interval : *longer;
-    } else {
-        const auto same = std::ranges::lower_bound(kIntervals, interval);
-        interval = same == kIntervals.begin() ? interval : *std::prev(same);
-    }
-}
-
-void State::show_next_marks()
-{
-    if (!settings_.ascii) {
-        settings_.marks = settings_.marks == Marks::kBraille  ? Marks::kBlocks
-                          : settings_.marks == Marks::kBlocks ? Marks::kAscii
-                                                              : Marks::kBraille;
-    }
-}
-
 void State::arrange_table()
 {
     const AdapterState* const shown = adapter();
-    if (all_processes_ && snapshot_) {
-        table_.show(process_rows(snapshot_->adapters));
+    if (all_processes_ && snapshot()) {
+        table_.show(process_rows(snapshot()->adapters));
     } else if (shown != nullptr) {
         table_.show(process_rows({shown, 1}));
     }
-}
-
-std::vector<SortKey> sort_keys(bool all_adapters)
-{
-    std::vector<SortKey> keys{SortKey::kPid};
-    if (all_adapters) {
-        keys.push_back(SortKey::kGpu);
-    }
-    keys.insert(keys.end(),
-                {SortKey::kDevice, SortKey::kAllocations, SortKey::kMemory, SortKey::kProcess});
-    return keys;
 }
 
 }  // namespace nimba::smi::top

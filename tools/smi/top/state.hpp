@@ -1,32 +1,21 @@
 // SPDX-License-Identifier: MIT
-// All that the live view knows and that keys change.
+// What the live view shows, and what keys change of it.
 #pragma once
 
 #include "tools/smi/snapshot/adapter_state.hpp"
-#include "tools/smi/top/events.hpp"
-#include "tools/smi/top/gauges.hpp"
 #include "tools/smi/top/history.hpp"
 #include "tools/smi/top/keys.hpp"
-#include "tools/smi/top/plot.hpp"
 #include "tools/smi/top/process_table.hpp"
+#include "tools/smi/top/samples.hpp"
+#include "tools/smi/top/settings.hpp"
 
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <map>
 #include <optional>
-#include <string>
 #include <vector>
 
 namespace nimba::smi::top {
-
-using Clock = std::chrono::steady_clock;
-
-struct Settings {
-    std::chrono::milliseconds interval{1000};
-    Marks marks = Marks::kBraille;
-    bool ascii = false;  // the terminal shows nothing else
-};
 
 enum class Page : uint8_t { kFigures, kHelp, kEvents };
 
@@ -50,10 +39,13 @@ class State final {
     [[nodiscard]] Page page() const { return page_; }
 
     // None before the first sample.
-    [[nodiscard]] const std::optional<MachineSnapshot>& snapshot() const { return snapshot_; }
+    [[nodiscard]] const std::optional<MachineSnapshot>& snapshot() const
+    {
+        return samples_.newest();
+    }
 
     // How long ago the newest sample came, or the view was opened.
-    [[nodiscard]] Clock::duration age(Clock::time_point now) const { return now - last_; }
+    [[nodiscard]] Clock::duration age(Clock::time_point now) const { return samples_.age(now); }
 
     // The adapter that is shown; null without any.
     [[nodiscard]] const AdapterState* adapter() const;
@@ -68,10 +60,10 @@ class State final {
     [[nodiscard]] const History& history(std::size_t gauge) const;
 
     // The seconds at which the samples came.
-    [[nodiscard]] const History& times() const { return times_; }
+    [[nodiscard]] const History& times() const { return samples_.times(); }
 
     [[nodiscard]] const ProcessTable& table() const { return table_; }
-    [[nodiscard]] const EventLog& events() const { return events_; }
+    [[nodiscard]] const EventLog& events() const { return samples_.events(); }
 
     // The user types what the processes shall have in their name.
     [[nodiscard]] bool is_typing() const { return typing_; }
@@ -85,13 +77,6 @@ class State final {
     // Which gauges are shown: those of all sets, of one set, or none.
     static constexpr std::size_t kChoices = 5;
 
-    // The processes of an adapter at a time.
-    struct KnownProcesses {
-        UsageTable table;
-        std::chrono::system_clock::time_point time;
-    };
-
-    void keep_processes(MachineSnapshot& snapshot);
     void type(Key key);
     void act(Action action);
     void show_page(Page page);
@@ -99,20 +84,12 @@ class State final {
     void show_next_adapter(std::size_t step);
     void move(std::ptrdiff_t rows);
     void sort_beside(std::ptrdiff_t step);
-    void change_interval(std::ptrdiff_t step);
-    void show_next_marks();
     void arrange_table();
 
     Settings settings_;
-    Clock::time_point opened_;
-    Clock::time_point last_;
-    std::optional<MachineSnapshot> snapshot_;
-    std::map<int, std::vector<History>> histories_;  // by slot, one for each gauge
-    std::map<int, KnownProcesses> processes_;        // by slot
-    History times_;
-    History none_;
+    Samples samples_;
+    History none_;  // of no adapter
     ProcessTable table_;
-    EventLog events_;
     std::size_t adapter_ = 0;  // its place in the snapshot
     std::size_t choice_ = 0;
     std::size_t page_rows_ = 1;  // of the table or the page that is shown
@@ -125,8 +102,5 @@ class State final {
     bool over_ = false;
     bool redraw_ = false;
 };
-
-// The columns that a table of one adapter, or of all, can be sorted by, from the left.
-std::vector<SortKey> sort_keys(bool all_adapters);
 
 }  // namespace nimba::smi::top

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/top/view_gauge.hpp"
 
+#include "tools/smi/top/gauges.hpp"
 #include "tools/smi/top/plot.hpp"
 #include "tools/smi/top/unicode.hpp"
 
