@@ -50,13 +50,13 @@ bool would_lose_records(const char* path)
     return list_lacks_records && std::strcmp(path, UTIL_CONFIG_PATH) == 0;
 }
 
-void skip_byte_order_mark(int file)
+// False when the file cannot be read from its beginning after all.
+bool skip_byte_order_mark(int file)
 {
     char mark[3] = {};
-    if (read_until_full(file, mark, sizeof mark) != sizeof mark ||
-        std::memcmp(mark, "\xEF\xBB\xBF", sizeof mark) != 0) {
-        ::lseek(file, 0, SEEK_SET);
-    }
+    return (read_until_full(file, mark, sizeof mark) == sizeof mark &&
+            std::memcmp(mark, "\xEF\xBB\xBF", sizeof mark) == 0) ||
+           ::lseek(file, 0, SEEK_SET) == 0;
 }
 
 // The record that is being read, and the number of section headers so far.
@@ -170,13 +170,13 @@ int32_t parseINI(const char* path)
     lib_print_func("parseINI %s\n", path);
     // Through the descriptor: the stream would take a signal for the end.
     const int descriptor = ::fileno(file.get());
-    nimba::skip_byte_order_mark(descriptor);
+    const bool begun = nimba::skip_byte_order_mark(descriptor);
     nimba::PreferenceParser parser;
-    const bool whole = nimba::PreferenceLines{}.read(descriptor, [&](std::string_view lines) {
+    const bool ended = nimba::PreferenceLines{}.read(descriptor, [&](std::string_view lines) {
         parser.add_lines(lines);
         return true;
     });
-    nimba::note_reading(path, whole);
+    nimba::note_reading(path, begun && ended);
     return parser.finish();
 }
 

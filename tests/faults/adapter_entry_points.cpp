@@ -149,21 +149,26 @@ Answer described_ext2(Attempt& attempt)
         });
 }
 
+// Zero, and all bits set in the words that are not told.
+constexpr const char* kNoSummary = "0  0 0 4294967295 4294967295 0";
+
 constexpr std::array kEntryPoints{
     EntryPoint{"gpuinfo_nimba_init", -1, nullptr, drm_loaded, false},
     EntryPoint{"gpuinfo_nimba_get_device_handles", -1, nullptr, handles, false},
     EntryPoint{"gfx_find_adapter", -1, nullptr, found, false},
     EntryPoint{"gfx_global_init", 0, nullptr, started, false},
     EntryPoint{"gfx_global_exit", 0, start, stopped, false},
-    EntryPoint{"gpuinfo_set_enable_usage", 0, nullptr, usage_switched, false},
+    without_driver(EntryPoint{"gpuinfo_set_enable_usage", 0, nullptr, usage_switched, false}, "0 "),
     EntryPoint{"get_adapter_summary", 0, describe_another, described<get_adapter_summary>, false,
                true},
     EntryPoint{"gpu_info_get_adapter_summary", 0, describe_another,
                described<gpu_info_get_adapter_summary>, false, true},
-    EntryPoint{"get_adapter_summary_ext2", 0, describe_another,
-               described_ext2<get_adapter_summary_ext2>, false, true},
-    EntryPoint{"gpu_info_get_adapter_summary_ext2", 0, describe_another,
-               described_ext2<gpu_info_get_adapter_summary_ext2>, false, true},
+    without_driver(EntryPoint{"get_adapter_summary_ext2", 0, describe_another,
+                              described_ext2<get_adapter_summary_ext2>, false, true},
+                   kNoSummary),
+    without_driver(EntryPoint{"gpu_info_get_adapter_summary_ext2", 0, describe_another,
+                              described_ext2<gpu_info_get_adapter_summary_ext2>, false, true},
+                   kNoSummary),
 };
 
 }  // namespace

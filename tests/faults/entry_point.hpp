@@ -6,6 +6,7 @@
 #include "fault.hpp"
 #include "nimba_mgmt_interface.h"
 
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <new>
@@ -74,7 +75,17 @@ struct EntryPoint {
     bool first_call_only;  // what it does is done once in the life of a process
     bool starts_commands = false;
     bool changes_answers = false;  // of others
+    // What is told of answers without the driver whose status or bytes are of their own: a status
+    // and what is told of the bytes. See driver_goes_away.
+    std::array<const char*, 2> without_driver{};
 };
+
+// The entry point, of whose answers without the driver these are told.
+constexpr EntryPoint without_driver(EntryPoint entry, const char* told, const char* other = nullptr)
+{
+    entry.without_driver = {told, other};
+    return entry;
+}
 
 // The discovery record of this process.
 inline find_adapter adapters{};
@@ -84,6 +95,7 @@ std::span<const EntryPoint> memory_entry_points();
 std::span<const EntryPoint> page_table_entry_points();
 std::span<const EntryPoint> power_entry_points();
 std::span<const EntryPoint> preference_entry_points();
+std::span<const EntryPoint> text_entry_points();
 
 template <typename Record>
 std::string bytes_of(const Record& record)

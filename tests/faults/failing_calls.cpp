@@ -8,6 +8,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -29,6 +31,8 @@ struct Originals {
     ssize_t (*read)(int, void*, std::size_t) = nullptr;
     ssize_t (*write)(int, const void*, std::size_t) = nullptr;
     int (*close)(int) = nullptr;
+    off_t (*lseek)(int, off_t, int) = nullptr;
+    int (*fstat)(int, struct stat*) = nullptr;
     DIR* (*opendir)(const char*) = nullptr;
     DIR* (*fdopendir)(int) = nullptr;
     dirent* (*readdir)(DIR*) = nullptr;
@@ -100,6 +104,16 @@ int failing_close(int fd)
     return fails_with(Kind::kClose, EIO) ? -1 : result;
 }
 
+off_t failing_lseek(int fd, off_t offset, int origin)
+{
+    return fails_with(Kind::kSeek, EOVERFLOW) ? -1 : originals.lseek(fd, offset, origin);
+}
+
+int failing_fstat(int fd, struct stat* status)
+{
+    return fails_with(Kind::kState, EIO) ? -1 : originals.fstat(fd, status);
+}
+
 // Streams whose reads, writes and closing can fail, by descriptor: the C library's own go past this
 // test. Such a stream is known by its place here.
 std::array<std::FILE*, 4096> streams{};
@@ -121,7 +135,7 @@ ssize_t write_stream(void* cookie, const char* buffer, std::size_t size)
 
 int seek_stream(void* cookie, off64_t* offset, int origin)
 {
-    *offset = ::lseek64(descriptor_of(cookie), *offset, origin);
+    *offset = failing_lseek(descriptor_of(cookie), *offset, origin);
     return *offset < 0 ? -1 : 0;
 }
 
@@ -299,6 +313,8 @@ void take_over_calls()
         replacement("read", failing_read, o.read),
         replacement("write", failing_write, o.write),
         replacement("close", failing_close, o.close),
+        replacement("lseek", failing_lseek, o.lseek),
+        replacement("fstat", failing_fstat, o.fstat),
         replacement("opendir", failing_opendir, o.opendir),
         replacement("fdopendir", failing_fdopendir, o.fdopendir),
         replacement("readdir", failing_readdir, o.readdir),

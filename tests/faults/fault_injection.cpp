@@ -2,7 +2,8 @@
 // fault_injection COMMANDS OUTCOMES TABLE: calls every entry point of the library while each call
 // of the C library that it makes fails once in turn, on the simulated machine it is run on.
 // COMMANDS is a directory of commands that are found first. Writes what came of it to the file
-// OUTCOMES, and how many failures were tried and survived to the file TABLE, in Markdown.
+// OUTCOMES, and how many failures were tried and survived to the file TABLE, in Markdown. Status 1:
+// one was not survived.
 #include "support/temp_directory.hpp"
 #include "trial.hpp"
 
@@ -142,8 +143,9 @@ void try_entry_point(const EntryPoint& entry, std::ostream& out)
     out << "told\n" << told.str() << std::flush;
 }
 
-// Tries the entry point in a process of its own, whose whole life the sanitizers watch.
-void try_in_child(const EntryPoint& entry, std::ostream& outcomes, Table& table)
+// Tries the entry point in a process of its own, whose whole life the sanitizers watch. Returns
+// whether it survived each failure.
+bool try_in_child(const EntryPoint& entry, std::ostream& outcomes, Table& table)
 {
     const TempDirectory directory;
     const std::string file = (directory.path() / "report").string();
@@ -179,6 +181,9 @@ void try_in_child(const EntryPoint& entry, std::ostream& outcomes, Table& table)
     if (status != 0) {
         outcomes << entry.name << " ENDED WITH " << status << ", last " << last_trial << '\n';
     }
+    return status == 0 && std::ranges::all_of(figures, [](const Figures& figure) {
+               return figure.survived == figure.tried;
+           });
 }
 
 void print_table(std::ostream& out, const Table& table)
@@ -222,16 +227,17 @@ int run(const std::string& commands, const char* outcomes_file, const char* tabl
 
     std::ofstream outcomes{outcomes_file};
     Table table;
+    bool survived = true;
     for (const auto room :
          {adapter_entry_points(), memory_entry_points(), page_table_entry_points(),
-          power_entry_points(), preference_entry_points()}) {
+          power_entry_points(), preference_entry_points(), text_entry_points()}) {
         for (const EntryPoint& entry : room) {
-            try_in_child(entry, outcomes, table);
+            survived = try_in_child(entry, outcomes, table) && survived;
         }
     }
     std::ofstream table_text{table_file};
     print_table(table_text, table);
-    return outcomes && table_text ? EXIT_SUCCESS : EXIT_FAILURE;
+    return survived && outcomes && table_text ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 }  // namespace

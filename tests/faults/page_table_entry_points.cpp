@@ -169,8 +169,11 @@ constexpr std::array kEntryPoints{
     EntryPoint{"get_alloction_data_try", -1, nullptr, allocations_read<get_alloction_data_try>,
                false},
     EntryPoint{"get_alloction_data", -1, nullptr, allocations_read<get_alloction_data>, false},
-    EntryPoint{"get_current_PageTable_data", -1, nullptr, all_read, false, true},
-    EntryPoint{"get_pagetable_data", -1, nullptr, collected, false, true},
+    without_driver(EntryPoint{"get_current_PageTable_data", -1, nullptr, all_read, false, true},
+                   "-1 ; allocations 1 2 3", "-1 ; allocations"),
+    without_driver(EntryPoint{"get_pagetable_data", -1, nullptr, collected, false, true},
+                   "0 99 records; state -1, ; allocations 1 2 3",
+                   "0 99 records; state -1, ; allocations"),
     EntryPoint{"get_pagetable_data, with a buffer", -1, collect, tables_copied, false, true},
     EntryPoint{"get_allocation_data", -1, collect, allocations_copied, false, true},
 };

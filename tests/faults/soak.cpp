@@ -53,7 +53,7 @@ class Soak final {
     {
         for (const auto room :
              {adapter_entry_points(), memory_entry_points(), page_table_entry_points(),
-              power_entry_points(), preference_entry_points()}) {
+              power_entry_points(), preference_entry_points(), text_entry_points()}) {
             entries_.insert(entries_.end(), room.begin(), room.end());
         }
         // One change of the adapter in a round rather than many.

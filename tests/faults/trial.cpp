@@ -91,6 +91,7 @@ Trial try_once(const EntryPoint& entry, Kind kind, std::size_t number, const Ans
     const std::set<int> before = descriptors_now();
     trial.answer = call(entry, attempt);
     trial.calls = attempt.calls();
+    trial.interruptible = interruptible_calls();
     if (descriptors_now() != before) {
         trial.harm += " OPEN DESCRIPTOR";
     }
@@ -114,6 +115,7 @@ Trial try_in_process(const EntryPoint& entry, Kind kind, std::size_t number)
     if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
         return {.harm = " NO PIPE"};
     }
+    std::fflush(stdout);
     const pid_t child = ::fork();
     if (child == 0) {
         ::close(ends[0]);
@@ -125,6 +127,7 @@ Trial try_in_process(const EntryPoint& entry, Kind kind, std::size_t number)
             write_text(file, *text);
         }
         write_text(file, std::to_string(trial.calls));
+        write_text(file, std::to_string(trial.interruptible));
         std::fclose(file);
         std::exit(EXIT_SUCCESS);
     }
@@ -136,6 +139,7 @@ Trial try_in_process(const EntryPoint& entry, Kind kind, std::size_t number)
         *text = read_text(file);
     }
     trial.calls = std::strtoul(read_text(file).c_str(), nullptr, 10);
+    trial.interruptible = std::strtoul(read_text(file).c_str(), nullptr, 10);
     std::fclose(file);
     int status = 0;
     ::waitpid(child, &status, 0);

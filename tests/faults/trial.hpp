@@ -11,8 +11,9 @@ namespace nimba::test {
 
 struct Trial {
     Answer answer{};
-    std::size_t calls = 0;  // of the kind that fails
-    std::string harm{};     // what the failure left behind; empty: none
+    std::size_t calls = 0;          // of the kind that fails
+    std::size_t interruptible = 0;  // see interruptible_calls
+    std::string harm{};             // what the failure left behind; empty: none
 };
 
 // Makes the call `number` of that kind fail, and none with 0. Then the entry point is called again:

@@ -16,7 +16,7 @@
 namespace nimba::fuzz {
 namespace {
 
-constexpr std::size_t kMostBytes = 70'000;  // more than the reader's buffer
+constexpr std::size_t kMostBytes = 66'000;  // more than the reader's buffer
 constexpr std::size_t kLongestLine = 1023;
 constexpr std::size_t kMostModules = 8;
 
@@ -26,15 +26,16 @@ struct Modules {
     std::size_t count = 0;
 };
 
-bool has(const std::string& line, const char* word)
+bool has(std::string_view line, const char* word)
 {
-    return line.find(word) != std::string::npos;
+    return line.find(word) != std::string_view::npos;
 }
 
-void scan_behind(const std::string& line, const char* word, const char* format, void* number)
+void scan_behind(std::string_view line, const char* word, const char* format, void* number)
 {
+    const std::string behind{line.substr(line.find(word) + std::strlen(word))};
     // NOLINTNEXTLINE(cert-err34-c): scanf's rules are what the text is defined by
-    std::sscanf(line.c_str() + line.find(word) + std::strlen(word), format, number);
+    std::sscanf(behind.c_str(), format, number);
 }
 
 Modules modules_of(std::string_view text, const char* word, const char* before)
@@ -44,9 +45,9 @@ Modules modules_of(std::string_view text, const char* word, const char* before)
     while (!text.empty() && modules.count < kMostModules) {
         const std::size_t newline = text.find('\n');
         const std::size_t length = newline == std::string_view::npos ? text.size() : newline + 1;
-        const std::string whole{text.substr(0, std::min(length, kLongestLine))};
+        const std::string_view whole = text.substr(0, std::min(length, kLongestLine));
         text.remove_prefix(whole.size());
-        const std::string line = up_to_nul(whole);
+        const std::string_view line = whole.substr(0, whole.find('\0'));
         if (has(line, "bits") && has(line, "Total") && has(line, "Width:")) {
             scan_behind(line, "Width:", " %d", &modules.widths[modules.count]);
             is_armed = true;

@@ -1,16 +1,21 @@
 // SPDX-License-Identifier: MIT
 // The text of a page-table dump, against building by numbers instead of links: every link must lead
-// to an element of its record, and every count add up.
+// to an element of its record, every lookup find what a search finds, and every count and every
+// record of the export add up, be it of what was read here or of what the library collects itself.
 #include "fuzz/support/check.hpp"
 #include "fuzz/support/input.hpp"
+#include "fuzz/support/machine_paths.hpp"
 #include "fuzz/support/node_file.hpp"
 #include "fuzz/support/outcome.hpp"
 #include "fuzz/support/plain_page_tables.hpp"
 #include "fuzz/support/target.hpp"
 #include "nimba_mgmt_interface.h"
 #include "pagetable/device_arrays.hpp"
+#include "support/temp_directory.hpp"
 
+#include <algorithm>
 #include <cstring>
+#include <filesystem>
 #include <string>
 
 namespace nimba::fuzz {
@@ -103,58 +108,203 @@ std::size_t check_tree(const data_vectors& device, const PlainTree& expected)
     return count;
 }
 
-// Finds each entry of the first table of that address again, by the page's number.
-void check_lookup(const data_vectors& device)
+// The first entry with that index below the first table with that address; null for none.
+const PlainSubTable* found_plainly(const PlainTree& tree, std::size_t level,
+                                   const std::string& address, int32_t index)
 {
-    for (const vidmm_vm_pt& table : device.pt_level2) {
-        const std::string address{table.Addr};
-        if (table.PT_sub_entries == nullptr || !address.ends_with("000")) {
-            continue;
-        }
-        const std::string page = "0x" + address.substr(0, address.size() - 3);
-        const int32_t index = table.PT_sub_entries->Index;
-        const vidmm_vm_pte_elt3k found = Find_SubTable_2_node(index, &device, page);
-        check(found.found == 0 || found.Index == index, "a lookup finds the index or nothing");
+    const auto& tables = tree.page_tables[level];
+    const auto& entries = tree.sub_tables[level];
+    const auto table = std::ranges::find(tables, address, &PlainPageTable::address);
+    std::size_t place = table == tables.end() ? kNowhere : table->sub_table;
+    while (place != kNowhere && entries[place].index != index) {
+        place = entries[place].next;
+    }
+    return place == kNowhere ? nullptr : &entries[place];
+}
+
+// Looks an index up in a table by the number of its page.
+void check_lookup(const data_vectors& device, const PlainTree& expected, std::size_t level,
+                  const std::string& page, int32_t index)
+{
+    const PlainSubTable* const due = found_plainly(expected, level, page + "000", index);
+    const std::string number = "0x" + page;
+    if (level < 2) {
+        const std::string address = level == 0 ? Find_SubTable_0_addr(index, &device, number)
+                                               : Find_SubTable_1_addr(index, &device, number);
+        check(address == (due == nullptr ? "" : due->address),
+              "a lookup gives the address of the entry, or none");
         return;
+    }
+    const vidmm_vm_pte_elt3k found = Find_SubTable_2_node(index, &device, number);
+    check(due != nullptr ||
+              (found.found == 0 && found.Index == 0 && found.ST_Level == 0 && found.Snoop == 0 &&
+               found.Segment == 0 && found.LargePage == 0 && found.Addr[0] == '\0' &&
+               found.parent_level == 0 && found.parent_index == 0 && found.next == nullptr &&
+               found.pre == nullptr && found.parent == nullptr),
+          "a lookup without an entry gives none");
+    check(due == nullptr ||
+              (found.found == 1 && found.Index == index && found.Addr == due->address &&
+               found.Snoop == due->snoop && found.Segment == due->segment &&
+               found.LargePage == due->large_page && found.parent_index == due->parent_index),
+          "a lookup gives the entry");
+}
+
+// Finds entries of the first tables of each level, and one that need not be there.
+void check_lookups(const data_vectors& device, const PlainTree& expected)
+{
+    constexpr std::size_t kTables = 8;
+    constexpr std::size_t kEntries = 4;
+    for (std::size_t level = 0; level < kPlainLevels; ++level) {
+        const auto& entries = expected.sub_tables[level];
+        std::size_t tables = 0;
+        for (const PlainPageTable& table : expected.page_tables[level]) {
+            if (!table.address.ends_with("000") || ++tables > kTables) {
+                continue;
+            }
+            const std::string page = table.address.substr(0, table.address.size() - 3);
+            int32_t index = 0;
+            std::size_t place = table.sub_table;
+            for (std::size_t each = 0; place != kNowhere && each < kEntries; ++each) {
+                index = entries[place].index;
+                check_lookup(device, expected, level, page, index);
+                place = entries[place].next;
+            }
+            check_lookup(device, expected, level, page, index / 2 + 1);
+        }
+        check_lookup(device, expected, level, "none", 0);
     }
 }
 
-Outcome check_flat_record(const _PAGETABLE_DATA& record, const std::string& address)
+// What a flat record must be, but for its process and its address.
+_PAGETABLE_DATA flat(const PlainPageTable& entry, std::size_t level)
 {
-    int32_t expected = 0;
-    const Outcome outcome = to_int(address, 16, expected);
-    check(outcome != Outcome::kDone || record.addr == expected,
-          "a flat record has the number of its address");
-    return outcome;
+    _PAGETABLE_DATA data{};
+    data.level = static_cast<int32_t>(level);
+    data.index = entry.index;
+    data.kind = PAGETABLE_KIND_PAGE_TABLE;
+    return data;
 }
 
+_PAGETABLE_DATA flat(const PlainSubTable& entry, std::size_t level)
+{
+    _PAGETABLE_DATA data{};
+    data.Snoop = entry.snoop;
+    data.Segment = entry.segment;
+    data.LargePage = static_cast<uint16_t>(entry.large_page);
+    data.level = static_cast<int32_t>(level);
+    data.index = entry.index;
+    data.parent_level = entry.parent_level;
+    data.parent_index = entry.parent_index;
+    data.kind = PAGETABLE_KIND_SUB_TABLE;
+    return data;
+}
+
+// Compares records from the first one on until an address is no number.
+class FlatRecords final {
+  public:
+    explicit FlatRecords(const std::vector<_PAGETABLE_DATA>& records) : records_{records} {}
+
+    template <typename Entry>
+    void check_level(const std::vector<Entry>& entries, std::size_t level)
+    {
+        for (std::size_t each = 0; each < entries.size() && due_ == Outcome::kDone; ++each) {
+            _PAGETABLE_DATA data = flat(entries[each], level);
+            int32_t address = 0;
+            due_ = to_int(entries[each].address, 16, address);
+            data.pid = 7;
+            data.addr = address;
+            check(due_ != Outcome::kDone ||
+                      std::memcmp(&records_.at(next_++), &data, sizeof data) == 0,
+                  "a flat record has what its entry has, and zeros");
+        }
+    }
+
+    // How the export ends.
+    [[nodiscard]] Outcome due() const { return due_; }
+    [[nodiscard]] std::size_t compared() const { return next_; }
+
+  private:
+    const std::vector<_PAGETABLE_DATA>& records_;
+    std::size_t next_ = 0;
+    Outcome due_ = Outcome::kDone;
+};
+
 // The export of copies, whose links lead nowhere.
+void check_records(const PlainTree& expected, std::size_t count)
+{
+    // One more than there are: a buffer must not be null.
+    _PAGETABLE_DATA pattern;
+    std::memset(&pattern, 0xA5, sizeof pattern);
+    std::vector<_PAGETABLE_DATA> records(count + 1, pattern);
+    const Outcome outcome = outcome_of([&] { get_pagetable_data(records.data(), nullptr); });
+    FlatRecords flat_records{records};
+    for (std::size_t level = 0; level < kPlainLevels; ++level) {
+        flat_records.check_level(expected.page_tables[level], level);
+    }
+    for (std::size_t level = 0; level < kPlainLevels; ++level) {
+        flat_records.check_level(expected.sub_tables[level], level);
+    }
+    check(outcome == flat_records.due(), "an export ends as its addresses do");
+    check(std::memcmp(&records.back(), &pattern, sizeof pattern) == 0,
+          "an export has no more than every entry");
+    check(outcome != Outcome::kDone || flat_records.compared() == count,
+          "an export has every entry");
+}
+
 void check_export(const data_vectors& device, const PlainTree& expected, std::size_t count)
 {
     Pagetable_List.assign(1, device);
     std::strcpy(Pagetable_List[0].pid, "7");
     Get_Local_Data_Status = 0;
-    std::vector<_PAGETABLE_DATA> records(count);
-    const Outcome outcome = outcome_of([&] { get_pagetable_data(records.data(), nullptr); });
+    check_records(expected, count);
     Pagetable_List.clear();
-    Outcome due = Outcome::kDone;
-    std::size_t next = 0;
-    const auto check_level = [&](const auto& entries) {
-        for (const auto& entry : entries) {
-            due = due == Outcome::kDone ? check_flat_record(records[next++], entry.address) : due;
-        }
-    };
-    for (const auto& level : expected.page_tables) {
-        check_level(level);
-    }
-    for (const auto& level : expected.sub_tables) {
-        check_level(level);
-    }
-    check(outcome == due, "an export ends as its addresses do");
-    check(due != Outcome::kDone || next == count, "an export has every entry");
 }
 
-void check_dump(data_vectors& device, const std::string& text)
+// A driver with one device, of the process 7.
+class OneDevice final {
+  public:
+    OneDevice()
+    {
+        const std::filesystem::path device = directory_.path() / "devices" / "1";
+        std::filesystem::create_directories(device);
+        std::filesystem::create_directories(directory_.path() / "allocations");
+        std::filesystem::create_symlink(info_.path(), device / "info");
+        std::filesystem::create_symlink(dump_.path(), device / "vm_info");
+        info_.set("pid = 7\n");
+        name_.set("viewer\n");
+        redirect("/sys/kernel/debug/dri/0/qv", directory_.path().string());
+        redirect_commands(name_.path());
+    }
+
+    void show(std::string_view dump) { dump_.set(dump); }
+
+  private:
+    test::TempDirectory directory_;
+    NodeFile info_;
+    NodeFile dump_;
+    NodeFile name_;
+};
+
+// The collection from the driver, which tells how many records there are to export.
+void check_collection(const std::string& text, const PlainTree& expected, Outcome due,
+                      std::size_t entries)
+{
+    constexpr uint32_t kUntouched = 0xA5A5A5A5;
+    static OneDevice driver;
+    driver.show(text);
+    uint32_t count = kUntouched;
+    const Outcome outcome = outcome_of([&] { get_pagetable_data(nullptr, &count); });
+    check(outcome == due, "a collection ends as its dump does");
+    check(Get_Local_Data_Status == (due == Outcome::kDone ? 0 : -1),
+          "a collection is kept when it is whole");
+    check(count == (due == Outcome::kDone ? entries : kUntouched),
+          "a collection counts every entry");
+    if (due == Outcome::kDone) {
+        check_records(expected, entries);
+    }
+}
+
+void check_dump(data_vectors& device, const std::string& text, bool is_collected)
 {
     static NodeFile file;
     file.set(text);
@@ -168,8 +318,11 @@ void check_dump(data_vectors& device, const std::string& text)
     generate_DigitalIndex(device);
     name_owners(expected);
     const std::size_t count = check_tree(device, expected);
-    check_lookup(device);
+    check_lookups(device, expected);
     check_export(device, expected, count);
+    if (is_collected) {
+        check_collection(text, expected, due, count);
+    }
 }
 
 }  // namespace
@@ -179,14 +332,16 @@ void try_input(std::string_view input)
     static data_vectors usual;
     const uint8_t control = take_byte(input);
     const std::string text = repeated(input, control, kMostBytes);
+    // A collection makes room for as much as a driver usually shows, which takes its time.
+    const bool is_collected = (control & 0x78U) == 0x18;
     if ((control & 4U) != 0) {
         data_vectors growing{};
-        check_dump(growing, text);
+        check_dump(growing, text, is_collected);
         return;
     }
     create_vector(usual);
     clean_vector(&usual);
-    check_dump(usual, text);
+    check_dump(usual, text, is_collected);
 }
 
 }  // namespace nimba::fuzz
