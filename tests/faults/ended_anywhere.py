@@ -141,7 +141,7 @@ class Stepper:
         mark = f"{os.getpid()}.{self.runs}"
         terminal = Terminal()
         status = terminal.run([self.signal_at_call, str(int(which)), str(number), self.report, *words],
-                              {**os.environ, MARK: mark})
+                              {**os.environ, "TERM": "xterm", MARK: mark})
         wait_until_none("processes", lambda: processes_with(mark))
         return terminal, status
 
