@@ -1,7 +1,8 @@
 # SPDX-License-Identifier: MIT
-# NIMBA_PRECOMPILE makes a whole build faster. It hides includes that a file forgot: a build for the
-# lint, or a developer's, does without.
-option(NIMBA_PRECOMPILE "Compile common headers of tests, with clang also of tools, once per target" OFF)
+# What makes a whole build faster, for those who build all of it.
+#
+# NIMBA_PRECOMPILE hides includes that a file forgot: a developer's build does without.
+option(NIMBA_PRECOMPILE "Compile common headers once per target, and sources of one directory as one" OFF)
 
 # nimba_precompile(TARGET HEADER...): the common headers and these, once for the target, if it has
 # enough sources to be worth it.
@@ -14,5 +15,27 @@ function(nimba_precompile target)
     foreach(header algorithm array chrono cstdint cstring filesystem functional iterator map memory
             optional string string_view utility vector fmt/core.h ${ARGN})
         target_precompile_headers(${target} PRIVATE "$<$<COMPILE_LANGUAGE:CXX>:<${header}$<ANGLE-R>>")
+    endforeach()
+endfunction()
+
+# nimba_unite(TARGET [APART SOURCE...]): compiles the sources of each directory as few. A name that two
+# of them have for different things, each for itself, keeps one of them APART.
+function(nimba_unite target)
+    if(NOT NIMBA_PRECOMPILE)
+        return()
+    endif()
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" APART)
+    get_target_property(sources ${target} SOURCES)
+    list(REMOVE_ITEM sources ${arg_APART})
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
+    foreach(source ${sources})
+        get_filename_component(directory ${source} DIRECTORY)
+        # Small enough that all processors have something to do.
+        math(EXPR part "0${taken_${directory}}")
+        math(EXPR number "${part} / 8")
+        math(EXPR taken_${directory} "${part} + 1")
+        string(REPLACE / _ name "${directory}")
+        set_source_files_properties(${source} TARGET_DIRECTORY ${target}
+                                    PROPERTIES UNITY_GROUP "${name}_${number}")
     endforeach()
 endfunction()
