@@ -34,12 +34,13 @@ class Walk {
     std::size_t add(const CLI::App& app, const std::string& path, std::vector<Option> inherited)
     {
         const std::size_t place = commands_.size();
-        commands_.push_back({path,
-                             first_line(app.get_description()),
-                             {},
-                             {},
-                             {},
-                             !path.empty() && path == hints_.runs_another});
+        commands_.push_back(
+            {path,
+             first_line(app.get_description()),
+             {},
+             {},
+             {},
+             std::ranges::find(hints_.runs_another, path) != hints_.runs_another.end()});
         std::vector<Option> options = options_of(app);
         std::ranges::remove_copy_if(
             inherited, std::back_inserter(options), [&](const Option& above) {

@@ -64,8 +64,8 @@ struct ValueOf {
 // What a tool knows about its command line beyond what its parser does.
 struct Hints {
     std::vector<ValueOf> values;
-    std::string_view runs_another;  // the path of the command that does; empty: none does
-    std::string_view own_group{};   // options of this group stand behind no command below theirs
+    std::vector<std::string_view> runs_another{};  // the paths of the commands that do
+    std::string_view own_group{};  // options of this group stand behind no command below theirs
 };
 
 // Everything that the parser of a tool takes.

@@ -52,6 +52,8 @@ struct DrmDevice {
     int render = 128;
     std::set<DrmNode> nodes;
     std::set<DrmNode> unopenable;  // nodes that exist but that nobody can open
+    // Among the devices that libdrm lists; nothing: its card number.
+    std::optional<int> place{};
     bool answers_version = true;
     std::string driver;  // the name in the driver's version
     // The display connectors in the primary node's directory in sysfs, "HDMI-A-1" and the like;

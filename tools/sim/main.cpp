@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "commands_command.hpp"
 #include "completion_hints.hpp"
+#include "driver/live_driver.hpp"
 #include "exit_status.hpp"
 #include "fault_command.hpp"
 #include "machine_file.hpp"
 #include "machine_file_error.hpp"
 #include "machine_list.hpp"
 #include "message.hpp"
+#include "replay/replay_command.hpp"
 #include "run.hpp"
 #include "test_bed_error.hpp"
 #include "tools/completion/completion_command.hpp"
@@ -22,14 +24,16 @@
 #include <cstring>
 #include <exception>
 #include <map>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace nimba::sim {
 namespace {
 
 constexpr const char* kFooter = R"(Exit status:
-  run: that of the command, or
+  run and replay: that of the command, or
     128+N  signal N ended the command
     127    the command was not found
     126    the command could not be executed
@@ -37,7 +41,7 @@ constexpr const char* kFooter = R"(Exit status:
     0      done
     1      the output could not be written
     2      bad usage
-    3      no such machine, or a bad machine file
+    3      no such machine, or a bad machine file or capture
     4      the simulated machine could not be made, or is not there
 )";
 
@@ -119,13 +123,13 @@ Drivers choose_drivers(const std::string& option)
     return found->second;
 }
 
-// Takes the command of `run` off the words, with the "--" before it. It is not for the parser,
-// which would find lists and options in it.
+// Takes the command of `run` or `replay` off the words, with the "--" before it. It is not for the
+// parser, which would find lists and options in it.
 std::vector<std::string> cut_command(std::vector<std::string>& words)
 {
     const auto subcommand =
         std::ranges::find_if(words, [](const auto& word) { return !word.starts_with('-'); });
-    if (subcommand == words.end() || *subcommand != "run") {
+    if (subcommand == words.end() || (*subcommand != "run" && *subcommand != "replay")) {
         return {};
     }
     const auto mark = std::find(subcommand, words.end(), "--");
@@ -158,9 +162,12 @@ int main_with_arguments(int argument_count, char** arguments)
                     "or plain; without it what NIMBA_SIM_DRIVERS says, or auto")
         ->option_text("WHICH");
 
-    app.failure_message([run](const CLI::App*, const CLI::Error& error) {
+    const ReplayCommand replay{app};
+
+    app.failure_message([run, &replay](const CLI::App*, const CLI::Error& error) {
         const bool is_command =
-            run->parsed() && error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError);
+            (run->parsed() || replay.parsed()) &&
+            error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError);
         return fmt::format("nimba-sim: {}{}; see nimba-sim --help\n", error.what(),
                            is_command ? " (a command stands behind \"--\")" : "");
     });
@@ -181,10 +188,12 @@ int main_with_arguments(int argument_count, char** arguments)
     std::ranges::reverse(words);  // the order in which the parser takes them
     try {
         app.parse(words);
-        if (run->parsed() && options.command.empty()) {
+        const bool runs = run->parsed() || replay.parsed();
+        if (runs && options.command.empty()) {
             throw CLI::RequiredError{"COMMAND behind \"--\""};
         }
-        drivers = run->parsed() ? choose_drivers(options.drivers) : drivers;
+        drivers =
+            runs ? choose_drivers(replay.parsed() ? replay.drivers() : options.drivers) : drivers;
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? flush_output() : kBadUsage;
     }
@@ -207,8 +216,14 @@ int main_with_arguments(int argument_count, char** arguments)
                           read_machine(file).description));
         return flush_output();
     }
+    if (replay.parsed()) {
+        return replay.run(options.command, installation, drivers);
+    }
     const Machine machine = read_machine(find_machine(options.machine, installation.machines));
-    return run_on_machine(machine, options.command, installation, drivers);
+    const auto make_driver = [&](MachineDriver::Clock clock) {
+        return std::make_shared<LiveDriver>(machine, std::move(clock));
+    };
+    return run_on_machine({machine, make_driver, {}}, options.command, installation, drivers);
 }
 
 int fail(int status, const std::exception& error)

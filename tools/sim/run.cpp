@@ -59,7 +59,7 @@ void set_up_environment(Environment& environment, const TestBed& test_bed,
 }
 
 struct Run {
-    const Machine& machine;
+    const Scene& scene;
     const std::vector<std::string>& command;
     const Installation& installation;
     Drivers drivers;
@@ -72,11 +72,15 @@ int run_command_on_machine(const Run& run, const std::filesystem::path& director
     Environment environment{environ};
     require_preload();
     end_on_glib_warnings();
-    Simulation simulation = simulate(run.machine, directory, run.drivers);
+    Simulation simulation =
+        simulate(run.scene.machine, run.scene.make_driver, directory, run.drivers);
     set_up_environment(environment, *simulation.test_bed, run.installation);
-    install_kernel_interfaces(run.machine.kernel_interfaces,
+    install_kernel_interfaces(run.scene.machine.kernel_interfaces,
                               run.installation.stand_ins / "kernel_interface.so", directory / "lib",
                               environment);
+    if (run.scene.furnish) {
+        run.scene.furnish(directory, environment);
+    }
     drop_glib_warnings();
     const int status = run_command(run.command, environment, run.inheritance, run.starter);
     // Its threads end with this process, at once, and its files with the directory.
@@ -110,7 +114,7 @@ Installation find_installation()
             (programs / NIMBA_SIM_STAND_INS).lexically_normal()};
 }
 
-int run_on_machine(const Machine& machine, const std::vector<std::string>& command,
+int run_on_machine(const Scene& scene, const std::vector<std::string>& command,
                    const Installation& installation, Drivers drivers)
 {
     const Inheritance inheritance = prepare_for_run();
@@ -125,7 +129,7 @@ int run_on_machine(const Machine& machine, const std::vector<std::string>& comma
     }
     if (child == 0) {
         signal_end_of_parent();
-        serve({machine, command, installation, drivers, inheritance, self}, directory);
+        serve({scene, command, installation, drivers, inheritance, self}, directory);
     }
     const int status = wait_for_child(child);
     if (WIFSIGNALED(status)) {

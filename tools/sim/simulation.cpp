@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "simulation.hpp"
 
-#include "driver/live_driver.hpp"
 #include "message.hpp"
 #include "served_nodes.hpp"
 #include "test_bed_error.hpp"
 
 #include <fmt/core.h>
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,12 +16,17 @@
 namespace nimba::sim {
 namespace {
 
+std::chrono::nanoseconds monotonic_time()
+{
+    return std::chrono::steady_clock::now().time_since_epoch();
+}
+
 std::optional<Simulation> simulate_live(const Machine& machine,
                                         const std::filesystem::path& directory,
-                                        const std::shared_ptr<LiveDriver>& nodes,
+                                        const std::shared_ptr<MachineDriver>& nodes,
                                         std::string& problem)
 {
-    auto test_bed = std::make_unique<TestBed>(machine, directory, nodes, NodeFiles::kServed);
+    auto test_bed = std::make_unique<TestBed>(machine, directory, nodes, nullptr);
     try {
         auto driver =
             std::make_unique<ServedDriver>(nodes, machine, test_bed->root() / kServedNodes);
@@ -34,9 +39,10 @@ std::optional<Simulation> simulate_live(const Machine& machine,
 
 }  // namespace
 
-Simulation simulate(const Machine& machine, const std::filesystem::path& directory, Drivers drivers)
+Simulation simulate(const Machine& machine, const MakeDriver& make_driver,
+                    const std::filesystem::path& directory, Drivers drivers)
 {
-    const auto nodes = std::make_shared<LiveDriver>(machine);
+    const auto nodes = make_driver(monotonic_time);
     if (drivers != Drivers::kPlain && !nodes->list("").empty()) {
         std::string problem;
         if (auto live = simulate_live(machine, directory, nodes, problem)) {
@@ -49,7 +55,8 @@ Simulation simulate(const Machine& machine, const std::filesystem::path& directo
             "no live drivers ({}): their nodes are plain files, which never change{}", problem,
             machine.faults.empty() ? "" : "; the machine's faults do nothing"));
     }
-    return {std::make_unique<TestBed>(machine, directory, nodes, NodeFiles::kPlain), nullptr};
+    const auto first_moment = make_driver([] { return std::chrono::nanoseconds{0}; });
+    return {std::make_unique<TestBed>(machine, directory, nodes, first_moment.get()), nullptr};
 }
 
 }  // namespace nimba::sim

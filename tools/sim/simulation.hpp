@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "driver/machine_driver.hpp"
 #include "driver/served_driver.hpp"
 #include "machine.hpp"
 #include "test_bed.hpp"
@@ -20,9 +21,10 @@ struct Simulation {
     std::unique_ptr<ServedDriver> driver;  // none: the nodes are plain files
 };
 
-// Makes the machine inside `directory`. Where the drivers cannot be live, says so in one line on
-// standard error, unless they need not be. Throws TestBedError.
-Simulation simulate(const Machine& machine, const std::filesystem::path& directory,
-                    Drivers drivers);
+// Makes the machine inside `directory`, with the drivers that `make_driver` makes. Where the
+// drivers cannot be live, says so in one line on standard error, unless they need not be. Throws
+// TestBedError.
+Simulation simulate(const Machine& machine, const MakeDriver& make_driver,
+                    const std::filesystem::path& directory, Drivers drivers);
 
 }  // namespace nimba::sim

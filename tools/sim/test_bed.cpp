@@ -19,7 +19,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <cstring>
 #include <functional>
 #include <string_view>
@@ -60,7 +59,7 @@ std::vector<DrmParent> drm_parents(const Machine& machine)
     return parents;
 }
 
-// Where the test bed shows nodes of a driver: their path as in LiveDriver, and that in the test
+// Where the test bed shows nodes of a driver: their path as in MachineDriver, and that in the test
 // bed.
 struct ShownNodes {
     std::string nodes;
@@ -157,17 +156,17 @@ void TestBedRemoval::operator()(UMockdevTestbed* test_bed) const
 }
 
 TestBed::TestBed(const Machine& machine, const fs::path& directory,
-                 const std::shared_ptr<LiveDriver>& driver, NodeFiles node_files)
+                 const std::shared_ptr<MachineDriver>& driver, NodeSource* plain)
     : test_bed_{make_test_bed(directory)}, root_{root_of(test_bed_.get())}
 {
     // It is there without any device, too, so that the real machine's devices do not show.
     fs::create_directories(root_ / "dev/dri");
     add_firmware(root_, machine.memory_modules);
     add_drm_devices(machine, driver);
-    if (node_files == NodeFiles::kServed) {
+    if (plain == nullptr) {
         add_node_links(machine, *driver);
     } else {
-        add_node_files(machine);
+        add_node_files(machine, *plain);
     }
     for (const Process& process : machine.processes) {
         add_process(process);
@@ -175,11 +174,13 @@ TestBed::TestBed(const Machine& machine, const fs::path& directory,
 }
 
 // libdrm lists devices in the order in which /dev/dri lists their nodes; the nodes are made in an
-// order that makes this the order of the card numbers.
-void TestBed::add_drm_devices(const Machine& machine, const std::shared_ptr<LiveDriver>& driver)
+// order that makes this the order of the devices' places.
+void TestBed::add_drm_devices(const Machine& machine, const std::shared_ptr<MachineDriver>& driver)
 {
     auto parents = drm_parents(machine);
-    std::ranges::sort(parents, {}, [](const DrmParent& parent) { return parent.drm.card; });
+    std::ranges::sort(parents, {}, [](const DrmParent& parent) {
+        return parent.drm.place.value_or(parent.drm.card);
+    });
     if (lists_newest_first(root_)) {
         std::ranges::reverse(parents);
     }
@@ -222,7 +223,7 @@ void TestBed::add_description(const std::string& description)
 
 // The links are relative: behind the preload library, an absolute one would lead out of the test
 // bed.
-void TestBed::add_node_links(const Machine& machine, LiveDriver& driver)
+void TestBed::add_node_links(const Machine& machine, NodeSource& driver)
 {
     const fs::path served = root_ / kServedNodes;
     fs::create_directory(served);
@@ -235,13 +236,12 @@ void TestBed::add_node_links(const Machine& machine, LiveDriver& driver)
     }
 }
 
-void TestBed::add_node_files(const Machine& machine)
+void TestBed::add_node_files(const Machine& machine, NodeSource& plain)
 {
-    LiveDriver driver{machine, [] { return std::chrono::nanoseconds{0}; }};
     const SnapshotOrder order =
         lists_newest_first(root_) ? SnapshotOrder::kReverseListing : SnapshotOrder::kListing;
     for (const auto& [nodes, place] : shown_nodes(machine)) {
-        write_nodes(take_snapshot(driver, nodes, order), root_ / place);
+        write_nodes(take_snapshot(plain, nodes, order), root_ / place);
     }
 }
 

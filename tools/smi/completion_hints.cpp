@@ -69,7 +69,7 @@ completion::Hints completion_hints()
                        {"FIELD", field_names()},
                        {"FIELD=VALUE", assignments()},
                        {"--depth", {.words = {"0", "1", "2", "3"}}}},
-            .runs_another = "",
+            .runs_another = {},
             .own_group = kOverviewGroup};
 }
 

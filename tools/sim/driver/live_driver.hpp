@@ -4,12 +4,11 @@
 #include "driver/adapter_model.hpp"
 #include "driver/allocations.hpp"
 #include "driver/fixed_nodes.hpp"
-#include "driver/node_source.hpp"
+#include "driver/machine_driver.hpp"
 #include "driver/virtual_memory.hpp"
 #include "machine.hpp"
 
 #include <chrono>
-#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -19,13 +18,9 @@
 
 namespace nimba::sim {
 
-// What the drivers of a machine's adapters show now: in the directory "dri" the nodes of debugfs,
-// in "info", "hwmon" and "proc" those of each adapter, where node_path() says.
-class LiveDriver final : public NodeSource {
+// What the drivers of a machine's adapters show now.
+class LiveDriver final : public MachineDriver {
   public:
-    // Tells the time since some moment; never goes back.
-    using Clock = std::function<std::chrono::nanoseconds()>;
-
     // Time begins here. Every call of a member first makes happen what is due.
     explicit LiveDriver(Machine machine, Clock clock = monotonic_time);
 
@@ -34,8 +29,7 @@ class LiveDriver final : public NodeSource {
     std::optional<std::string> read(const std::string& file) override;
     int write(const std::string& file, std::string_view text) override;
 
-    // Those of the adapter with that card number, which the machine must have.
-    Counters counters(int card);
+    Counters counters(int card) override;
 
     static std::chrono::nanoseconds monotonic_time();
 
