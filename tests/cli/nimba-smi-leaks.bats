@@ -136,6 +136,19 @@ terminal_shows() {
     within_bounds all_gone
 }
 
+@test "a signal ends a single look like any other command" {
+    make_pid_directory
+    NIMBA_STUB_FAULT=adapters/get_memleak_info/hang env --default-signal=HUP,INT,TERM \
+        nimba-smi --library "$STUB" --timeout 600 leaks --count 1 3>&- &
+    tool=$!
+    within_bounds pids_left 1
+    kill -s TERM "$tool"
+    status=0
+    wait "$tool" || status=$?
+    [ "$status" = 143 ]
+    within_bounds all_gone
+}
+
 @test "a signal that was ignored at the start stays ignored" {
     run --separate-stderr bash -c "trap '' INT; (sleep 0.2; kill -INT \$\$) &
         exec nimba-smi --library '$STUB' leaks --interval 0.3 --count 3"

@@ -44,7 +44,9 @@ LeaksResult watch_for_leaks(const Options& options, const SnapshotListener& list
         return result;
     }
     result.adapters = std::vector<AdapterHistory>(slots.begin(), slots.end());
-    const StopSignals stop{SignalEffect::kEndOfRun};
+    // One look is over by itself: a signal meanwhile is for who looks, which may be a capture.
+    const StopSignals stop{options.leaks.count == 1 ? SignalEffect::kEndOfProcess
+                                                    : SignalEffect::kEndOfRun};
     ProblemLog log;
     AdapterPanel panel{options, std::move(slots)};
     keep_rhythm({options.leaks.interval, options.leaks.count}, stop, [&](uint64_t number) {

@@ -136,7 +136,7 @@ WorkerProcess::WorkerProcess(const WorkerOptions& options)
 WorkerProcess::~WorkerProcess()
 {
     channel_.reset();
-    if (process_ && !wait(kLeave)) {
+    if (process_ && !was_killed_ && !wait(kLeave)) {
         kill();
     }
 }
@@ -180,8 +180,8 @@ std::string WorkerProcess::last_complaint() const
 void WorkerProcess::kill()
 {
     ::kill(-pid_, SIGKILL);
+    was_killed_ = true;
     static_cast<void>(wait(kLeave));
-    process_.reset();
 }
 
 std::string describe_end(int code, int status)

@@ -50,9 +50,12 @@ class WorkerProcess final {
     // "killed by SIGSEGV"), or nothing while it runs. What the process started ends with it.
     std::optional<std::string> wait(std::chrono::milliseconds patience);
 
-    // Ends the process and what it started, by force. A process that the kernel does not let go is
-    // left behind.
+    // Ends the process and what it started, by force.
     void kill();
+
+    // Whether it was killed and the kernel does not let it go. One that is still so at the end of
+    // this object is left behind.
+    [[nodiscard]] bool is_stuck() const { return was_killed_ && process_; }
 
   private:
     tools::Descriptor channel_;
@@ -60,6 +63,7 @@ class WorkerProcess final {
     tools::Descriptor complaints_;
     tools::Descriptor process_;  // refers to the child; empty once it was waited for
     pid_t pid_ = -1;
+    bool was_killed_ = false;
     LineBuffer lines_;
 };
 
