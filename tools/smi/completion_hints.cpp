@@ -3,6 +3,7 @@
 
 #include "tools/smi/dvfs/field.hpp"
 #include "tools/smi/dvfs/level.hpp"
+#include "tools/smi/export/collectors.hpp"
 
 #include <string>
 
@@ -29,6 +30,15 @@ Value field_names()
     Value names;
     for (const DvfsField& field : dvfs_fields()) {
         names.words.emplace_back(field.name);
+    }
+    return names;
+}
+
+Value collectors()
+{
+    Value names;
+    for (const std::string_view name : exporting::kCollectorNames) {
+        names.words.emplace_back(name);
     }
     return names;
 }
@@ -66,6 +76,7 @@ completion::Hints completion_hints()
                        {"SLOT|BUS_ID", slot},
                        {"KEY[:asc|:desc]", sort_orders()},
                        {"UNIT", {.words = {"auto", "B", "KiB", "MiB", "GiB", "kB", "MB", "GB"}}},
+                       {"COLLECTOR[,COLLECTOR...]", collectors()},
                        {"FIELD", field_names()},
                        {"FIELD=VALUE", assignments()},
                        {"--depth", {.words = {"0", "1", "2", "3"}}}},

@@ -9,6 +9,8 @@
 #include "tools/smi/doctor/command_options.hpp"
 #include "tools/smi/dvfs/command.hpp"
 #include "tools/smi/dvfs/command_options.hpp"
+#include "tools/smi/export/command.hpp"
+#include "tools/smi/export/command_options.hpp"
 #include "tools/smi/flag/command.hpp"
 #include "tools/smi/flag/command_options.hpp"
 #include "tools/smi/info/command.hpp"
@@ -68,6 +70,8 @@ constexpr Command kCommands[] = {
      monitor_options_fault, kLook},
     {"usage", "Show frame rate, engine use and bandwidth", usage_command, add_usage_options,
      monitor_options_fault, kLook},
+    {"export", "Give the figures to Prometheus: over HTTP, in a file, or once", export_command,
+     add_export_options, export_options_fault, kLook},
     {"mem", "Show use and size of the memory segments", mem_command, add_monitor_options,
      monitor_options_fault, kMemory},
     {"ps", "Show the video memory of each device context and its process", ps_command,

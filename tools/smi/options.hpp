@@ -3,6 +3,7 @@
 
 #include "tools/smi/alloc/options.hpp"
 #include "tools/smi/dvfs/options.hpp"
+#include "tools/smi/export/options.hpp"
 #include "tools/smi/flag/options.hpp"
 #include "tools/smi/leaks/options.hpp"
 #include "tools/smi/memory/adapter_choice.hpp"
@@ -39,6 +40,7 @@ struct Options {
     FlagOptions flag{};
     PreferOptions prefer{};
     TopOptions top_view{};
+    ExportOptions exporting{};
 };
 
 }  // namespace nimba::smi
