@@ -3,6 +3,8 @@
 // and settings.
 #include "tools/smi/alloc/command.hpp"
 #include "tools/smi/alloc/command_options.hpp"
+#include "tools/smi/capture/command.hpp"
+#include "tools/smi/capture/command_options.hpp"
 #include "tools/smi/clocks/command.hpp"
 #include "tools/smi/command_line.hpp"
 #include "tools/smi/doctor/command.hpp"
@@ -27,6 +29,8 @@
 #include "tools/smi/prefer/command.hpp"
 #include "tools/smi/prefer/command_options.hpp"
 #include "tools/smi/ps/command.hpp"
+#include "tools/smi/report/command.hpp"
+#include "tools/smi/report/command_options.hpp"
 #include "tools/smi/sensors/command.hpp"
 #include "tools/smi/text/output.hpp"
 #include "tools/smi/text/size.hpp"
@@ -90,6 +94,10 @@ constexpr Command kCommands[] = {
      add_prefer_options, prefer_options_fault, kControl},
     {"doctor", "Say why things do not work, and how to mend them", doctor_command,
      add_doctor_options, nullptr, kHelpGroup},
+    {"capture", "Put all that the library reads of the machine into a file", capture_command,
+     add_capture_options, nullptr, kHelpGroup},
+    {"report", "Write one page about the machine, or a captured one, for a bug ticket",
+     report_command, add_report_options, report_options_fault, kHelpGroup},
     {"version", "Show the versions of the tool, the library and its interface", version_command,
      nullptr, nullptr, kHelpGroup},
 };

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tools/smi/alloc/options.hpp"
+#include "tools/smi/capture/options.hpp"
 #include "tools/smi/dvfs/options.hpp"
 #include "tools/smi/export/options.hpp"
 #include "tools/smi/flag/options.hpp"
@@ -10,6 +11,7 @@
 #include "tools/smi/monitor/options.hpp"
 #include "tools/smi/pagetable/options.hpp"
 #include "tools/smi/prefer/options.hpp"
+#include "tools/smi/report/options.hpp"
 #include "tools/smi/text/size.hpp"
 #include "tools/smi/top/options.hpp"
 
@@ -41,6 +43,8 @@ struct Options {
     PreferOptions prefer{};
     TopOptions top_view{};
     ExportOptions exporting{};
+    CaptureOptions capture{};
+    ReportOptions report{};
 };
 
 }  // namespace nimba::smi

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/worker/requests.hpp"
 
+#include "tools/smi/capture/requests.hpp"
 #include "tools/smi/worker/doctor_requests.hpp"
 #include "tools/smi/worker/driver_files.hpp"
 #include "tools/smi/worker/drm_nodes.hpp"
@@ -147,6 +148,10 @@ constexpr Request kRequests[] = {
     {kPreferGetRequest, answer_prefer_get},
     {kPreferSetRequest, answer_prefer_set},
     {kPreferRemoveRequest, answer_prefer_remove},
+    {kCaptureDrmRequest, plain<answer_capture_drm>, Needs::kNothing},
+    {kCaptureDmidecodeRequest, plain<answer_capture_dmidecode>, Needs::kNothing},
+    {kCaptureAdapterRequest, plain<answer_capture_adapter>},
+    {kCaptureCountersRequest, plain<answer_capture_counters>},
 };
 
 // What is wrong with the library, if the request needs it.

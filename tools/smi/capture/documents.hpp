@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+// What the commands say of the machine, for who has the archive but not the library.
+#pragma once
+
+#include "tools/archive/writer.hpp"
+#include "tools/smi/capture/redaction.hpp"
+#include "tools/smi/options.hpp"
+#include "tools/smi/report/content.hpp"
+#include "tools/smi/snapshot/collector.hpp"
+
+#include <cstddef>
+#include <functional>
+#include <string>
+
+namespace nimba::smi {
+
+// `document` with stand-ins for the names of processes, and for names in its other values. Paths of
+// the user and of `library` go; so does what the doctor says of the user.
+Document redacted_document(Document document, Redactor& redactor, const std::string& library);
+
+class CaptureDocuments final {
+  public:
+    // `redactor`: null: names stay. `library`: the library's file, wherever it is.
+    CaptureDocuments(const Options& options, archive::Writer& writer, Redactor* redactor,
+                     std::string library);
+
+    // Asks the commands, which tell of the machine as it is now.
+    void ask(const std::function<void(const std::string& what)>& progress);
+
+    // Writes an overview of the machine as it is now. Returns false when it was interrupted.
+    // `stop`: see Patience.
+    bool write_overview(std::size_t sample, int stop);
+
+    // Writes what the commands answered. With stand-ins it is late enough when the nodes that have
+    // the names were written.
+    void write();
+
+  private:
+    void add(const std::string& name, Document document);
+
+    const Options& options_;
+    archive::Writer& writer_;
+    Redactor* redactor_;
+    std::string library_;
+    Collector collector_;
+    page::Documents answers_;
+};
+
+}  // namespace nimba::smi

@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "tools/smi/options.hpp"
+#include "tools/smi/report.hpp"
+
+namespace nimba::smi {
+
+Report report_command(const Options& options);
+
+}  // namespace nimba::smi
