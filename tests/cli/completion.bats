@@ -173,6 +173,10 @@ completes_everywhere_files() {
     completes bash "nimba-sim run -- cat mi" "[default]"
     completes fish "nimba-sim run -m two-qv -- nimba-smi dvfs sa" save
     completes zsh "nimba-sim run -m two-qv -- nimba-smi dvfs sa" save
+    touch machine.tar.zst
+    completes bash "nimba-sim replay --speed 2 machine.tar.zst -- nimba-s" "[default] nimba-sim nimba-smi"
+    completes fish "nimba-sim replay machine.tar.zst -- nimba-smi dvfs sa" save
+    completes zsh "nimba-sim replay machine.tar.zst -- nimba-smi dvfs sa" save
 }
 
 @test "nothing is offered where anything can stand" {

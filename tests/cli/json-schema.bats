@@ -29,6 +29,7 @@ top --interval 0.01 --count 2:overview overview
 clocks:clocks
 sensors:sensors
 usage --interval 0.01:usage
+export --once --deadline 60:export
 mem:mem
 ps:ps
 alloc:alloc
@@ -61,6 +62,8 @@ dvfs restore state.json --dry-run:dvfs-dry-run
 dvfs restore state.json:dvfs-set
 flag set 0x4:flag-set
 flag clear 0x4:flag-set
+capture machine.tar.zst:capture
+report report.html:report
 prefer set /bin/true --gpu 0:prefer
 prefer list:prefer
 prefer remove /bin/true:prefer'
@@ -104,7 +107,7 @@ follow_the_schema() {
     same "$(jq -r '."$defs" | keys[] | select(startswith("nimba-smi."))' "$SCHEMA")" \
         "$(sort -u met)"
     same "$(nimba-smi --help | sed -n 's/^  \([a-z]\+\)  \+[A-Z].*/\1/p' | sort)" \
-        "$(sed -n 's/^\([a-z]\+\)[ :].*/\1/p' <<<"$READING"$'\ncompletion ' | sort -u)"
+        "$(sed -n 's/^\([a-z]\+\)[ :].*/\1/p' <<<"$READING$CHANGING"$'\ncompletion ' | sort -u)"
     for command in dvfs flag prefer; do
         same "$(nimba-smi "$command" --help | sed -n 's/^  \([a-z]\+\)  \+[A-Z].*/\1/p' | sort)" \
             "$(sed -n "s/^$command \([a-z]\+\).*/\1/p" <<<"$READING$CHANGING" | sort -u)"

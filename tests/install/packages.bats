@@ -94,6 +94,7 @@ contents() {
     # Machines are known by one of them.
     [ "$(contents nimba-tools | grep -v '/machines/' | sed 's|^[.]/usr/||')" = "bin/nimba-sim
 bin/nimba-smi
+lib/systemd/system/nimba-exporter.service
 libexec/nimba-sim/bin/ps
 libexec/nimba-sim/kernel_interface.so
 share/bash-completion/completions/nimba-sim
@@ -102,10 +103,12 @@ share/fish/vendor_completions.d/nimba-sim.fish
 share/fish/vendor_completions.d/nimba-smi.fish
 share/man/man1/nimba-sim.1.gz
 share/man/man1/nimba-smi-alloc.1.gz
+share/man/man1/nimba-smi-capture.1.gz
 share/man/man1/nimba-smi-clocks.1.gz
 share/man/man1/nimba-smi-completion.1.gz
 share/man/man1/nimba-smi-doctor.1.gz
 share/man/man1/nimba-smi-dvfs.1.gz
+share/man/man1/nimba-smi-export.1.gz
 share/man/man1/nimba-smi-flag.1.gz
 share/man/man1/nimba-smi-info.1.gz
 share/man/man1/nimba-smi-leaks.1.gz
@@ -114,6 +117,7 @@ share/man/man1/nimba-smi-mem.1.gz
 share/man/man1/nimba-smi-pagetable.1.gz
 share/man/man1/nimba-smi-prefer.1.gz
 share/man/man1/nimba-smi-ps.1.gz
+share/man/man1/nimba-smi-report.1.gz
 share/man/man1/nimba-smi-sensors.1.gz
 share/man/man1/nimba-smi-top.1.gz
 share/man/man1/nimba-smi-usage.1.gz
@@ -121,6 +125,10 @@ share/man/man1/nimba-smi-version.1.gz
 share/man/man1/nimba-smi.1.gz
 share/man/man5/nimba-sim-machine.5.gz
 share/nimba-smi/nimba-smi.schema.json
+share/nimba-smi/prometheus/nimba-dashboard.json
+share/nimba-smi/prometheus/nimba.rules.test.yml
+share/nimba-smi/prometheus/nimba.rules.yml
+share/nimba-smi/prometheus/prometheus.yml
 share/zsh/vendor-completions/_nimba-sim
 share/zsh/vendor-completions/_nimba-smi" ]
     [[ $(contents nimba-tools) == *./usr/share/nimba-sim/machines/default.toml* ]]

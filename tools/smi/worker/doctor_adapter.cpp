@@ -111,14 +111,14 @@ DebugFacts debug_facts(Session& session, const Adapter& adapter)
 
 InfoFacts info_facts(Session& session, const Adapter& adapter)
 {
-    constexpr const char* kSwitch = "enable_usage";
+    constexpr const char* kUsageSwitch = "enable_usage";
     const std::string path =
         device_directory(adapter) + (adapter.vendor_id == QV_VENDOR_ID ? "/qv_info" : "/jw_info");
     InfoFacts facts;
     facts.directory = directory_fact(session, path);
     const tools::Descriptor directory{::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
-    const NodeAccess access = session.call(fmt::format("open {}/{}", path, kSwitch), [&] {
-        return access_to({directory.get(), path}, kSwitch);
+    const NodeAccess access = session.call(fmt::format("open {}/{}", path, kUsageSwitch), [&] {
+        return access_to({directory.get(), path}, kUsageSwitch);
     });
     facts.usage_switch = {access.path, access.read_error};
     facts.switch_write_error = access.write_error;
