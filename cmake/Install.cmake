@@ -1,6 +1,5 @@
 # SPDX-License-Identifier: MIT
-# The library, its header, the pkg-config file and the CMake package. The tools install
-# themselves. The service of the exporter, and what Prometheus and Grafana need to know of its metrics.
+# The library, its header, the pkg-config file and the CMake package. The tools install themselves.
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/nimba_mgmt_interface)
@@ -26,9 +25,3 @@ file(RELATIVE_PATH NIMBA_PREFIX_FROM_PKG_CONFIG
 configure_file(cmake/nimba_mgmt_interface.pc.in ${CMAKE_BINARY_DIR}/nimba_mgmt_interface.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/nimba_mgmt_interface.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
-
-install(FILES packaging/systemd/nimba-exporter.service
-        DESTINATION lib/systemd/system COMPONENT tools)
-install(FILES packaging/prometheus/nimba.rules.yml packaging/prometheus/nimba.rules.test.yml
-              packaging/prometheus/nimba-dashboard.json packaging/prometheus/prometheus.yml
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/nimba-smi/prometheus COMPONENT tools)
