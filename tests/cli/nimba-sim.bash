@@ -43,13 +43,14 @@ gone() {
 }
 
 # start SCRIPT: runs the shell script on the default machine in the background. The script's own
-# process says who it is before it begins. Sets sim, command and bed: the process ids of nimba-sim and
-# of the command, and the directory of the test bed.
+# process says who it is before it begins, in a test bed that is there; a short script may be over,
+# and its test bed gone, by the time that this is read. Sets sim, command and bed: the process ids of
+# nimba-sim and of the command, and the directory of the test bed.
 start() {
-    nimba-sim run -- bash -c 'echo $$ "$UMOCKDEV_DIR" >said; '"$1" >output 2>errors &
+    nimba-sim run -- bash -c '[ -d "$UMOCKDEV_DIR" ] && echo $$ "$UMOCKDEV_DIR" >said; '"$1" \
+        >output 2>errors &
     sim=$!
     read -r -t 20 command bed <&9
-    [ -d "$bed" ]
 }
 
 # The status that the background run ends with.
