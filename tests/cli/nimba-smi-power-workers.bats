@@ -56,6 +56,18 @@ loses() {
     loses get_data_from_dvfs_register get_data_from_dvfs_register dvfs get
 }
 
+@test "the library's frame rates are of the time between two readings" {
+    NIMBA_STUB_ADAPTERS=1 run --separate-stderr smi --json
+    same "$(jq '.adapters[0].usage.flips_per_second' <<<"$output")" null
+    NIMBA_STUB_ADAPTERS=1 run --separate-stderr smi --watch 0.01 --count 3 --json
+    same "$(jq -c '.adapters[0].usage | [.flips_per_second, .average_per_second]' <<<"$output")" "\
+[null,null]
+[7,7]
+[7,7]"
+    NIMBA_STUB_ADAPTERS=1 run --separate-stderr smi usage --interval 0.01 --json
+    same "$(jq '.adapters[0].flips_per_second' <<<"$output")" 7
+}
+
 @test "a watch goes on without the adapter, and tells once that it was lost" {
     NIMBA_STUB_ADAPTERS=3 NIMBA_STUB_FAULT=1/gpuinfo_get_temparature_value_int/abort \
         run --separate-stderr smi sensors --watch 0.01 --count 3 --csv

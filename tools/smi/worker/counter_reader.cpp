@@ -165,14 +165,18 @@ void read_counted_engines(Session& session, const Monitor& monitor, NodeReader& 
 void read_counters(Session& session, Monitor& monitor, const Adapter& adapter,
                    CounterReading& reading)
 {
-    if (!monitor.counting) {
+    const bool is_first = !monitor.counting;
+    if (is_first) {
         prepare(session, monitor);
     }
     NodeReader nodes{session, monitor.entry, adapter, "counters", reading};
     reading.frames = read_frames(session, monitor.entry);
     if (!reading.frames.flips || !reading.frames.time) {
         nodes.explain("fps_count");
-        reading.rates = read_rates(session, monitor.entry);
+        // Right behind fps_init there is either no frame yet or the chance of one.
+        if (!is_first) {
+            reading.rates = read_rates(session, monitor.entry);
+        }
     }
     if (!reading.frames.blits) {
         nodes.explain("rxa_blt_scn_cnt");

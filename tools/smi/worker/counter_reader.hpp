@@ -10,7 +10,7 @@
 namespace nimba::smi {
 
 // Puts the counters into `reading`, and into its remarks what keeps them from being all. The first
-// call prepares them.
+// call prepares them, and has no rates of the library yet: a rate needs a time to count in.
 void read_counters(Session& session, Monitor& monitor, const Adapter& adapter,
                    CounterReading& reading);
 
