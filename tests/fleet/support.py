@@ -16,6 +16,7 @@ import re
 import shutil
 import signal
 import subprocess
+import sys
 import tempfile
 import time
 import urllib.error
@@ -26,12 +27,12 @@ from pathlib import Path
 from typing import Any, TypeVar
 
 SOURCE = Path(__file__).resolve().parents[2]
+sys.path.append(str(SOURCE / "tests" / "support"))
+
+from simulated import BOUND, live_drivers_work, program
+
 PACKAGING = SOURCE / "packaging" / "prometheus"
 MACHINES = Path(__file__).resolve().parent / "machines"
-_BIN = Path(os.environ["NIMBA_BIN"])
-
-# For a condition that holds soon, unless something is wrong.
-BOUND = 60
 
 # How many scrapes may be in vain: on a busy machine one can take longer than its short interval.
 _VAIN_SCRAPES = 10
@@ -40,10 +41,6 @@ _PR_SET_PDEATHSIG = 1
 _libc = ctypes.CDLL(None)
 
 T = TypeVar("T")
-
-
-def program(name: str) -> str:
-    return str(_BIN / name)
 
 
 def until(
@@ -308,17 +305,3 @@ def shortest_interval(exporters: list[Exporter]) -> int:
 def panels(dashboard: dict[str, Any]) -> Iterator[dict[str, Any]]:
     """The panels that have queries."""
     return (panel for panel in dashboard["panels"] if panel["type"] != "row")
-
-
-def live_drivers_work() -> bool:
-    """Whether this user can mount FUSE file systems, without which drivers do not change."""
-    global _live
-    if os.environ.get("NIMBA_SIM_DRIVERS") == "plain":
-        return False
-    if _live is None:
-        command = [program("nimba-sim"), "run", "--drivers", "live", "--", "true"]
-        _live = subprocess.run(command, stderr=subprocess.DEVNULL, timeout=BOUND).returncode == 0
-    return _live
-
-
-_live: bool | None = None

@@ -21,14 +21,16 @@ from unittest import mock
 from nimba_mgmt import Adapter
 
 SOURCE = Path(__file__).resolve().parents[2]
+sys.path.append(str(SOURCE / "tests" / "support"))
+
+from simulated import BOUND, live_drivers_work, program
+
 MACHINES = Path(__file__).resolve().parent / "machines"
 STAND_IN = os.environ["NIMBA_STAND_IN"]
 LIBRARY = os.environ["NIMBA_LIBRARY"]
 
 # A call that the stand-in has.
 TEMPERATURE = "gpuinfo_get_temparature_value_int"
-
-_BOUND = 60
 
 
 def python(*arguments: str) -> list[str]:
@@ -43,20 +45,20 @@ def on(machine: str | Path, *command: str, live: bool = False) -> list[str]:
     if live and drivers:
         raise unittest.SkipTest("needs live drivers: no FUSE file system can be mounted here")
     name = str(file) if file.exists() else str(machine)
-    return [_program("nimba-sim"), "run", *drivers, "--machine", name, "--", *command]
+    return [program("nimba-sim"), "run", *drivers, "--machine", name, "--", *command]
 
 
 def run(command: list[str], **options: Any) -> subprocess.CompletedProcess[str]:
     """Runs a command to its end, which is waited for no longer than a minute."""
     environment = {**os.environ, "PYTHONDONTWRITEBYTECODE": "1", **options.pop("env", {})}
     return subprocess.run(
-        command, capture_output=True, text=True, timeout=_BOUND, env=environment, **options
+        command, capture_output=True, text=True, timeout=BOUND, env=environment, **options
     )
 
 
-def told(program: str, machine: str | Path = "", *, live: bool = False, **env: str) -> Any:
+def told(code: str, machine: str | Path = "", *, live: bool = False, **env: str) -> Any:
     """The JSON value that a Python program prints, on a machine if one is given."""
-    command = python("-c", f"import json, nimba_mgmt\n{program}")
+    command = python("-c", f"import json, nimba_mgmt\n{code}")
     ended = run(on(machine, *command, live=live) if machine else command, env=env)
     if ended.returncode != 0 or ended.stderr:
         raise AssertionError(f"status {ended.returncode}\n{ended.stderr}")
@@ -120,25 +122,7 @@ def needs_live_drivers() -> None:
 
 def sim(*arguments: str) -> str:
     """In a test that runs on a machine: runs nimba-sim and gives what it prints."""
-    command = [_program("nimba-sim"), *arguments]
+    command = [program("nimba-sim"), *arguments]
     return subprocess.run(
-        command, check=True, capture_output=True, text=True, timeout=_BOUND
+        command, check=True, capture_output=True, text=True, timeout=BOUND
     ).stdout
-
-
-def live_drivers_work() -> bool:
-    """Whether this user can mount FUSE file systems."""
-    global _live
-    if os.environ.get("NIMBA_SIM_DRIVERS") == "plain":
-        return False
-    if _live is None:
-        command = [_program("nimba-sim"), "run", "--drivers", "live", "--", "true"]
-        _live = subprocess.run(command, stderr=subprocess.DEVNULL, timeout=_BOUND).returncode == 0
-    return _live
-
-
-_live: bool | None = None
-
-
-def _program(name: str) -> str:
-    return os.path.join(os.environ["NIMBA_BIN"], name)
