@@ -5,6 +5,7 @@
 #include "core/handles.hpp"
 #include "core/line_pieces.hpp"
 #include "core/read_some.hpp"
+#include "core/write_all.hpp"
 #include "nimba_mgmt_interface.h"
 
 #include <fcntl.h>
@@ -110,7 +111,7 @@ class PreferenceParser final {
 // nothing for one that is no regular file, cannot be read or is too large to be a preference file.
 std::optional<std::string> read_kept_text(const char* path)
 {
-    Descriptor file{::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC)};
+    const Descriptor file{::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC)};
     if (!file) {
         return errno == ENOENT ? std::optional{std::string{}} : std::nullopt;
     }
@@ -119,24 +120,21 @@ std::optional<std::string> read_kept_text(const char* path)
         status.st_size > kKeptTextLimit) {
         return std::nullopt;
     }
-    const Stream stream = make_stream(std::move(file), "r");
     std::string text(static_cast<std::size_t>(status.st_size), '\0');
-    const bool whole =
-        stream && std::fread(text.data(), 1, text.size(), stream.get()) == text.size();
+    const bool whole = read_until_full(file.get(), text.data(), text.size()) == text.size();
     return whole ? std::optional{std::move(text)} : std::nullopt;
 }
 
-// Closes a stream that was written to. False when any of it did not reach the file.
-bool close_written(Stream file)
+// Writes through the stream's descriptor: the stream would lose text to a signal.
+bool write_to(const Stream& file, std::string_view text)
 {
-    const bool failed = std::ferror(file.get()) != 0;
-    return std::fclose(file.release()) == 0 && !failed;
+    return write_all(::fileno(file.get()), text);
 }
 
 void put_back(const char* path, const std::string& text)
 {
     if (const Stream file{std::fopen(path, "we")}) {
-        std::fwrite(text.data(), 1, text.size(), file.get());
+        write_to(file, text);
     }
 }
 
@@ -189,14 +187,13 @@ void savefile_INI(const char* path)
         return;
     }
     lib_print_func("-------------------------\n");
-    std::fwrite(nimba::kPreferenceHeader.data(), 1, nimba::kPreferenceHeader.size(), file.get());
+    bool written = nimba::write_to(file, nimba::kPreferenceHeader);
     for (const _UTIL_GPU_PREFERENCE_NODE& node : interface_config_list) {
-        const std::string section = nimba::preference_section(node);
-        std::fwrite(section.data(), 1, section.size(), file.get());
+        written = written && nimba::write_to(file, nimba::preference_section(node));
         printConfigNodeLog("Save to config:", &node);
     }
     lib_print_func("\n");
-    if (!nimba::close_written(std::move(file))) {
+    if (std::fclose(file.release()) != 0 || !written) {
         lib_print_func("savefile_INI: can't write %s \n", path);
         if (previous) {
             nimba::put_back(path, *previous);

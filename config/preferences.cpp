@@ -18,10 +18,18 @@ bool config_loaded = false;
 
 void load_once()
 {
-    if (!config_loaded) {
-        util_init_config_files();
-        config_loaded = true;
+    if (config_loaded) {
+        return;
     }
+    const std::size_t held = interface_config_list.size();
+    try {
+        util_init_config_files();
+    } catch (...) {
+        // The file is loaded again the next time, and what is here already would be there twice.
+        interface_config_list.resize(held);
+        throw;
+    }
+    config_loaded = true;
 }
 
 void empty_list()

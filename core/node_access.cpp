@@ -3,16 +3,15 @@
 
 #include "core/handles.hpp"
 #include "core/read_some.hpp"
+#include "core/write_all.hpp"
 
 #include <fcntl.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <string>
-#include <string_view>
 #include <utility>
 
 namespace nimba {
@@ -43,19 +42,6 @@ std::size_t read_beginning(const Stream& node, char* buffer, std::size_t size)
     std::string text(static_cast<std::size_t>(std::max(length, 0)), '\0');
     std::vsnprintf(text.data(), text.size() + 1, format, values);
     return {length, std::move(text)};
-}
-
-// In one write unless the node takes less, as each is a command to the driver. Through the
-// descriptor: the stream would lose the text to a signal.
-void write_text(int descriptor, std::string_view text)
-{
-    while (!text.empty()) {
-        const ssize_t count = ::write(descriptor, text.data(), text.size());
-        if (count == 0 || (count < 0 && errno != EINTR)) {
-            return;
-        }
-        text.remove_prefix(count < 0 ? 0 : static_cast<std::size_t>(count));
-    }
 }
 
 }  // namespace
@@ -94,7 +80,9 @@ int printf_node_at(int directory, const char* name, const char* format, ...)
     va_start(values, format);
     const auto [length, text] = formatted(format, values);
     va_end(values);
-    write_text(::fileno(node.get()), text);
+    // In one write, as each is a command to the driver. Through the descriptor: the stream would
+    // lose the text to a signal.
+    write_all(::fileno(node.get()), text);
     return length;
 }
 

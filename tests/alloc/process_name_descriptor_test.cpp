@@ -2,7 +2,7 @@
 // A program that a host starts while a command line is open does not inherit it.
 #include "child_process.hpp"
 #include "nimba_mgmt_interface.h"
-#include "support/closed_streams.hpp"
+#include "support/closed_files.hpp"
 
 #include <gtest/gtest.h>
 
@@ -17,10 +17,10 @@ namespace {
 // closed in a program started meanwhile.
 std::vector<bool> streams_while_asking_for(int pid)
 {
-    const ClosedStreams streams{"/proc/" + std::to_string(pid) + "/cmdline"};
+    const ClosedFiles files{"/proc/" + std::to_string(pid) + "/cmdline"};
     std::array<char, 64> name{};
     getPackageNameFromPid(pid, name.data(), 64);
-    return streams.closes_on_exec();
+    return files.closes_on_exec();
 }
 
 TEST(ProcessNameDescriptor, IsNotInherited)

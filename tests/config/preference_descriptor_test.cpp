@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // A program that a host starts while the preference file is open does not inherit it.
 #include "config/preference_file_fixture.hpp"
-#include "support/closed_streams.hpp"
+#include "support/closed_files.hpp"
 #include "support/file_size_limit.hpp"
 
 #include <string>
@@ -18,19 +18,19 @@ std::string written(const std::string& path)
 
 class PreferenceDescriptor : public PreferenceFile {
   protected:
-    ClosedStreams streams{written(path)};
+    ClosedFiles files{written(path)};
 };
 
 TEST_F(PreferenceDescriptor, IsNotInheritedWhileTheFileIsRead)
 {
     parseINI(path.c_str());
-    EXPECT_EQ(streams.closes_on_exec(), (std::vector<bool>{true}));
+    EXPECT_EQ(files.closes_on_exec(), (std::vector<bool>{true}));
 }
 
 TEST_F(PreferenceDescriptor, IsNotInheritedWhileTheOldTextIsReadAndTheNewOneWritten)
 {
     savefile_INI(path.c_str());
-    EXPECT_EQ(streams.closes_on_exec(), (std::vector<bool>{true, true}));
+    EXPECT_EQ(files.closes_on_exec(), (std::vector<bool>{true, true}));
 }
 
 TEST_F(PreferenceDescriptor, IsNotInheritedWhileTheOldTextIsPutBack)
@@ -40,7 +40,7 @@ TEST_F(PreferenceDescriptor, IsNotInheritedWhileTheOldTextIsPutBack)
         const FileSizeLimit full{100};
         savefile_INI(path.c_str());
     }
-    EXPECT_EQ(streams.closes_on_exec(), (std::vector<bool>{true, true, true}));
+    EXPECT_EQ(files.closes_on_exec(), (std::vector<bool>{true, true, true}));
 }
 
 }  // namespace

@@ -28,7 +28,10 @@ std::string close_all(find_adapter& record)
     std::string told = std::to_string(record.header.chip_num) + " chips";
     for (int slot = 0; slot < record.header.chip_num; ++slot) {
         gpu_infos& infos = record.gpu_infos[slot];
-        told += ", " + std::string{record.header.chip_name[slot]};
+        told += ", " + std::string{record.header.chip_name[slot]} + " " +
+                std::to_string(record.header.chip_id[slot]) + " of " +
+                std::to_string(infos.vendor_id) + " at \"" + infos.busid + "\", card " +
+                std::to_string(record.header.drm_card_idx[slot]);
         told += record.header.IS_VA_driver[slot] != 0 ? "" : " without VA";
         for (const auto& [name, fd] : {std::pair{" without node", &record.header.drm_fd[slot]},
                                        std::pair{" without PCI", &infos.pci_dir_fd},
@@ -114,61 +117,71 @@ void describe_another()
     get_adapter_summary_ext2(&summary_ext2, &another);
 }
 
-std::string told_words(std::span<const std::uint32_t> words)
-{
-    std::string told;
-    for (const std::uint32_t word : words) {
-        told += (told.empty() ? "" : " ") + std::to_string(word);
-    }
-    return told;
-}
-
 template <std::int32_t (*describe)(adapter_summary*, find_adapter*)>
 Answer described(Attempt& attempt)
 {
     return filled<adapter_summary>(
-        attempt, [](auto& out) { return describe(&out, &adapters); },
-        [](const adapter_summary& out) {
-            std::array<std::uint32_t, 12> words{};
-            std::memcpy(words.data(), &out, sizeof out);
-            return told_words(words);
-        },
-        {});
+        attempt, [](auto& out) { return describe(&out, &adapters); }, told_words<adapter_summary>);
+}
+
+std::string told_ext2(const adapter_summary_ext2& out)
+{
+    std::array<char, 128> versions{};
+    std::snprintf(versions.data(), versions.size(), "driver %jx, firmware %jx \"%.31s\"",
+                  std::uintmax_t{out.driver_version}, std::uintmax_t{out.firmware_version},
+                  out.firmware_name);
+    std::array<char, 64> resolutions{};
+    std::snprintf(resolutions.data(), resolutions.size(), "%jx %jx",
+                  std::uintmax_t{out.max_resolution_hdmi_dp},
+                  std::uintmax_t{out.max_resolution_vga});
+    return std::string{versions.data()} + ", fills " +
+           words_of(std::array{out.pixel_fillrate, out.texture_fillrate}) + ", clock " +
+           words_of(std::array{out.memory_clock_freq}) + ", shows " + resolutions.data() +
+           ", use " +
+           words_of(std::array{out.gpu_memory_usage, out.gpu_use_rate_3d, out.gpu_use_rate_video,
+                               out.gpu_use_rate_vpp}) +
+           ", at " + words_of(std::array{out.realtime_temperature}) + ", PCIe " +
+           words_of(std::array{out.pcie_gen});
 }
 
 template <std::int32_t (*describe)(adapter_summary_ext2*, find_adapter*)>
 Answer described_ext2(Attempt& attempt)
 {
     return filled<adapter_summary_ext2>(
-        attempt, [](auto& out) { return describe(&out, &adapters); },
-        [](const adapter_summary_ext2& out) {
-            return std::string{out.firmware_name} + " " +
-                   told_words(std::array{out.pixel_fillrate, out.memory_clock_freq,
-                                         out.gpu_memory_usage, out.realtime_temperature,
-                                         out.pcie_gen});
-        });
+        attempt, [](auto& out) { return describe(&out, &adapters); }, told_ext2);
 }
 
-// Zero, and all bits set in the words that are not told.
-constexpr const char* kNoSummary = "0  0 0 4294967295 4294967295 0";
+// What the file of a driver that has gone tells: zeros, and all bits set.
+constexpr const char* kNoSummary =
+    "0 driver 0, firmware 0 \"\", fills 0 0, clock 0, shows 0 0, "
+    "use 4294967295 4294967295 4294967295 4294967295, at 4294967295, PCIe 0";
 
+// Drivers that live have the use of engines counted, as an initialisation asks.
+constexpr const char* kLiveSummary =
+    "0, driver 10002000a, firmware 8000f0000001c \"Simulated adapter\", fills 9600 19200, "
+    "clock 1000, shows f0008700000003c 78004380000004b, use 12 45 30 15, at 50, PCIe 4";
+
+// An end stops the counting of its adapter for all: that has no other entry point with engines.
 constexpr std::array kEntryPoints{
-    EntryPoint{"gpuinfo_nimba_init", -1, nullptr, drm_loaded, false},
+    without_calls(EntryPoint{"gpuinfo_nimba_init", -1, nullptr, drm_loaded, false}),
     EntryPoint{"gpuinfo_nimba_get_device_handles", -1, nullptr, handles, false},
     EntryPoint{"gfx_find_adapter", -1, nullptr, found, false},
     EntryPoint{"gfx_global_init", 0, nullptr, started, false},
-    EntryPoint{"gfx_global_exit", 0, start, stopped, false},
+    EntryPoint{"gfx_global_exit", 1, start, stopped, false},
     without_driver(EntryPoint{"gpuinfo_set_enable_usage", 0, nullptr, usage_switched, false}, "0 "),
     EntryPoint{"get_adapter_summary", 0, describe_another, described<get_adapter_summary>, false,
                true},
     EntryPoint{"gpu_info_get_adapter_summary", 0, describe_another,
                described<gpu_info_get_adapter_summary>, false, true},
-    without_driver(EntryPoint{"get_adapter_summary_ext2", 0, describe_another,
-                              described_ext2<get_adapter_summary_ext2>, false, true},
-                   kNoSummary),
-    without_driver(EntryPoint{"gpu_info_get_adapter_summary_ext2", 0, describe_another,
-                              described_ext2<gpu_info_get_adapter_summary_ext2>, false, true},
-                   kNoSummary),
+    answers_live(without_driver(EntryPoint{"get_adapter_summary_ext2", 0, describe_another,
+                                           described_ext2<get_adapter_summary_ext2>, false, true},
+                                kNoSummary),
+                 kLiveSummary),
+    answers_live(
+        without_driver(EntryPoint{"gpu_info_get_adapter_summary_ext2", 0, describe_another,
+                                  described_ext2<gpu_info_get_adapter_summary_ext2>, false, true},
+                       kNoSummary),
+        kLiveSummary),
 };
 
 }  // namespace

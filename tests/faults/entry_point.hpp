@@ -8,10 +8,12 @@
 
 #include <array>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <new>
 #include <span>
 #include <string>
+#include <string_view>
 #include <type_traits>
 
 namespace nimba::test {
@@ -75,9 +77,14 @@ struct EntryPoint {
     bool first_call_only;  // what it does is done once in the life of a process
     bool starts_commands = false;
     bool changes_answers = false;  // of others
+    // It asks the kernel-interface library alone, or nobody: there is no call in whose middle the
+    // driver can go away.
+    bool calls_nothing = false;
     // What is told of answers without the driver whose status or bytes are of their own: a status
     // and what is told of the bytes. See driver_goes_away.
     std::array<const char*, 2> without_driver{};
+    // The answer where drivers live, as outcomes.txt has answers, if it is another; else null.
+    const char* live_answer = nullptr;
 };
 
 // The entry point, of whose answers without the driver these are told.
@@ -87,8 +94,24 @@ constexpr EntryPoint without_driver(EntryPoint entry, const char* told, const ch
     return entry;
 }
 
+constexpr EntryPoint without_calls(EntryPoint entry)
+{
+    entry.calls_nothing = true;
+    return entry;
+}
+
+constexpr EntryPoint answers_live(EntryPoint entry, const char* answer)
+{
+    entry.live_answer = answer;
+    return entry;
+}
+
 // The discovery record of this process.
 inline find_adapter adapters{};
+
+// Whether the drivers of the simulated machine live, rather than having plain files as their nodes,
+// which keep what the test writes.
+inline bool drivers_live = false;
 
 std::span<const EntryPoint> adapter_entry_points();
 std::span<const EntryPoint> memory_entry_points();
@@ -110,6 +133,37 @@ Record patterned()
     Record record;
     std::memset(&record, 0xA5, sizeof record);
     return record;
+}
+
+// A word that still holds the pattern is a dash.
+inline std::string words_of(std::span<const std::uint32_t> words)
+{
+    std::string told;
+    for (const std::uint32_t word : words) {
+        told += (told.empty() ? "" : " ") + (word == 0xA5A5A5A5 ? "-" : std::to_string(word));
+    }
+    return told;
+}
+
+// Records that are words alone.
+template <typename Record>
+std::string told_words(const Record& record)
+{
+    std::array<std::uint32_t, sizeof(Record) / sizeof(std::uint32_t)> words{};
+    std::memcpy(words.data(), &record, sizeof record);
+    return words_of(words);
+}
+
+// Stands for bytes that are too many to be told.
+inline std::string checksum(std::string_view bytes)
+{
+    std::uint32_t sum = 2166136261U;  // FNV-1a
+    for (const char byte : bytes) {
+        sum = (sum ^ static_cast<unsigned char>(byte)) * 16777619U;
+    }
+    std::array<char, 16> text{};
+    std::snprintf(text.data(), text.size(), "sum %08x", sum);
+    return text.data();
 }
 
 // A call that fills one record, which holds a pattern before.

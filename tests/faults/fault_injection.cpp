@@ -102,17 +102,19 @@ std::size_t number_of(Kind kind, const Trial& trial)
     return kind == Kind::kDescriptors ? 1 : trial.calls;
 }
 
-Trial attempt(const EntryPoint& entry, Kind kind, std::size_t number, const Answer* usual)
+Trial attempt(const EntryPoint& entry, Kind kind, std::size_t number, const Trial* usual)
 {
     return entry.first_call_only ? try_in_process(entry, kind, number)
                                  : try_once(entry, kind, number, usual);
 }
 
-// What is not what it should be with a call that no failure disturbs.
-void print_usual(std::ostream& out, const EntryPoint& entry, const Answer& usual)
+// The answer of a call that no failure disturbs, and of the next one if it is another's.
+void print_usual(std::ostream& out, const EntryPoint& entry, const Trial& usual)
 {
-    out << entry.name << ": " << usual.status << (usual.told.empty() ? "" : ", ") << usual.told
-        << '\n';
+    out << entry.name << ": " << in_one_line(usual.answer) << '\n';
+    if (entry.first_call_only) {
+        out << "    the next: " << in_one_line(usual.next) << '\n';
+    }
 }
 
 // Before each trial a line tells which it is, for the case that it is the last.
@@ -123,7 +125,7 @@ void try_entry_point(const EntryPoint& entry, std::ostream& out)
         gfx_global_init(&adapters);
     }
     attempt(entry, Kind::kOpen, 0, nullptr);
-    const Answer usual = attempt(entry, Kind::kOpen, 0, nullptr).answer;
+    const Trial usual = attempt(entry, Kind::kOpen, 0, nullptr);
     std::ostringstream told;
     print_usual(told, entry, usual);
     for (const KindName& kind : kKinds) {

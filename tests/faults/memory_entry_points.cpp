@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -26,7 +25,14 @@ std::string told_list(const Records& list)
     for (const _GFX_ALLOCATION_INFO& record : list) {
         told += " " + std::to_string(record.handle);
     }
-    return told;
+    return told + ", " + checksum(bytes_of_all(list));
+}
+
+std::string told_record(const _GFX_ALLOCATION_INFO& record)
+{
+    return std::to_string(record.handle) + " of " + std::to_string(record.device) + ": " +
+           std::to_string(record.width) + "x" + std::to_string(record.height) + ", " +
+           std::to_string(record.size) + " bytes in " + std::to_string(record.segmentid);
 }
 
 template <std::int32_t (*read)(Records&, std::uint32_t, std::int32_t)>
@@ -36,7 +42,7 @@ Answer listed(Attempt& attempt)
     Records list;
     answer.status = attempt([&] { return read(list, 0, 1); });
     answer.bytes = bytes_of_all(list);
-    answer.told = told_list(list);
+    answer.told = list.empty() ? "no handles" : told_list(list);
     return answer;
 }
 
@@ -48,8 +54,11 @@ Answer raw_list(Attempt& attempt)
     return filled<_GFX_ALLOCATION_RAW_LIST>(
         attempt, [](auto& out) { return get(&out, &adapters); },
         [](const _GFX_ALLOCATION_RAW_LIST& out) {
+            const auto last = static_cast<std::size_t>(std::clamp(out.trasfer_cnt, 1, 20) - 1);
             return std::to_string(out.total_cnt) + " records, " + std::to_string(out.trasfer_cnt) +
-                   " of them here";
+                   " of them here, more " + std::to_string(out.more_flag) + ", " +
+                   told_record(out.records[0]) + " to " + told_record(out.records[last]) + ", " +
+                   checksum(bytes_of(out));
         },
         list);
 }
@@ -136,9 +145,13 @@ template <typename Call>
 Answer leaks(Attempt& attempt, Call&& call)
 {
     Answer answer = filled<_GFX_MEMLEAK_INFO>(attempt, call, [](const auto& report) {
-        return std::to_string(std::ranges::count_if(
-                   report.groups, [](const auto& group) { return group.sum_count > 0; })) +
-               " groups, " + std::to_string(vec_memleak_result.size()) + " kept";
+        std::string told = "groups";
+        for (const _GFX_ALLOCATION_INFO& group : report.groups) {
+            if (group.sum_count > 0) {
+                told += " (" + std::to_string(group.sum_count) + " as " + told_record(group) + ")";
+            }
+        }
+        return told + ", kept " + told_list(vec_memleak_result);
     });
     answer.bytes += bytes_of_all(vec_memleak_result);
     return answer;
@@ -180,8 +193,7 @@ Answer merged(Attempt& attempt)
     answer.untouched = bytes_of_all(snapshot) + bytes_of_all(kept);
     answer.status = attempt([&] { compare_memleak_list(snapshot, kept); });
     answer.bytes = bytes_of_all(snapshot) + bytes_of_all(kept);
-    answer.told =
-        std::to_string(snapshot.size()) + " new, " + std::to_string(kept.size()) + " kept";
+    answer.told = "new " + told_list(snapshot) + ", kept " + told_list(kept);
     return answer;
 }
 
@@ -220,7 +232,7 @@ constexpr std::array kEntryPoints{
     EntryPoint{"getPackageNameFromPid", -1, nullptr, named, false},
     EntryPoint{"get_memleak_info", 0, forget_leaks, leaks_found, false},
     EntryPoint{"get_memleak_information", 0, forget_leaks, leaks_found_by_worker, false},
-    EntryPoint{"compare_memleak_list", -1, nullptr, merged, false},
+    without_calls(EntryPoint{"compare_memleak_list", -1, nullptr, merged, false}),
 };
 
 }  // namespace

@@ -14,16 +14,45 @@ constexpr const char* kDump = "/sys/kernel/debug/dri/0/qv/devices/1/vm_info";
 using Devices = std::vector<data_vectors>;
 using Allocations = std::vector<allcation_Info>;
 
-std::size_t entries_of(const data_vectors& device)
+std::string told_entry(const vidmm_vm_pt& entry)
 {
-    return device.pt_level0.size() + device.pt_level1.size() + device.pt_level2.size() +
-           device.st_level0.size() + device.st_level1.size() + device.st_level2.size();
+    return std::to_string(entry.PT_Level) + ":" + std::to_string(entry.PT_index) + " " +
+           entry.Addr + " " + entry.Buffer;
+}
+
+std::string told_entry(const vidmm_vm_pte_elt3k& entry)
+{
+    return std::to_string(entry.ST_Level) + ":" + std::to_string(entry.Index) + " " + entry.Addr +
+           " " + std::to_string(entry.Snoop) + " " + std::to_string(entry.Segment) + " " +
+           std::to_string(entry.LargePage) + " of " + std::to_string(entry.parent_level) + ":" +
+           std::to_string(entry.parent_index);
+}
+
+// How many there are of each level, the first and the last, and a sum of all.
+template <typename Entry>
+std::string told_entries(const std::array<const std::vector<Entry>*, 3>& levels)
+{
+    std::string told;
+    std::string all;
+    for (const std::vector<Entry>* level : levels) {
+        told += (told.empty() ? "" : "+") + std::to_string(level->size());
+        for (const Entry& entry : *level) {
+            all += (all.empty() ? "" : "\n") + told_entry(entry);
+        }
+    }
+    if (!all.empty()) {
+        told += " (" + all.substr(0, all.find('\n')) + " to " + all.substr(all.rfind('\n') + 1) +
+                ", " + checksum(all) + ")";
+    }
+    return told;
 }
 
 std::string told_device(const data_vectors& device)
 {
-    return std::string{device.pid} + " \"" + device.app_name + "\" " +
-           std::to_string(entries_of(device)) + " entries";
+    return std::string{device.pid} + " \"" + device.app_name + "\" tables " +
+           told_entries(std::array{&device.pt_level0, &device.pt_level1, &device.pt_level2}) +
+           " sub-tables " +
+           told_entries(std::array{&device.st_level0, &device.st_level1, &device.st_level2});
 }
 
 std::string told_devices(const Devices& devices)
@@ -39,7 +68,8 @@ std::string told_allocations(const Allocations& allocations)
 {
     std::string told = "allocations";
     for (const allcation_Info& allocation : allocations) {
-        told += " " + allocation.allocation_handle;
+        told += " " + allocation.allocation_handle + "(" + allocation.device_pid + " \"" +
+                allocation.device_pname + "\" " + allocation.gpu_va + " " + allocation.size + ")";
     }
     return told;
 }
@@ -129,6 +159,25 @@ void collect()
     get_allocation_data(nullptr, &allocation_count);
 }
 
+std::string told_record(const _PAGETABLE_DATA& record)
+{
+    std::string told;
+    for (const std::int64_t figure :
+         {record.pid, record.addr, std::int64_t{record.Snoop}, std::int64_t{record.Segment},
+          std::int64_t{record.LargePage}, std::int64_t{record.level}, std::int64_t{record.index},
+          std::int64_t{record.parent_level}, std::int64_t{record.parent_index},
+          std::int64_t{record.kind}}) {
+        told += (told.empty() ? "" : " ") + std::to_string(figure);
+    }
+    return told;
+}
+
+std::string told_record(const _ALLOCATION_DATA& record)
+{
+    return std::to_string(record.allocation_handle) + " of " + std::to_string(record.device_pid) +
+           " " + std::to_string(record.size) + " at " + std::to_string(record.gpu_va);
+}
+
 template <typename Record, typename Call>
 Answer copied(Attempt& attempt, std::uint32_t count, Call&& call)
 {
@@ -142,6 +191,10 @@ Answer copied(Attempt& attempt, std::uint32_t count, Call&& call)
     answer.status = attempt([&] { return call(records.data()); });
     answer.bytes = bytes();
     answer.told = std::to_string(count) + " records";
+    if (count > 0) {
+        answer.told += ", " + told_record(records.front()) + " to " + told_record(records.back()) +
+                       ", " + checksum(answer.bytes);
+    }
     return answer;
 }
 
@@ -159,6 +212,13 @@ Answer allocations_copied(Attempt& attempt)
     });
 }
 
+constexpr const char* kNoTables =
+    "-1 ; allocations 1(4100001 \"viewer\" 100000000 400000) "
+    "2(4100001 \"viewer\" 100400000 40000) 3(4100002 \"maze\" 100440000 100000)";
+constexpr const char* kNoTablesKept =
+    "0 99 records; state -1, ; allocations 1(4100001 \"viewer\" 100000000 400000) "
+    "2(4100001 \"viewer\" 100400000 40000) 3(4100002 \"maze\" 100440000 100000)";
+
 constexpr std::array kEntryPoints{
     EntryPoint{"get_Pid_info", -1, nullptr, process_read, false},
     EntryPoint{"get_AppName_info", -1, nullptr, name_read, false, true},
@@ -170,12 +230,12 @@ constexpr std::array kEntryPoints{
                false},
     EntryPoint{"get_alloction_data", -1, nullptr, allocations_read<get_alloction_data>, false},
     without_driver(EntryPoint{"get_current_PageTable_data", -1, nullptr, all_read, false, true},
-                   "-1 ; allocations 1 2 3", "-1 ; allocations"),
+                   kNoTables, "-1 ; allocations"),
     without_driver(EntryPoint{"get_pagetable_data", -1, nullptr, collected, false, true},
-                   "0 99 records; state -1, ; allocations 1 2 3",
-                   "0 99 records; state -1, ; allocations"),
-    EntryPoint{"get_pagetable_data, with a buffer", -1, collect, tables_copied, false, true},
-    EntryPoint{"get_allocation_data", -1, collect, allocations_copied, false, true},
+                   kNoTablesKept, "0 99 records; state -1, ; allocations"),
+    without_calls(
+        EntryPoint{"get_pagetable_data, with a buffer", -1, collect, tables_copied, false, true}),
+    without_calls(EntryPoint{"get_allocation_data", -1, collect, allocations_copied, false, true}),
 };
 
 }  // namespace

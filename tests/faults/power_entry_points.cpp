@@ -2,30 +2,29 @@
 // Sensors, settings, segments, counters, and the memory of the system.
 #include "entry_point.hpp"
 
-#include <algorithm>
 #include <array>
-#include <utility>
+#include <chrono>
+#include <cmath>
+#include <fstream>
 
 namespace nimba::test {
 namespace {
 
-// A word that still holds the pattern is a dash.
-std::string words_of(std::span<const std::uint32_t> words)
+constexpr const char* kModeNode = "/sys/bus/pci/devices/0000:01:00.0/qv_info/power_mode";
+constexpr const char* kLevelNode = "/sys/bus/pci/devices/0000:01:00.0/qv_info/dvfs_level";
+constexpr const char* kFlipsNode = "/sys/bus/pci/devices/0000:02:00.0/jw_info/fps_count";
+constexpr const char* kBlitsNode = "/sys/bus/pci/devices/0000:02:00.0/jw_info/rxa_blt_scn_cnt";
+
+void write_node(const char* path, const std::string& text)
 {
-    std::string told;
-    for (const std::uint32_t word : words) {
-        told += (told.empty() ? "" : " ") + (word == 0xA5A5A5A5 ? "-" : std::to_string(word));
-    }
-    return told;
+    std::ofstream{path} << text;
 }
 
-// Records that are words alone.
-template <typename Record>
-std::string told_words(const Record& record)
+std::string first_line(const char* path)
 {
-    std::array<std::uint32_t, sizeof(Record) / sizeof(std::uint32_t)> words{};
-    std::memcpy(words.data(), &record, sizeof record);
-    return words_of(words);
+    std::string line;
+    std::getline(std::ifstream{path} >> std::ws, line);
+    return line;
 }
 
 Answer temperature(Attempt& attempt)
@@ -89,17 +88,26 @@ DvfsRegisterState settings_now()
     return state;
 }
 
-// Nodes that are plain files keep what is written: each call writes what no call before it left.
+// What a write is compared with is what was read last.
+void reset_settings()
+{
+    write_node(kModeNode, "0x1\n");
+    write_node(kLevelNode, "balance\n");
+    settings_now();
+}
+
+// Two settings; the nodes keep the text of what sets them.
 template <std::int32_t (*set)(const DvfsRegisterState*)>
 Answer settings_written(Attempt& attempt)
 {
     DvfsRegisterState state = settings_now();
-    state.dvfs_level =
-        state.dvfs_level == DVFS_LEVEL_LOW_POWER ? DVFS_LEVEL_PERFORMANCE : DVFS_LEVEL_LOW_POWER;
+    state.power_mode = 2;
+    state.dvfs_level = DVFS_LEVEL_LOW_POWER;
     Answer answer;
+    answer.untouched = "mode 0x1, level balance";
     answer.status = attempt([&] { return set(&state); });
-    answer.bytes = settings_now().dvfs_level == state.dvfs_level ? "set" : "as it was";
-    answer.told = answer.bytes;
+    answer.told = answer.bytes =
+        "mode " + first_line(kModeNode) + ", level " + first_line(kLevelNode);
     return answer;
 }
 
@@ -128,7 +136,7 @@ Answer segments_chosen(Attempt& attempt)
 template <typename Get>
 Answer segments_got(Attempt& attempt, Get&& get)
 {
-    return filled<SegmentInfo>(attempt, get, told_segments, {});
+    return filled<SegmentInfo>(attempt, get, told_segments);
 }
 
 Answer segments(Attempt& attempt)
@@ -151,7 +159,11 @@ Answer command_run(Attempt& attempt)
     return filled<std::array<char, 16>>(
         attempt,
         [](auto& text) { return runShellCommand("echo a text", text.data(), sizeof text); },
-        [](const auto& text) { return text[0] == 'a' ? std::string{text.data()} : "none"; });
+        [](const auto& text) {
+            return text[0] == 'a'
+                       ? '"' + std::string{text.data(), ::strcspn(text.data(), "\n")} + '"'
+                       : "none";
+        });
 }
 
 Answer width(Attempt& attempt)
@@ -164,17 +176,40 @@ Answer type(Attempt& attempt)
     return {.status = attempt(runShellCommand_getMemoryTYpe)};
 }
 
+// Of so many seconds, where the nodes are plain files.
+void write_frames(int seconds)
+{
+    const auto node = [=](int frames) { return std::to_string(frames * seconds); };
+    write_node(kFlipsNode, node(6000) + " " + node(1'000'000'000) + "\n");
+    write_node(kBlitsNode, node(3000) + "\n");
+}
+
+void count_frames()
+{
+    if (!drivers_live) {
+        write_frames(1);
+    }
+}
+
+// What drivers count that live is another at each time.
+std::string told_count(std::int64_t count)
+{
+    if (count == 7) {
+        return "none";
+    }
+    return drivers_live && count > 0 ? "some" : std::to_string(count);
+}
+
 Answer frames_counted(Attempt& attempt)
 {
     std::uint32_t flips = 7;
     std::int64_t time = 7;
     std::int64_t blits = 7;
     Answer answer;
-    answer.untouched = "no flips, no time, no blits";
+    answer.untouched = "flips none at none, blits none";
     answer.status = attempt([&] { return gpuinfo_get_fps_count(&flips, &time, &blits); });
-    answer.told = answer.bytes = std::string{flips == 7 ? "no flips" : "flips"} +
-                                 (time == 7 ? ", no time" : ", time") +
-                                 (blits == 7 ? ", no blits" : ", blits");
+    answer.told = answer.bytes =
+        "flips " + told_count(flips) + " at " + told_count(time) + ", blits " + told_count(blits);
     return answer;
 }
 
@@ -186,12 +221,56 @@ Answer frames_begun(Attempt& attempt)
     return answer;
 }
 
-// The nodes are plain files: a second sample is at the time of the first.
+std::int64_t time_of_last_flip()
+{
+    std::uint32_t flips = 0;
+    std::int64_t time = 0;
+    std::int64_t blits = 0;
+    gpuinfo_get_fps_count(&flips, &time, &blits);
+    return time;
+}
+
+// Drivers that live have counted for a while since a first sample, which is the library's. Nodes
+// that are plain files have had a sample, and are a second on.
+void begin_frames()
+{
+    constexpr std::int64_t kWhile = 10'000'000;  // nanoseconds
+    constexpr auto kPatience = std::chrono::seconds{10};
+    if (!drivers_live) {
+        FpsInfo ignored{};
+        write_frames(1);
+        get_fps_info(&ignored);
+        write_frames(2);
+        return;
+    }
+    fps_init();
+    const auto end = std::chrono::steady_clock::now() + kPatience;
+    const std::int64_t begin = time_of_last_flip();
+    std::int64_t now = begin;
+    while (now != 0 && now < begin + kWhile && std::chrono::steady_clock::now() < end) {
+        now = time_of_last_flip();
+    }
+}
+
+// In whole numbers: time stamps have the precision that they have.
+std::string told_rates(const FpsInfo& info)
+{
+    std::string told;
+    for (const float rate : {info.flips, info.blits, info.flips_blits, info.average_since}) {
+        told += told.empty() ? "" : " ";
+        told += bytes_of(rate) == bytes_of(patterned<float>()) ? "-"
+                                                               : std::to_string(std::lround(rate));
+    }
+    return told;
+}
+
 Answer frame_rates(Attempt& attempt)
 {
-    return filled<FpsInfo>(
-        attempt, [](auto& info) { return get_fps_info(&info); },
-        [](const FpsInfo& info) { return info.flips >= 0 ? "rates" : "none"; });
+    Answer answer = filled<FpsInfo>(
+        attempt, [](auto& info) { return get_fps_info(&info); }, told_rates);
+    answer.untouched = told_rates(patterned<FpsInfo>());
+    answer.bytes = answer.told;
+    return answer;
 }
 
 Answer information_chosen(Attempt& attempt)
@@ -206,8 +285,8 @@ void choose_information()
 
 Answer information(Attempt& attempt)
 {
-    return filled<BandwidthInfo>(attempt, [](auto& info) { return get_bandwidth_info(&info); },
-                                 told_words<BandwidthInfo>, {});
+    return filled<BandwidthInfo>(
+        attempt, [](auto& info) { return get_bandwidth_info(&info); }, told_words<BandwidthInfo>);
 }
 
 Answer use_chosen(Attempt& attempt)
@@ -225,8 +304,8 @@ void choose_use()
 
 Answer engine_use(Attempt& attempt)
 {
-    return filled<GpuBusyInfo>(attempt, [](auto& info) { return get_gpubusy_info(&info); },
-                               told_words<GpuBusyInfo>, {});
+    return filled<GpuBusyInfo>(
+        attempt, [](auto& info) { return get_gpubusy_info(&info); }, told_words<GpuBusyInfo>);
 }
 
 constexpr std::array kEntryPoints{
@@ -240,9 +319,9 @@ constexpr std::array kEntryPoints{
                    "0 flag 0"),
     EntryPoint{"get_data_from_dvfs_register", 1, nullptr, settings, false},
     EntryPoint{"gpuinfo_get_data_from_dvfs_register", 1, nullptr, settings_by_worker, false},
-    EntryPoint{"set_data_to_dvfs_register", 0, nullptr, settings_written<set_data_to_dvfs_register>,
-               false, false, true},
-    EntryPoint{"gpuinfo_set_data_to_dvfs_register", 0, nullptr,
+    EntryPoint{"set_data_to_dvfs_register", 0, reset_settings,
+               settings_written<set_data_to_dvfs_register>, false, false, true},
+    EntryPoint{"gpuinfo_set_data_to_dvfs_register", 0, reset_settings,
                settings_written<gpuinfo_set_data_to_dvfs_register>, false, false, true},
     EntryPoint{"get_dvfs_info", 1, nullptr, clocks, false},
     EntryPoint{"segment_init, of a node", 1, nullptr, segments_chosen, false},
@@ -257,14 +336,18 @@ constexpr std::array kEntryPoints{
     EntryPoint{"runShellCommand", -1, nullptr, command_run, false, true},
     EntryPoint{"runShellCommand_getBitWidth", -1, nullptr, width, false, true},
     EntryPoint{"runShellCommand_getMemoryTYpe", -1, nullptr, type, false, true},
-    without_driver(EntryPoint{"gpuinfo_get_fps_count", 1, nullptr, frames_counted, false},
-                   "0 flips, time, no blits", "0 no flips, no time, no blits"),
-    EntryPoint{"fps_init", 1, nullptr, frames_begun, false},
-    without_driver(EntryPoint{"get_fps_info", 1, nullptr, frame_rates, true}, "0 rates"),
-    EntryPoint{"bandwidth_init", 1, nullptr, information_chosen, false},
-    EntryPoint{"get_bandwidth_info", 1, choose_information, information, false},
-    EntryPoint{"gfxbusy_init", 1, nullptr, use_chosen, false},
-    EntryPoint{"get_gpubusy_info", 1, choose_use, engine_use, false},
+    answers_live(
+        without_driver(EntryPoint{"gpuinfo_get_fps_count", 1, count_frames, frames_counted, false},
+                       "0 flips some at some, blits none", "0 flips none at none, blits none"),
+        "1, flips some at some, blits some"),
+    without_calls(EntryPoint{"fps_init", 1, nullptr, frames_begun, false}),
+    answers_live(without_calls(EntryPoint{"get_fps_info", 1, begin_frames, frame_rates, false}),
+                 "0, 120 - - 120"),
+    without_calls(EntryPoint{"bandwidth_init", 1, nullptr, information_chosen, false}),
+    without_calls(EntryPoint{"get_bandwidth_info", 1, choose_information, information, false}),
+    without_calls(EntryPoint{"gfxbusy_init", 1, nullptr, use_chosen, false}),
+    answers_live(without_calls(EntryPoint{"get_gpubusy_info", 0, choose_use, engine_use, false}),
+                 "0, - - 45 - 30 25 - 15 - -"),
 };
 
 }  // namespace

@@ -2,6 +2,7 @@
 // GPU preferences, in a home of this process.
 #include "entry_point.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <filesystem>
@@ -44,26 +45,41 @@ std::string file_text()
     return text.str();
 }
 
+std::string told_node(const _UTIL_GPU_PREFERENCE_NODE& node)
+{
+    std::string told = std::string{node.FileName} + " (" + node.FullPath + " " +
+                       std::to_string(node.GpuPrefer) + " \"" + node.PreferGpuName + "\"";
+    for (const int figure :
+         {int{node.domain}, int{node.bus}, int{node.device}, int{node.function}}) {
+        told += " " + std::to_string(figure);
+    }
+    return told + ")";
+}
+
 std::string told_list()
 {
     std::string told = "list";
     for (const _UTIL_GPU_PREFERENCE_NODE& node : interface_config_list) {
-        told += std::string{" "} + node.FileName;
+        told += " " + told_node(node);
     }
     return told;
 }
 
-// The names of the file's sections.
+// The names of the file's sections, and a sum of all.
 std::string told_file()
 {
+    const std::string text = file_text();
+    if (text == kText) {
+        return "file as it was";
+    }
     std::string told = "file";
-    std::istringstream lines{file_text()};
+    std::istringstream lines{text};
     for (std::string line; std::getline(lines, line);) {
         if (line.starts_with('[')) {
             told += " " + line.substr(1, line.size() - 2);
         }
     }
-    return file_text() == kText ? "file as it was" : told;
+    return told + ", " + checksum(text);
 }
 
 template <typename Call>
@@ -81,6 +97,11 @@ _UTIL_GPU_PREFERENCE_NODE preference_of(const char* name)
     std::strcpy(node.FileName, name);
     std::strcpy(node.FullPath, ("/opt/" + std::string{name}).c_str());
     node.GpuPrefer = 3;
+    std::strcpy(node.PreferGpuName, "Gpu1");
+    node.domain = 1;
+    node.bus = 2;
+    node.device = 3;
+    node.function = 4;
     return node;
 }
 
@@ -104,7 +125,11 @@ Answer saved(Attempt& attempt)
 template <std::int32_t (*set)(const _UTIL_GPU_PREFERENCE_NODE*)>
 Answer set_one(Attempt& attempt)
 {
-    const auto node = preference_of("editor");
+    auto node = preference_of("editor");
+    // The same again is not saved.
+    node.GpuPrefer += static_cast<std::int32_t>(
+        std::ranges::count(interface_config_list, std::string_view{"editor"},
+                           [](const auto& kept) { return std::string_view{kept.FileName}; }));
     return preferences(attempt, [&] { return set(&node); });
 }
 
@@ -116,12 +141,31 @@ Answer removed(Attempt& attempt)
 }
 
 template <std::int32_t (*get)(_UTIL_GPU_PREFERENCE_NODE*, std::int32_t*)>
-Answer got(Attempt& attempt)
+Answer counted(Attempt& attempt)
 {
     std::int32_t count = 9;
     Answer answer;
     answer.status = attempt([&] { return get(nullptr, &count); });
     answer.bytes = answer.told = std::to_string(count) + " preferences";
+    return answer;
+}
+
+template <std::int32_t (*get)(_UTIL_GPU_PREFERENCE_NODE*, std::int32_t*)>
+Answer got(Attempt& attempt)
+{
+    using Nodes = std::array<_UTIL_GPU_PREFERENCE_NODE, 3>;
+    auto count = static_cast<std::int32_t>(Nodes{}.size());
+    Answer answer = filled<Nodes>(
+        attempt, [&](Nodes& nodes) { return get(nodes.data(), &count); },
+        [&](const Nodes& nodes) {
+            std::string told = std::to_string(count) + " preferences";
+            for (const _UTIL_GPU_PREFERENCE_NODE& node :
+                 std::span{nodes}.first(static_cast<std::size_t>(std::clamp(count, 0, 3)))) {
+                told += " " + told_node(node);
+            }
+            return told;
+        });
+    answer.bytes += std::to_string(count);
     return answer;
 }
 
@@ -131,8 +175,11 @@ constexpr std::array kEntryPoints{
     EntryPoint{"savefile_INI", -1, write_and_load_file, saved, false},
     EntryPoint{"set_gpu_preference", -1, write_file, set_one<set_gpu_preference>, true},
     EntryPoint{"SetGPUPreference_config", -1, write_file, set_one<SetGPUPreference_config>, true},
-    EntryPoint{"get_gpu_preference", -1, write_file, got<get_gpu_preference>, true},
-    EntryPoint{"GetGPUPreference_config", -1, write_file, got<GetGPUPreference_config>, true},
+    EntryPoint{"get_gpu_preference", -1, write_file, counted<get_gpu_preference>, true},
+    EntryPoint{"GetGPUPreference_config", -1, write_file, counted<GetGPUPreference_config>, true},
+    EntryPoint{"get_gpu_preference, with a buffer", -1, write_file, got<get_gpu_preference>, true},
+    EntryPoint{"GetGPUPreference_config, with a buffer", -1, write_file,
+               got<GetGPUPreference_config>, true},
     EntryPoint{"remove_gpu_preference", -1, write_and_load_file, removed<remove_gpu_preference>,
                false},
     EntryPoint{"RemoveGPUPreference_config", -1, write_and_load_file,

@@ -19,7 +19,7 @@ std::string told_texts(const std::vector<std::string>& texts)
 {
     std::string told = std::to_string(texts.size()) + " texts";
     for (const std::string& text : texts) {
-        told += " " + std::to_string(text.size());
+        told += " " + std::to_string(text.size()) + " " + checksum(text);
     }
     return told;
 }
@@ -140,13 +140,24 @@ Answer sub_table_node(Attempt& attempt)
         [](const vidmm_vm_pte_elt3k& entry) { return std::string{entry.Addr}; });
 }
 
+std::string told_room(const data_vectors& device)
+{
+    std::string told = "room for";
+    for (const std::size_t entries :
+         {device.pt_level0.capacity(), device.pt_level1.capacity(), device.pt_level2.capacity(),
+          device.st_level0.capacity(), device.st_level1.capacity(), device.st_level2.capacity()}) {
+        told += " " + std::to_string(entries);
+    }
+    return told;
+}
+
 Answer room_made(Attempt& attempt)
 {
     data_vectors made{};
     Answer answer;
-    answer.untouched = "no room";
+    answer.untouched = told_room(made);
     answer.status = attempt([&] { create_vector(made); });
-    answer.told = answer.bytes = made.st_level2.capacity() == 0 ? "no room" : "room";
+    answer.told = answer.bytes = told_room(made);
     return answer;
 }
 
