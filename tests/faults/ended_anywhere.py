@@ -1,17 +1,22 @@
 # SPDX-License-Identifier: MIT
 """ended_anywhere.py SIGNAL_AT_CALL EVERY WHAT: ends the tools by signals at their system calls.
 
-EVERY is the distance between the calls at which it is done: 1 is all of them. WHAT is "smi", to be run
-on a simulated machine: nimba-smi leaves the terminal as it was, no half-written file and no process.
-Or it is "sim", with a /dev/shm of its own: nimba-sim leaves no process and no mount, and no directory
-behind the next run. Prints one line about each command.
+WHAT is "smi", to be run on a simulated machine: whatever ends nimba-smi, it leaves no process, and the
+file that it writes as it was or as it becomes. By signals that can be caught, it also leaves the
+terminal as it was and no other file. Of EVERY calls two are tried with them, in turns, and one with
+SIGKILL. Or WHAT is "sim", with a /dev/shm of its own: at one of EVERY calls SIGKILL ends nimba-sim, which
+leaves no process and no mount, and no directory behind the next run. Prints one line about each command.
 """
 
 import fcntl
+import itertools
 import os
 import pathlib
 import pty
+import re
+import resource
 import select
+import shutil
 import signal
 import subprocess
 import sys
@@ -20,10 +25,17 @@ import termios
 import time
 
 PATIENCE = 30  # seconds
-CATCHABLE = [signal.SIGINT, signal.SIGTERM, signal.SIGHUP]
+# All that end a process which does nothing about them, without those of its own faults.
+CATCHABLE = [
+    signal.SIGINT, signal.SIGQUIT, signal.SIGUSR1, signal.SIGPIPE, signal.SIGALRM, signal.SIGTERM,
+    signal.SIGRTMIN, signal.SIGHUP, signal.SIGUSR2, signal.SIGXCPU, signal.SIGXFSZ, signal.SIGVTALRM,
+    signal.SIGPROF, signal.SIGIO, signal.SIGPWR, signal.SIGSTKFLT, signal.SIGRTMAX,
+]
 # Calls of a command without an end that are tried.
 ENDLESS = 900
 MARK = "NIMBA_TEST_ENDED_ANYWHERE"
+# What SIGKILL may leave beside a file.
+TEMPORARY = re.compile(r"\.nimba-smi\.\w{6}")
 
 
 class Fault(Exception):
@@ -102,7 +114,10 @@ class Terminal:
 class Command:
     """A command line, and the file that it replaces, which is beside no other."""
 
-    def __init__(self, name, words, file=None, before=None):
+    # Of how many calls that would be tried one is.
+    sparseness = 1
+
+    def __init__(self, name, words, file=None, before=b"before\n"):
         self.name = name
         self.words = words
         self.file = file
@@ -112,19 +127,43 @@ class Command:
     def prepare(self):
         """Puts the file as it was before."""
         if self.file is not None:
-            self.file.parent.mkdir(parents=True, exist_ok=True)
+            shutil.rmtree(self.file.parent, ignore_errors=True)
+            self.file.parent.mkdir(parents=True)
             self.file.write_bytes(self.before)
 
-    def check(self):
+    def is_whole(self, text):
+        """Whether it is what the file becomes."""
+        return text == self.after
+
+    def check(self, may_leave_temporary):
         """The file is what it was, or what it becomes."""
         if self.file is None:
             return
-        files = [entry.name for entry in self.file.parent.iterdir()]
-        if files != [self.file.name]:
-            raise Fault(f"files {files}")
+        others = {entry.name for entry in self.file.parent.iterdir()} - {self.file.name}
+        if others and not (may_leave_temporary and all(map(TEMPORARY.fullmatch, others))):
+            raise Fault(f"files {others}")
         text = self.file.read_bytes()
-        if text not in (self.before, self.after):
+        if text != self.before and not self.is_whole(text):
             raise Fault(f"half a file: {text!r}")
+
+
+class Export(Command):
+    """The exporter: the values differ from run to run."""
+
+    def is_whole(self, text):
+        def series(exposition):
+            return [line.rpartition(b" ")[0] for line in exposition.splitlines(keepends=True)]
+        return series(text) == series(self.after) and text.endswith(b"\n")
+
+
+class Capture(Command):
+    """An archive, which no reader takes when its end is missing. It is long at the same calls."""
+
+    sparseness = 4
+
+    def is_whole(self, text):
+        return subprocess.run(["nimba-smi", "report", "--capture", self.file, "-"], check=False,
+                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL).returncode == 0
 
 
 class Stepper:
@@ -133,6 +172,7 @@ class Stepper:
     def __init__(self, signal_at_call, directory):
         self.signal_at_call = signal_at_call
         self.report = directory / "report"
+        self.scratch = directory / "scratch"
         self.runs = 0
 
     def run(self, words, number, which):
@@ -154,23 +194,27 @@ def try_signal(stepper, command, number, which):
     """Ends the command by the signal at its call of that number."""
     command.prepare()
     terminal, status = stepper.run(command.words, number, which)
+    caught = which != signal.SIGKILL
     try:
         if status not in (0, 128 + which):
             raise Fault(f"status {status}: {terminal.output!r}")
-        if which != signal.SIGKILL:
+        # Nothing can be given back by who is killed: who draws leaves the terminal as it is then.
+        if caught or command.file is not None:
             terminal.check()
-            command.check()
+        command.check(not caught)
+        left = list(stepper.scratch.iterdir())
+        if caught and left:
+            raise Fault(f"files {left}")
     except Fault as fault:
         raise Fault(f"{command.name}, {which.name} at call {number}: {fault}") from None
     finally:
         terminal.close()
-    if which == signal.SIGKILL and command.file is not None:
-        for entry in command.file.parent.iterdir():
-            entry.unlink()
+    for entry in stepper.scratch.iterdir():
+        shutil.rmtree(entry)
 
 
-def try_command(stepper, command, every, signals):
-    """Ends the command at its calls, by each signal in turn."""
+def try_command(stepper, command, every, turns):
+    """Ends the command at its calls, by the signals that can be caught in turns, and by SIGKILL."""
     calls = ENDLESS
     if command.file is not None:
         command.prepare()
@@ -180,13 +224,15 @@ def try_command(stepper, command, every, signals):
             raise Fault(f"{command.name}: status {status}: {terminal.output!r}")
         command.after = command.file.read_bytes()
         calls = stepper.calls()
-    for which in signals:
-        tried = 0
-        # Each signal begins at another call, so that together they try more of them.
-        for number in range(1 + signals.index(which) * every // len(signals), calls + 1, every):
-            try_signal(stepper, command, number, which)
-            tried += 1
-        print(f"{command.name}: {which.name} at {tried} of {calls} calls", flush=True)
+    every *= command.sparseness
+    caught = range(1, calls + 1, max(1, every // 2))
+    killed = range(1 + every // 2, calls + 1, every)
+    for number in caught:
+        try_signal(stepper, command, number, next(turns))
+    for number in killed:
+        try_signal(stepper, command, number, signal.SIGKILL)
+    print(f"{command.name}: caught signals at {len(caught)} of {calls} calls, SIGKILL at {len(killed)}",
+          flush=True)
 
 
 def smi_commands(directory):
@@ -194,21 +240,28 @@ def smi_commands(directory):
     home = directory / "home"
     os.environ["HOME"] = str(home)
     preferences = home / ".local/share/wmt_gfx_util.ini"
+    state, picture, metrics, archive = (
+        directory / name / "file" for name in ("state", "picture", "metrics", "archive"))
     return [
         Command("prefer set", ["nimba-smi", "prefer", "set", "/opt/maze", "--gpu", "0"], preferences,
                 b"; wmt_gfx_util.ini\n\n"),
-        Command("dvfs save", ["nimba-smi", "dvfs", "save", directory / "state/file", "-i", "1"],
-                directory / "state/file", b"before\n"),
-        Command("pagetable --svg", ["nimba-smi", "pagetable", "--svg", directory / "picture/file"],
-                directory / "picture/file", b"before\n"),
+        Command("dvfs save", ["nimba-smi", "dvfs", "save", state, "-i", "1"], state),
+        Command("pagetable --svg", ["nimba-smi", "pagetable", "--svg", picture], picture),
+        Export("export --textfile", ["nimba-smi", "export", "--textfile", metrics], metrics),
+        Capture("capture", ["nimba-smi", "capture", archive], archive),
         Command("top", ["nimba-smi", "top"]),
     ]
 
 
 def end_smi(stepper, directory, every):
     """Ends nimba-smi by what it can catch, and by what it cannot."""
+    # Nobody needs their memory.
+    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+    stepper.scratch.mkdir()
+    os.environ["TMPDIR"] = str(stepper.scratch)
+    turns = itertools.cycle(CATCHABLE)
     for command in smi_commands(directory):
-        try_command(stepper, command, every, [*CATCHABLE, signal.SIGKILL])
+        try_command(stepper, command, every, turns)
 
 
 def directories():

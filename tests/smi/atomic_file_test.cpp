@@ -4,12 +4,14 @@
 #include "support/file_size_limit.hpp"
 #include "support/temp_directory.hpp"
 
-#include <unistd.h>
+#include <fcntl.h>
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -65,24 +67,45 @@ TEST_F(AtomicFile, StaysAsItWasWhenThereIsNoRoom)
     EXPECT_EQ(entries(), 1);
 }
 
-// Writes until there is no more room; then the process is told to end, in the middle of the file.
-[[noreturn]] void write_until_told_to_end(const std::string& path, int signal)
+// Writes a file into the directory, with a signal to the process at the moment at which the first
+// file appears there: in the middle of writing.
+[[noreturn]] void write_and_be_told_to_end(const fs::path& directory, int signal)
 {
-    static int told = 0;
-    told = signal;
+    const rlimit no_core{};
+    ::setrlimit(RLIMIT_CORE, &no_core);
     std::signal(signal, SIG_DFL);
-    const test::FileSizeLimit limit{100};
-    std::signal(SIGXFSZ, [](int) { ::kill(::getpid(), told); });
-    write_file(path, std::string(1000, 'x'));
+    const int watched = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (::fcntl(watched, F_SETSIG, signal) != 0 || ::fcntl(watched, F_NOTIFY, DN_CREATE) != 0) {
+        std::perror("F_NOTIFY");
+        std::_Exit(1);
+    }
+    write_file(directory / "a.svg", "one");
     std::_Exit(0);
 }
 
 TEST_F(AtomicFile, IsNotLeftHalfWhenASignalEndsTheProcess)
 {
-    for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
-        EXPECT_EXIT(write_until_told_to_end(path("a.svg").string(), signal),
-                    testing::KilledBySignal(signal), "");
+    for (const int signal :
+         {SIGHUP, SIGINT, SIGQUIT, SIGUSR1, SIGUSR2, SIGPIPE, SIGALRM, SIGTERM, SIGSTKFLT, SIGXCPU,
+          SIGXFSZ, SIGVTALRM, SIGPROF, SIGIO, SIGPWR, SIGRTMIN, SIGRTMAX}) {
+        EXPECT_EXIT(write_and_be_told_to_end(directory_.path(), signal),
+                    testing::KilledBySignal(signal), "^$");
+        EXPECT_EQ(test::read_file(path("a.svg")), "one");
+        EXPECT_EQ(entries(), 1);
+        fs::remove(path("a.svg"));
     }
+}
+
+TEST_F(AtomicFile, IsNotLeftHalfWhenThereIsNoRoomAndThatEndsTheProcess)
+{
+    const auto write = [this] {
+        const test::FileSizeLimit limit{100};
+        const rlimit no_core{};
+        ::setrlimit(RLIMIT_CORE, &no_core);
+        std::signal(SIGXFSZ, SIG_DFL);
+        write_file(path("a.svg"), std::string(1000, 'x'));
+    };
+    EXPECT_EXIT(write(), testing::KilledBySignal(SIGXFSZ), "^$");
     EXPECT_EQ(entries(), 0);
 }
 

@@ -4,12 +4,12 @@
 #include "tools/smi/process/held_signal.hpp"
 
 #include <poll.h>
-#include <unistd.h>
 
 #include <sys/signalfd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <ctime>
 #include <system_error>
 
 namespace nimba::smi {
@@ -18,18 +18,41 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
+// Those with a number of their own.
+constexpr int kEnding[] = {SIGHUP,  SIGINT,    SIGQUIT, SIGUSR1,   SIGUSR2,
+                           SIGPIPE, SIGALRM,   SIGTERM, SIGSTKFLT, SIGXCPU,
+                           SIGXFSZ, SIGVTALRM, SIGPROF, SIGIO,     SIGPWR};
+
+// Those by which a user ends a run.
+constexpr int kOfRun[] = {SIGHUP, SIGINT, SIGTERM};
+
+void add_unless_ignored(sigset_t& signals, int signal)
+{
+    if (!is_ignored(signal)) {
+        ::sigaddset(&signals, signal);
+    }
+}
+
 }  // namespace
+
+sigset_t ending_signals()
+{
+    sigset_t signals;
+    ::sigemptyset(&signals);
+    for (const int signal : kEnding) {
+        add_unless_ignored(signals, signal);
+    }
+    for (int signal = SIGRTMIN; signal <= SIGRTMAX; ++signal) {
+        add_unless_ignored(signals, signal);
+    }
+    return signals;
+}
 
 StopSignals::StopSignals(SignalEffect effect) : effect_{effect}
 {
-    sigset_t watched;
-    ::sigemptyset(&watched);
-    for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
-        if (!is_ignored(signal)) {
-            ::sigaddset(&watched, signal);
-        }
-    }
+    sigset_t watched = ending_signals();
     ::sigprocmask(SIG_BLOCK, &watched, &before_);
+    ::sigdelset(&watched, SIGPIPE);
     signals_ = tools::Descriptor{::signalfd(-1, &watched, SFD_CLOEXEC | SFD_NONBLOCK)};
     if (!signals_) {
         const int error = errno;
@@ -41,9 +64,13 @@ StopSignals::StopSignals(SignalEffect effect) : effect_{effect}
 StopSignals::~StopSignals()
 {
     // What is not taken here is delivered as soon as the mask lets it through.
-    signalfd_siginfo info{};
-    while (effect_ == SignalEffect::kEndOfRun &&
-           ::read(signals_.get(), &info, sizeof info) == sizeof info) {
+    sigset_t taken;
+    ::sigemptyset(&taken);
+    for (const int signal : kOfRun) {
+        ::sigaddset(&taken, signal);
+    }
+    const timespec at_once{};
+    while (effect_ == SignalEffect::kEndOfRun && ::sigtimedwait(&taken, nullptr, &at_once) > 0) {
     }
     ::sigprocmask(SIG_SETMASK, &before_, nullptr);
 }

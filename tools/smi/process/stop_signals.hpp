@@ -9,14 +9,18 @@
 
 namespace nimba::smi {
 
-// What a signal does that came in the lifetime of StopSignals.
+// The signals that end a process which does nothing about them, but for those that it was started
+// to ignore, and those by which its own faults end it, which cannot wait: SIGSEGV and its like.
+sigset_t ending_signals();
+
+// What SIGHUP, SIGINT and SIGTERM do that came in the lifetime of StopSignals.
 enum class SignalEffect : uint8_t {
-    kEndOfRun,      // no more than whoever waits for it makes of it
-    kEndOfProcess,  // it ends the process as if it came at the end of the lifetime
+    kEndOfRun,      // no more than whoever waits for them makes of them
+    kEndOfProcess,  // as any other: they end the process as if they came at the end of the lifetime
 };
 
-// As long as it lives, SIGHUP, SIGINT and SIGTERM do not end the process but can be waited for. A
-// signal that the process was started to ignore is still ignored.
+// As long as it lives, no ending signal ends the process, but they can be waited for: all except
+// SIGPIPE, of which whoever writes learns by the write.
 class StopSignals final {
   public:
     explicit StopSignals(SignalEffect effect);

@@ -2,30 +2,32 @@
 #include "tools/smi/top/terminal_signals.hpp"
 
 #include "tools/smi/process/held_signal.hpp"
-
-#include <unistd.h>
+#include "tools/smi/process/stop_signals.hpp"
 
 #include <sys/signalfd.h>
 
 #include <cerrno>
+#include <ctime>
 #include <system_error>
 
 namespace nimba::smi::top {
 namespace {
 
-constexpr int kSignals[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGTSTP, SIGCONT, SIGWINCH};
+constexpr int kOfTerminal[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGTSTP, SIGCONT, SIGWINCH};
 
 }  // namespace
 
-TerminalSignals::TerminalSignals()
+TerminalSignals::TerminalSignals() : ending_{ending_signals()}
 {
-    sigset_t watched;
-    ::sigemptyset(&watched);
-    for (const int signal : kSignals) {
+    ::sigemptyset(&taken_);
+    for (const int signal : kOfTerminal) {
         if (!is_ignored(signal)) {
-            ::sigaddset(&watched, signal);
+            ::sigaddset(&taken_, signal);
+            ::sigdelset(&ending_, signal);
         }
     }
+    sigset_t watched;
+    ::sigorset(&watched, &taken_, &ending_);
     ::pthread_sigmask(SIG_BLOCK, &watched, &before_);
     signals_ = tools::Descriptor{::signalfd(-1, &watched, SFD_CLOEXEC | SFD_NONBLOCK)};
     if (!signals_) {
@@ -37,18 +39,35 @@ TerminalSignals::TerminalSignals()
 
 TerminalSignals::~TerminalSignals()
 {
-    // What came is done with: it ended the view.
-    while (next()) {
+    // What came of the terminal is done with: it ended the view. The others now end the process.
+    while (take()) {
     }
     ::pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }
 
 std::optional<int> TerminalSignals::next() const
 {
-    signalfd_siginfo info{};
-    return ::read(signals_.get(), &info, sizeof info) == sizeof info
-               ? std::optional(static_cast<int>(info.ssi_signo))
-               : std::nullopt;
+    const auto taken = take();
+    return taken ? taken : ending();
+}
+
+std::optional<int> TerminalSignals::take() const
+{
+    const timespec at_once{};
+    const int signal = ::sigtimedwait(&taken_, nullptr, &at_once);
+    return signal > 0 ? std::optional(signal) : std::nullopt;
+}
+
+std::optional<int> TerminalSignals::ending() const
+{
+    sigset_t waiting;
+    ::sigpending(&waiting);
+    for (int signal = 1; signal <= SIGRTMAX; ++signal) {
+        if (::sigismember(&ending_, signal) == 1 && ::sigismember(&waiting, signal) == 1) {
+            return signal;
+        }
+    }
+    return std::nullopt;
 }
 
 void TerminalSignals::stop_process()
