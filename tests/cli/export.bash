@@ -57,7 +57,8 @@ connect() {
 http() {
     local connection
     connect
-    printf '%s\r\n\r\n' "$1" >&"$connection"
+    # Who is refused may be so before all is said.
+    (trap '' PIPE; printf '%s\r\n\r\n' "$1" >&"$connection") 2>/dev/null || true
     tr -d '\r' <&"$connection"
     exec {connection}>&-
 }

@@ -71,7 +71,7 @@ teardown_file() {
     needs_live_drivers
     run --separate-stderr on three-adapters sh -c '
         nimba-sim fault block eclk --directory info --adapter 1 --ms 60000
-        nimba-smi --timeout 1 info'
+        nimba-smi --timeout 3 info'
     [ "$status" = 7 ] || { echo "$stderr"; return 1; }
     [ "$(grep -o '^Slot [012]' <<<"$output" | tr '\n' ' ')" = "Slot 0 Slot 2 " ]
 }

@@ -160,10 +160,12 @@ terminal_shows() {
     needs_live_drivers
     run --separate-stderr on leaking sh -c '
         (until nimba-sim commands | grep -q enable_usage; do sleep 0.05; done
-         sleep 1; nimba-sim fault gone) & exec nimba-smi leaks --interval 0.4 --count 8'
+         sleep 1; nimba-sim fault gone) & exec nimba-smi leaks --interval 0.4 --count 12'
     [ "$status" = 3 ]
-    [[ $stderr =~ ^nimba-smi:\ adapter\ 0000:01:00.0\ \(Gpu0:Nimba-GT-K3\):\ there\ is\ no\ directory\ /sys/kernel/debug/dri/0/jw/allocations:.*\(in\ [1-7]\ of\ 8\ snapshots\)$ ]]
-    same "${lines[-1]}" "8 snapshots"
+    # Of a snapshot that it goes away in, the contexts may be told as well.
+    grep -Eq '^nimba-smi: adapter 0000:01:00\.0 \(Gpu0:Nimba-GT-K3\): there is no directory /sys/kernel/debug/dri/0/jw/allocations:.*\(in [0-9]+ of 12 snapshots\)$' \
+        <<<"$stderr" || { echo "$stderr"; return 1; }
+    same "${lines[-1]}" "12 snapshots"
     [ "${#lines[@]}" -gt 3 ]
 }
 

@@ -181,10 +181,10 @@ faulty() {
     needs_live_drivers
     run --separate-stderr on three-adapters sh -c '
         nimba-sim fault block eclk --directory info --adapter 1 --ms 60000
-        nimba-smi --timeout 1 clocks --csv; s=$?
+        nimba-smi --timeout 3 clocks --csv; s=$?
         cat /sys/bus/pci/devices/*/*_info/enable_usage; exit $s'
     [ "$status" = 7 ] || { echo "$stderr"; return 1; }
-    [[ $stderr == *"worker lost in gpuinfo_get_jwinfoFD_value_int of eclk: no answer within 1 s; "* ]]
+    [[ $stderr == *"worker lost in gpuinfo_get_jwinfoFD_value_int of eclk: no answer within 3 s; "* ]]
     [[ ${lines[1]} == "0,"* && ${lines[2]} == "2,"* ]]
     same "${lines[3]}${lines[4]}${lines[5]}" 000
 }
@@ -193,7 +193,7 @@ faulty() {
     needs_live_drivers
     run --separate-stderr on three-adapters bash -c '
         mkfifo lines
-        nimba-smi clocks --watch 0.1 --count 4 --json >lines 2>errors &
+        nimba-smi clocks --watch 0.1 --count 20 --json >lines 2>errors &
         exec 7<lines
         read -r line <&7
         for worker in $(cat "/proc/$!/task/$!/children"); do
@@ -211,7 +211,7 @@ faulty() {
     needs_live_drivers
     run --separate-stderr on steady-adapter bash -c '
         mkfifo lines
-        nimba-smi clocks --watch 0.1 --count 6 --json >lines &
+        nimba-smi clocks --watch 0.1 --count 20 --json >lines &
         exec 7<lines
         read -r line <&7
         nimba-sim fault gone

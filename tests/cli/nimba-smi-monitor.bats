@@ -122,9 +122,10 @@ within() {
     [ "$(wc -l <watch)" = 4 ]
     for file in single watch; do
         within 5 120 .adapters[0].flips_per_second "$file"
-        within 5 120 .adapters[0].blits_per_second "$file"
-        within 5 240 .adapters[0].frames_per_second "$file"
-        within 5 240 .adapters[0].average_per_second "$file"
+        # Blits are read behind the time that comes with flips.
+        within 60 120 .adapters[0].blits_per_second "$file"
+        within 30 240 .adapters[0].frames_per_second "$file"
+        within 30 240 .adapters[0].average_per_second "$file"
         within 5 45 .adapters[0].engine_3d_percent "$file"
         within 5 30 .adapters[0].engine_vcp_percent "$file"
         within 5 15 .adapters[0].engine_vpp_percent "$file"
@@ -192,7 +193,7 @@ bandwidth and busy words are not available"
         nimba-sim commands --clear
         nimba-smi usage --watch 0.3 --count 3 --json >lines &
         exec 7<lines
-        head -n 1 <&7 >out
+        read -r line <&7; echo "$line" >out
         nimba-smi ps >/dev/null
         nimba-sim commands >commands
         cat <&7 >>out

@@ -151,10 +151,10 @@ SIGXFSZ; run with --verbose to see the library's last messages"
     cp "$FILE" before
     exec 9<"$SHARE"
     flock 9
-    prefer remove maze --timeout 0.5 9<&-
+    prefer remove maze --timeout 3 9<&-
     exec 9<&-
     [ "$status" = 1 ]
-    same "$stderr" "nimba-smi: $FILE is being changed by another nimba-smi: no answer within 0.5 s; \
+    same "$stderr" "nimba-smi: $FILE is being changed by another nimba-smi: no answer within 3 s; \
 run the command again"
     diff before "$FILE"
 }

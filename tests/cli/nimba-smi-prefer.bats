@@ -214,9 +214,9 @@ $NOT_THERE /opt/solver yet"
 @test "several at the same time wait for each other" {
     keep_entries maze
     on two-and-foreign bash -c 'for i in 1 2 3 4 5 6; do
-            nimba-smi prefer set "/opt/p$i" --gpu 0 &
+            nimba-smi --timeout 55 prefer set "/opt/p$i" --gpu 0 &
         done
-        nimba-smi prefer remove maze &
+        nimba-smi --timeout 55 prefer remove maze &
         wait' >/dev/null 2>&1
     same "$(grep '^\[' "$FILE" | sort)" "[p1]
 [p2]

@@ -28,7 +28,7 @@ enter_clean_root() {
         "$packages" "$BATS_FILE_TMPDIR/ready" "$NIMBA_SOURCE_DIR" "$NIMBA_BINARY_DIR" \
         >>"$log" 2>&1 3>&- &
     clean_root=$!
-    if [ "$(timeout 60 cat "$BATS_FILE_TMPDIR/ready")" != ready ]; then
+    if [ "$(timeout 100 cat "$BATS_FILE_TMPDIR/ready")" != ready ]; then
         cat "$log" >&2
         leave_clean_root
         return 1

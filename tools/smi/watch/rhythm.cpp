@@ -17,6 +17,9 @@ void keep_rhythm(const Rhythm& rhythm, const StopSignals& stop,
         if (!round(number)) {
             return;
         }
+        if (number == 1) {
+            next = Clock::now();  // the first round starts the processes, too
+        }
         next = std::max(next + rhythm.interval, Clock::now());
     } while (number < count && !stop.wait_until(next));
 }
