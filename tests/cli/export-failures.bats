@@ -20,6 +20,74 @@ load exporting.bash
     [[ "$output" != *nimba_allocations* ]]
 }
 
+@test "a map of contexts that cannot be read is no map without contexts" {
+    needs_live_drivers
+    exporting default '
+        nimba-sim fault list devices --error EIO --entries 0
+        nimba-smi export --once "${PATIENT[@]}" -i 0 | grep -o "^nimba_[ad][el][a-z_]*" | sort -u'
+    [[ "$output" == *nimba_allocation_bytes* ]] || { echo "$output"; return 1; }
+    [[ "$output" != *nimba_device_contexts* ]]
+}
+
+# scrape_with FAULT: the counts of two adapters of a library that misbehaves so.
+scrape_with() {
+    NIMBA_STUB_ADAPTERS=2 NIMBA_STUB_FAULT=$1 timeout 300 nimba-smi \
+        --library "$NIMBA_STUBS/stub_with_power.so" export --once --deadline 60 2>/dev/null |
+        grep -E '^nimba_(collector_success|workers_replaced_total|adapters)'
+}
+
+@test "a library that aborts or throws in a call costs that collector and a worker" {
+    scrape_with 1/gpuinfo_get_temparature_value_int/note >whole
+    grep -Fxq 'nimba_collector_success{collector="sensors",gpu="0000:04:00.0",slot="1"} 1' whole
+    sed -e '/"sensors".*slot="1"/s/ 1$/ 0/' -e '/^nimba_workers.*slot="1"/s/ 0$/ 1/' whole >expected
+    for how in abort throw; do
+        scrape_with 1/gpuinfo_get_temparature_value_int/$how >broken
+        diff expected broken
+    done
+    # A worker that discovery loses counts as one of no adapter; what it would tell is absent.
+    scrape_with discovery/gfx_find_adapter/abort >undiscovered
+    same "$(<undiscovered)" 'nimba_collector_success{collector="library"} 1
+nimba_collector_success{collector="discovery"} 0
+nimba_workers_replaced_total 1'
+}
+
+@test "how many adapters there are is not told any more when discovery fails" {
+    exporting no-gpu '
+        cp "$(nimba-smi version --json | jq -r .library.path)" library.so
+        start_exporter --library ./library.so "${PATIENT[@]}"
+        scrape | grep -cE "^nimba_(adapters|library)" || true
+        mv library.so elsewhere.so
+        scrape | grep -cE "^nimba_(adapters|library)" || true
+        mv elsewhere.so library.so
+        scrape | grep -cE "^nimba_(adapters|library)" || true
+        drop_exporter'
+    ended_with 0
+    same "$output" "2
+0
+2"
+}
+
+@test "an adapter whose driver is gone at the start comes up beside the others without a restart" {
+    needs_live_drivers
+    exporting three-adapters '
+        nimba-sim fault gone --adapter 1
+        start_exporter "${PATIENT[@]}" --without pagetables
+        scrape >gone
+        nimba-sim fault --clear
+        scrape >back
+        for file in gone back; do
+            sed -n "s/^nimba_adapter_up{gpu=\"\([^\"]*\)\".* /\1 /p" $file
+        done
+        drop_exporter'
+    ended_with 0
+    same "$output" "0000:01:00.0 1
+0000:02:00.0 0
+0001:03:00.0 1
+0000:01:00.0 1
+0000:02:00.0 1
+0001:03:00.0 1"
+}
+
 @test "a collector that blocks is given up, its worker is replaced, and it comes last from then on" {
     needs_live_drivers
     exporting steady-adapter '
@@ -32,7 +100,7 @@ load exporting.bash
         for file in first second third; do
             echo "$(value_of "nimba_collector_success{collector=\"sensors\"" <$file)" \
                 "$(grep -c "^nimba_collector_success.* 1$" $file)" \
-                "$(value_of nimba_workers_replaced_total <$file)" \
+                "$(value_of "nimba_workers_replaced_total{" <$file)" \
                 "$(value_of nimba_temperature_celsius <$file)"
         done
         drop_exporter
@@ -76,7 +144,7 @@ load exporting.bash
         workers | wc -l
         for file in lost again behind; do
             grep "^nimba_collector_success.* 0$" $file || true
-            value_of nimba_workers_replaced_total <$file
+            value_of "nimba_workers_replaced_total{" <$file
         done
         drop_exporter
         grep -c "killed but still in the driver" exporter.errors'
@@ -177,14 +245,14 @@ X-Long: $(printf "%9000s" | tr " " x)" | sed -n 1p
             while printf x >&"$connection"; do sleep 0.1; done
         }
         # One for each thread and one more.
-        for header in "Content-Length: 1000000" "Content-Length: 1" "Transfer-Encoding: chunked" \
-            "Content-Length: 1000000" "Content-Length: 1000000"; do
+        for header in "Content-Length: 1" "Transfer-Encoding: chunked" \
+            "Content-Length: 1000000"{,,,,,,,,,,,,,,}; do
             drip "$header" >>refused 2>/dev/null &
         done
-        refused() { [ "$(grep -c " 413 " refused)" = 5 ]; }
+        refused() { [ "$(grep -c " 413 " refused)" = 17 ]; }
         within 60 refused
         scrape | grep nimba_adapters
-        for i in 1 2 3 4 5; do
+        for i in {1..17}; do
             connect
         done
         scrape | grep nimba_adapters
@@ -226,16 +294,17 @@ nimba_adapters 0"
     ended_with 0
 }
 
-@test "a signal in the middle of a scrape ends it soon" {
+@test "a signal in the middle of a scrape ends it soon, and half a scrape is not served" {
     needs_live_drivers
     exporting steady-adapter '
         start_exporter "${PATIENT[@]}"
         nimba-sim fault block allocations --ms 600000
         nimba-sim fault block "*" --directory info --ms 600000
-        scrape >/dev/null &
+        http "GET /metrics HTTP/1.0" >served &
         scraping() { [ -n "$(workers)" ]; }
         within 60 scraping
         end_exporter
-        wait'
+        wait
+        not grep "^nimba_" served'
     ended_with 0
 }

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 """A Prometheus that scrapes exporters on six simulated machines.
 
-test_prometheus.py [--seconds N]: it scrapes for so long before anything is asked; else twice.
+test_prometheus.py [--seconds N]: it scrapes for so long, else a minute, before anything is asked.
 """
 
 import argparse
@@ -24,7 +24,7 @@ LEAVING = "127.0.0.7"
 ADAPTERS = 7
 
 _options = argparse.ArgumentParser()
-_options.add_argument("--seconds", type=int, default=0)
+_options.add_argument("--seconds", type=int, default=60)
 
 # What tests/fleet/machines/steady.toml says; "@" is the machine.
 STEADY_VALUES = {
@@ -62,7 +62,7 @@ STEADY_VALUES = {
     'nimba_bandwidth_word{@, word="0"}': 4000,
     'nimba_bandwidth_word{@, word="10"}': 100,
     "min(nimba_collector_success{@})": 1,
-    "nimba_workers_replaced_total{@}": 0,
+    'nimba_workers_replaced_total{@, gpu="0000:01:00.0"}': 0,
 }
 OTHER_VALUES = {
     f'nimba_memory_segment_total_bytes{{instance="{HEAPS}", heap="heap_local"}}': 1_073_741_824,
@@ -80,8 +80,12 @@ HOSTILE_NAMES = {
 }
 
 
+# How the queries of panels end that count what is wrong.
+ELSE_ZERO = " or vector(0)"
+
+
 class Scraped(unittest.TestCase):
-    seconds = 0
+    seconds = 60
     prometheus: Prometheus
     exporters: dict[str, Exporter]
 
@@ -147,6 +151,8 @@ class Scraped(unittest.TestCase):
         for panel in panels(dashboard()):
             for target in panel["targets"]:
                 query = self.without_variables(target["expr"])
+                if query.endswith(ELSE_ZERO):
+                    continue  # test_what_is_gone_is_told_until_it_is_back
                 with self.subTest(panel["title"], query=query):
                     if target["range"]:
                         found = self.prometheus.series_since(query, self.seconds + 10, 2)
@@ -185,6 +191,8 @@ class Scraped(unittest.TestCase):
 
     def test_what_is_gone_is_told_until_it_is_back(self):
         exporter = self.exporters[LEAVING]
+        wrong = self.counts_of_what_is_wrong(LEAVING)
+        self.assertEqual(set(wrong), {"Drivers gone", "Collectors failing", "Exporters down"})
         gone = f'nimba_adapter_up{{instance="{LEAVING}"}}'
         exporter.fault("gone")
         alert = {
@@ -197,9 +205,14 @@ class Scraped(unittest.TestCase):
         }
         until(lambda: self.prometheus.firing("NimbaDriverGone") == [alert], "gone")
         self.prometheus.expect(gone, 0)
+        self.prometheus.expect(wrong["Drivers gone"], 1)
+        until(lambda: self.prometheus.value(wrong["Collectors failing"]), "failing collectors")
         exporter.fault("--clear")
         until(lambda: not self.prometheus.firing("NimbaDriverGone"), "back")
         self.prometheus.expect(gone, 1)
+        self.prometheus.expect(wrong["Drivers gone"], None)
+        self.prometheus.expect(wrong["Collectors failing"], None)
+        self.prometheus.expect(wrong["Exporters down"], None)
         self.assertEqual(exporter.end(), 0)
         down = {
             "alertname": "NimbaExporterDown",
@@ -208,6 +221,16 @@ class Scraped(unittest.TestCase):
             "instance": LEAVING,
         }
         until(lambda: down in self.prometheus.firing("NimbaExporterDown"), "down")
+        self.prometheus.expect(wrong["Exporters down"], 1)
+
+    def counts_of_what_is_wrong(self, at: str) -> dict[str, str]:
+        """Queries of the dashboard, by title, that count it at a machine, and have no zero else."""
+        return {
+            panel["title"]: self.without_variables(query.removesuffix(ELSE_ZERO), at)
+            for panel in panels(dashboard())
+            for query in (target["expr"] for target in panel["targets"])
+            if query.endswith(ELSE_ZERO)
+        }
 
     def alerts(self) -> list[dict[str, str]]:
         """The labels of the alerts about machines of which nothing goes away."""
@@ -228,10 +251,10 @@ class Scraped(unittest.TestCase):
             known[series["metric"].pop("__name__")] = set(series["metric"])
         return known
 
-    def without_variables(self, query: str) -> str:
-        """The query with what Grafana puts in place of variables, for all machines and adapters."""
+    def without_variables(self, query: str, instance: str = ".*") -> str:
+        """The query with what Grafana puts in place of variables, for all adapters of machines."""
         rate_interval = f"{4 * self.prometheus.interval}s"
-        texts = {"instance": ".*", "gpu": ".*", "__rate_interval": rate_interval}
+        texts = {"instance": instance, "gpu": ".*", "__rate_interval": rate_interval}
         for variable, text in texts.items():
             query = query.replace(f"${variable}", text)
         assert "$" not in query, query

@@ -55,10 +55,13 @@ VALUES = {
     'nimba_memory_segment_used_bytes{instance="127.0.1.7", segment="0"}': 7_000_000,
     'sum(nimba_allocations{gpu="0000:01:00.0"})': 20,
     "min(nimba_collector_success)": 1,
-    # The farm's job drops what is of a process.
+    # The farm's job drops what is of a process, and of shapes all but the bytes.
     "count(nimba_process_memory_bytes)": None,
     "count(nimba_page_table_entries)": None,
     "count(nimba_page_table_address_spaces)": 20,
+    "count(nimba_leak_group_allocations)": None,
+    "count(nimba_leak_group_oldest_scrapes)": None,
+    "sum(nimba_leak_group_bytes)": 10_000_000_000,
 }
 
 

@@ -147,5 +147,15 @@ TEST(ExportProblemLines, AProblemIsToldWhenItComesUpAndWhenItComesAgain)
     EXPECT_EQ(told(lines, {problem_with("no fan")}), (Messages{"no fan"}));
 }
 
+TEST(ExportProblemLines, WhatIsToldOnceIsNotToldWhenItComesAgain)
+{
+    ProblemLines lines;
+    const std::vector<Problem> problems{problem_with("no entry 1"), problem_with("no entry 2")};
+    ASSERT_EQ(lines.never_told(problems).size(), 1U);
+    EXPECT_TRUE(lines.never_told({}).empty());
+    EXPECT_TRUE(lines.never_told(problems).empty());
+    EXPECT_EQ(told(lines, problems), std::vector<std::string>{"no entry 1"});
+}
+
 }  // namespace
 }  // namespace nimba::smi::exporting

@@ -44,19 +44,21 @@ TEST(ExportOptions, WithoutAnyTheyAreTheDocumentedDefaults)
     EXPECT_EQ(options.deadline, 2000ms);
     EXPECT_EQ(options.max_processes, 50U);
     EXPECT_TRUE(options.without.none());
+    EXPECT_FALSE(options.skip_denied);
 }
 
 TEST(ExportOptions, AllThatThereAreAreTaken)
 {
-    const Options file =
-        options_of({"--textfile", "a.prom", "--interval", "0.5", "--deadline", "0.25", "--without",
-                    "leaks,pagetables", "--max-processes", "0", "--no-processes", "-i", "1"});
+    const Options file = options_of({"--textfile", "a.prom", "--interval", "0.5", "--deadline",
+                                     "0.25", "--without", "leaks,pagetables", "--max-processes",
+                                     "0", "--no-processes", "--skip-denied", "-i", "1"});
     EXPECT_EQ(file.exporting.textfile, "a.prom");
     EXPECT_EQ(file.exporting.interval, 500ms);
     EXPECT_EQ(file.exporting.deadline, 250ms);
     EXPECT_EQ(file.exporting.without.to_ulong(), 0b1'1000'0000U);
     EXPECT_EQ(file.exporting.max_processes, 0U);
     EXPECT_TRUE(file.exporting.no_processes);
+    EXPECT_TRUE(file.exporting.skip_denied);
     EXPECT_EQ(file.adapter, AdapterChoice{1});
     EXPECT_EQ(options_of({"--listen", "[::1]:0"}).exporting.listen,
               (ListenAddress{"::1", 0, true}));

@@ -126,6 +126,22 @@ TEST(ExportPageTables, ProcessesThatHoldADeviceAreNamedAsItsSeriesNameThem)
         << text;
 }
 
+TEST(ExportPageTables, NamesThatAreTheSameAsTextAreOneSeries)
+{
+    AdapterFigures adapter = adapter_with_tables();
+    adapter.page_tables->devices = {vm_device("4100001", "maz\xc3", {0, 0, 0}, {0, 0, 100}),
+                                    vm_device("4100001", "maz\xe9", {0, 0, 0}, {0, 0, 10}),
+                                    vm_device("4100001", "maz\n", {0, 0, 0}, {0, 0, 5})};
+    const std::string text = text_of_tables(adapter, {false, 50});
+    const std::string line =
+        "nimba_page_table_entries{gpu=\"0000:01:00.0\",pid=\"4100001\","
+        "process=\"maz\xEF\xBF\xBD\",level=\"2\",kind=\"page\"} ";
+    EXPECT_NE(text.find(line + "110\n"), std::string::npos) << text;
+    EXPECT_EQ(text.find(line), text.rfind(line)) << text;
+    EXPECT_NE(text.find("process=\"maz\\\\x0a\",level=\"2\",kind=\"page\"} 5\n"), std::string::npos)
+        << text;
+}
+
 TEST(ExportPageTables, WithoutProcessesTheyAreThoseOfAllTogether)
 {
     const std::string text = text_of_tables(adapter_with_tables(), {true, 50});

@@ -61,6 +61,9 @@ nimba_collector_success{collector="discovery"} 0
 # TYPE nimba_collector_duration_seconds gauge
 nimba_collector_duration_seconds{collector="library"} 0.5
 nimba_collector_duration_seconds{collector="discovery"} 2
+# HELP nimba_workers_replaced_total Worker processes that could not go on and were replaced.
+# TYPE nimba_workers_replaced_total counter
+nimba_workers_replaced_total 0
 # HELP nimba_scrape_duration_seconds How long this scrape took.
 # TYPE nimba_scrape_duration_seconds gauge
 nimba_scrape_duration_seconds 2.5
@@ -72,8 +75,10 @@ TEST(ExportSamples, AdapterThatToldNothingIsDownAndHasNoZeros)
     AdapterFigures adapter = silent_adapter();
     adapter.runs = {{"summary", true, Seconds{0.125}}, {"clocks", false, std::nullopt}};
     adapter.workers_replaced = 2;
+    MachineFigures machine = machine_with(adapter);
+    machine.workers_replaced = 3;
     EXPECT_EQ(
-        exposition_text(samples_of(machine_with(adapter), {})),
+        exposition_text(samples_of(machine, {})),
         R"(# HELP nimba_adapter_up Whether the adapter's driver gave any figure at this scrape.
 # TYPE nimba_adapter_up gauge
 nimba_adapter_up{gpu="0000:02:00.0",slot="1"} 0
@@ -92,6 +97,7 @@ nimba_collector_success{collector="clocks",gpu="0000:02:00.0",slot="1"} 0
 nimba_collector_duration_seconds{collector="summary",gpu="0000:02:00.0",slot="1"} 0.125
 # HELP nimba_workers_replaced_total Worker processes that could not go on and were replaced.
 # TYPE nimba_workers_replaced_total counter
+nimba_workers_replaced_total 3
 nimba_workers_replaced_total{gpu="0000:02:00.0",slot="1"} 2
 # HELP nimba_scrape_duration_seconds How long this scrape took.
 # TYPE nimba_scrape_duration_seconds gauge
@@ -231,6 +237,29 @@ TEST(ExportSamples, AllocationsCountBySegment)
                R"(nimba_process_memory_bytes{gpu="0000:02:00.0",slot="1",pid="4100002",)"
                R"(device="0x12"} 7)",
                R"(nimba_process_memory_bytes{gpu="0000:02:00.0",slot="1",device="0x13"} 1)"}));
+}
+
+TEST(ExportSamples, ContextsAreAbsentWhenTheirMapWasNotReadAndThereWhenItWasFull)
+{
+    const auto with_remark = [](const Failure& remark) {
+        AdapterFigures adapter = silent_adapter();
+        MemoryReading reading;
+        reading.contexts = {{0x11, 4100001, "maze"}};
+        reading.allocations = {allocation(1, 0x11, 4096, 0)};
+        reading.remarks = {remark};
+        keep_reading(adapter, std::move(reading));
+        return adapter;
+    };
+    const auto unread = with_remark({ExitStatus::kNoAdapter, "get_device_pid_maps", "EIO"});
+    EXPECT_EQ(lines_of(unread, "nimba_device_contexts"), Lines{});
+    EXPECT_EQ(lines_of(unread, "nimba_allocation_bytes").size(), 6U);
+    const Lines one{R"(nimba_device_contexts{gpu="0000:02:00.0",slot="1"} 1)"};
+    EXPECT_EQ(lines_of(with_remark({ExitStatus::kOk, "get_device_pid_maps", "more"}),
+                       "nimba_device_contexts"),
+              one);
+    EXPECT_EQ(
+        lines_of(with_remark({ExitStatus::kNoAdapter, "fps_init", "EIO"}), "nimba_device_contexts"),
+        one);
 }
 
 TEST(ExportSamples, CountersAndRatiosHaveTheirUnits)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/export/deadline.hpp"
 #include "tools/smi/export/server.hpp"
+#include "tools/smi/export/shared_work.hpp"
 #include "tools/smi/export/task_thread.hpp"
 
 #include <poll.h>
@@ -45,6 +46,12 @@ TEST(ExportDeadline, IsReadableOnceTheUserWantsToEnd)
     EXPECT_TRUE(becomes_readable(deadline.descriptor(), kBound));
 }
 
+TEST(ExportDeadline, WithoutAnyTimeIsOverAtOnce)
+{
+    const Deadline deadline{-1000ms, -1};
+    EXPECT_TRUE(becomes_readable(deadline.descriptor(), kBound));
+}
+
 TEST(ExportTaskThread, DoesAllTasksInOneThreadThatIsNotTheCallers)
 {
     TaskThread thread;
@@ -64,6 +71,38 @@ TEST(ExportTaskThread, WhatATaskThrowsComesOutAndTheNextIsDone)
     bool done = false;
     thread.start([&done] { done = true; }).get();
     EXPECT_TRUE(done);
+}
+
+TEST(ExportSharedWork, WhoAskedBeforeItBeganSharesTheResult)
+{
+    int done = 0;
+    SharedWork<int> shared{[&] { return ++done; }};
+    const auto asked = SharedWork<int>::Clock::now();
+    EXPECT_EQ(shared.get(asked), 1);
+    EXPECT_EQ(shared.get(asked), 1);
+    EXPECT_EQ(shared.get(asked - 1h), 1);
+}
+
+TEST(ExportSharedWork, WhoAskedBehindItsBeginGetsTheNext)
+{
+    int done = 0;
+    SharedWork<int> shared{[&] { return ++done; }};
+    EXPECT_EQ(shared.get({}), 1);
+    EXPECT_EQ(shared.get(SharedWork<int>::Clock::now() + 1ns), 2);
+    EXPECT_EQ(shared.get({}), 2);
+}
+
+TEST(ExportSharedWork, WhatItThrowsComesOutAndTheNextIsDone)
+{
+    int done = 0;
+    SharedWork<int> shared{[&] {
+        if (++done == 1) {
+            throw std::runtime_error{"no"};
+        }
+        return done;
+    }};
+    EXPECT_THROW(shared.get({}), std::runtime_error);
+    EXPECT_EQ(shared.get({}), 2);
 }
 
 class Nothing final : public prometheus::Collectable {

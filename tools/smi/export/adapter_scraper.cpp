@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/export/adapter_scraper.hpp"
 
-#include "tools/smi/export/deadline.hpp"
+#include "tools/smi/export/ask_in_time.hpp"
 #include "tools/smi/export/keep_reading.hpp"
 #include "tools/smi/memory/ask_adapters.hpp"
 #include "tools/smi/process/discovery_problems.hpp"
@@ -9,9 +9,8 @@
 #include "tools/smi/usage/figures.hpp"
 #include "tools/smi/worker/requests.hpp"
 
-#include <poll.h>
-
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <exception>
 #include <utility>
@@ -19,20 +18,34 @@
 namespace nimba::smi::exporting {
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
 
 // So that a driver that blocks everywhere does not add up all deadlines.
 constexpr int kMostLostInScrape = 2;
 
-bool is_readable(int descriptor)
-{
-    pollfd state{descriptor, POLLIN, 0};
-    return descriptor >= 0 && ::poll(&state, 1, 0) > 0;
-}
+// The call that has the driver count engine use.
+constexpr std::string_view kSwitchOn = "gpuinfo_set_enable_usage";
 
+// Whether something that is there could not be read. Engine use that this user may not have counted
+// is not there.
 bool is_grave(const Failure& remark)
 {
-    return remark.status != ExitStatus::kOk;
+    return remark.status != ExitStatus::kOk &&
+           !(remark.status == ExitStatus::kNoPermission && remark.call == kSwitchOn);
+}
+
+bool is_denied(const Problem& problem)
+{
+    return problem.status == ExitStatus::kNoPermission;
+}
+
+Problem no_time_left(const Subject& subject)
+{
+    return {ExitStatus::kWorkerLost, subject.bus_id, std::nullopt,
+            subject.name +
+                ": there was no time for all collectors; those left out come first in "
+                "the next scrape; the driver may be slow: see dmesg, or allow more with "
+                "--deadline"};
 }
 
 }  // namespace
@@ -56,7 +69,10 @@ const AdapterScraper::Row AdapterScraper::kRows[] = {
 };
 
 AdapterScraper::AdapterScraper(const Options& options, SlotIdentity adapter)
-    : options_{options}, adapter_{std::move(adapter)}, subject_{adapter_subject(adapter_)}
+    : options_{options},
+      adapter_{std::move(adapter)},
+      subject_{adapter_subject(adapter_)},
+      budget_{options_.exporting.deadline}
 {
     for (const Row& row : kRows) {
         if (!options_.exporting.without.test(index_of(row.collector))) {
@@ -85,20 +101,16 @@ AdapterFigures AdapterScraper::scrape(int stop)
     AdapterFigures figures;
     figures.state.adapter = adapter_;
     lost_in_scrape_ = 0;
-    std::vector<Collector> losing;
+    budget_ = Budget{options_.exporting.deadline};
+    std::array<Turn, kCollectorNames.size()> turns{};
+    turns.fill(Turn::kAsBefore);
     for (const Collector collector : order_) {
-        const int lost_before = lost_in_scrape_;
         if (is_wanted(collector) && !interrupted_) {
-            run(kRows[index_of(collector)], figures, stop);
-        }
-        if (lost_in_scrape_ > lost_before) {
-            losing.push_back(collector);
+            turns.at(index_of(collector)) = run(kRows[index_of(collector)], figures, stop);
         }
     }
-    const auto comes_first = [&](Collector collector) {
-        return std::ranges::find(losing, collector) == losing.end();
-    };
-    std::stable_partition(order_.begin(), order_.end(), comes_first);
+    std::ranges::stable_sort(order_, {},
+                             [&](Collector collector) { return turns.at(index_of(collector)); });
     std::ranges::sort(figures.runs, {}, [](const CollectorRun& run) {
         return std::ranges::find(kCollectorNames, run.collector);
     });
@@ -106,25 +118,54 @@ AdapterFigures AdapterScraper::scrape(int stop)
     return figures;
 }
 
-void AdapterScraper::run(const Row& row, AdapterFigures& figures, int stop)
+AdapterScraper::Turn AdapterScraper::run(const Row& row, AdapterFigures& figures, int stop)
 {
-    CollectorRun& run = figures.runs.emplace_back();
-    run.collector = kCollectorNames.at(index_of(row.collector));
-    if (lost_in_scrape_ >= kMostLostInScrape) {
-        return;
+    CollectorRun run{kCollectorNames.at(index_of(row.collector))};
+    problems_.clear();
+    const milliseconds allowed = budget_.for_next();
+    if (lost_in_scrape_ >= kMostLostInScrape || allowed == milliseconds{0}) {
+        problems_.push_back(no_time_left(subject_));
+        conclude(figures, run);
+        return Turn::kFirst;
     }
     if (stuck_.has(row.request)) {
-        figures.problems.push_back(stuck_problem(run.collector, subject_.name, adapter_.bus_id));
-        return;
+        problems_.push_back(stuck_problem(run.collector, subject_.name, adapter_.bus_id));
+        conclude(figures, run);
+        return Turn::kAsBefore;
     }
+    const int lost_before = lost_in_scrape_;
     const auto begin = Clock::now();
+    deadline_ = begin + allowed;
+    run.success = try_to(row, figures, stop);
+    const auto took = Clock::now() - begin;
+    run.duration = took;
+    const bool lost = lost_in_scrape_ > lost_before;
+    budget_.spend(took, allowed, lost);
+    conclude(figures, run);
+    return lost ? Turn::kLast : Turn::kAsBefore;
+}
+
+bool AdapterScraper::try_to(const Row& row, AdapterFigures& figures, int stop)
+{
     try {
-        run.success = (this->*row.run)(figures, stop, row.request);
+        return (this->*row.run)(figures, stop, row.request);
     } catch (const std::exception& exception) {
-        figures.problems.push_back({ExitStatus::kFailed, adapter_.bus_id, std::nullopt,
-                                    subject_.name + ": " + exception.what()});
+        problems_.push_back({ExitStatus::kFailed, adapter_.bus_id, std::nullopt,
+                             subject_.name + ": " + exception.what()});
+        return false;
     }
-    run.duration = Clock::now() - begin;
+}
+
+void AdapterScraper::conclude(AdapterFigures& figures, const CollectorRun& run)
+{
+    const bool skips = options_.exporting.skip_denied;
+    const bool is_all_denied = !problems_.empty() && std::ranges::all_of(problems_, is_denied);
+    if (run.success || !skips || !is_all_denied) {
+        figures.runs.push_back(run);
+    }
+    for (const Problem& problem : problems_) {
+        add_unless_told(skips && is_denied(problem) ? figures.denied : figures.problems, problem);
+    }
 }
 
 bool AdapterScraper::is_wanted(Collector collector) const
@@ -143,16 +184,11 @@ Reply AdapterScraper::reply_to(std::string_view request, int stop)
     if (!worker) {
         worker.emplace(std::move(start_workers(options_, {&adapter_, 1}).front()));
     }
-    const Deadline deadline{options_.exporting.deadline, stop};
-    Reply reply =
-        ask_all({&*worker, 1}, request, {options_.timeout, deadline.descriptor()}).front();
-    auto* const lost = std::get_if<Lost>(&reply);
-    if (lost != nullptr && lost->how == kInterrupted) {
-        interrupted_ = is_readable(stop);
-        lost->how = no_answer_within(options_.exporting.deadline);
-        lost->silent = true;
-    }
-    return reply;
+    const auto left = std::chrono::ceil<milliseconds>(deadline_ - Clock::now());
+    ReplyInTime answer = ask_in_time(
+        *worker, request, {options_.timeout, left, budget_.for_next(), Overtime::kOneSecond}, stop);
+    interrupted_ = interrupted_ || answer.interrupted;
+    return std::move(answer.reply);
 }
 
 void AdapterScraper::lose_worker(std::string_view request)
@@ -172,8 +208,7 @@ void AdapterScraper::replace_workers()
 }
 
 template <typename Reading>
-std::optional<Reading> AdapterScraper::ask(AdapterFigures& figures, int stop,
-                                           std::string_view request)
+std::optional<Reading> AdapterScraper::ask(int stop, std::string_view request)
 {
     const Reply reply = reply_to(request, stop);
     std::vector<Problem> problems;
@@ -189,7 +224,7 @@ std::optional<Reading> AdapterScraper::ask(AdapterFigures& figures, int stop,
         }
     }
     for (const Problem& problem : interrupted_ ? std::vector<Problem>{} : problems) {
-        add_unless_told(figures.problems, problem);
+        add_unless_told(problems_, problem);
     }
     return reading;
 }
@@ -197,11 +232,11 @@ std::optional<Reading> AdapterScraper::ask(AdapterFigures& figures, int stop,
 template <typename Reading>
 bool AdapterScraper::ask_for(AdapterFigures& figures, int stop, std::string_view request)
 {
-    auto reading = ask<Reading>(figures, stop, request);
+    auto reading = ask<Reading>(stop, request);
     if constexpr (requires { reading->stale; }) {
         if (reading && reading->stale) {
             replace_workers();
-            reading = ask<Reading>(figures, stop, request);
+            reading = ask<Reading>(stop, request);
         }
     }
     if (!reading) {
@@ -211,7 +246,7 @@ bool AdapterScraper::ask_for(AdapterFigures& figures, int stop, std::string_view
     if constexpr (requires { reading->remarks; }) {
         whole = std::ranges::none_of(reading->remarks, is_grave);
         for (const Problem& problem : reading_problems(subject_, *reading)) {
-            add_unless_told(figures.problems, problem);
+            add_unless_told(problems_, problem);
         }
     }
     if constexpr (requires { keep(figures, *reading); }) {

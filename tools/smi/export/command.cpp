@@ -6,6 +6,7 @@
 #include "tools/smi/export/machine_scraper.hpp"
 #include "tools/smi/export/problem_lines.hpp"
 #include "tools/smi/export/server.hpp"
+#include "tools/smi/export/shared_work.hpp"
 #include "tools/smi/export/task_thread.hpp"
 #include "tools/smi/process/held_signal.hpp"
 #include "tools/smi/process/stop_signals.hpp"
@@ -25,7 +26,6 @@
 #include <exception>
 #include <iterator>
 #include <memory>
-#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -43,9 +43,19 @@ std::vector<Problem> problems_of(const MachineFigures& figures)
     return problems;
 }
 
+std::vector<Problem> denied_of(const MachineFigures& figures)
+{
+    std::vector<Problem> denied;
+    for (const AdapterFigures& adapter : figures.adapters) {
+        denied.insert(denied.end(), adapter.denied.begin(), adapter.denied.end());
+    }
+    return denied;
+}
+
 struct Scrape {
     std::vector<MetricSamples> metrics;
     std::vector<Problem> problems;
+    std::vector<Problem> denied;  // what was left out, as the user wants
 };
 
 // The machine, as its faces see it.
@@ -61,7 +71,7 @@ class Source final {
     Scrape scrape()
     {
         const MachineFigures figures = machine_.scrape(stop_.descriptor());
-        return {samples_of(figures, cap_), problems_of(figures)};
+        return {samples_of(figures, cap_), problems_of(figures), denied_of(figures)};
     }
 
     // The user wants to end; the last scrape may be incomplete.
@@ -86,6 +96,14 @@ class Teller final {
         }
     }
 
+    // What is left out, once.
+    void tell_denied(std::span<const Problem> denied)
+    {
+        for (const Problem& problem : lines_.never_told(denied)) {
+            print_error_line(problem.message);
+        }
+    }
+
   private:
     ProblemLines lines_;
 };
@@ -95,14 +113,26 @@ class ServedSource final : public prometheus::Collectable {
   public:
     ServedSource(const Options& options, const StopSignals& stop) : source_{options, stop} {}
 
-    // In the only thread that scrapes: the stacks of the server's threads have room for a request,
-    // not for what a worker answers.
+    // Those that come while a scrape is under way share the next one, as many as they are.
     [[nodiscard]] std::vector<prometheus::MetricFamily> Collect() const override
     {
-        const std::lock_guard turn{turns_};
-        std::vector<prometheus::MetricFamily> families;
         try {
-            thread_.start([&] { families = collect(); }).get();
+            return *scrapes_.get(arrival_of_request());
+        } catch (const std::exception&) {
+            return {};  // no room
+        }
+    }
+
+  private:
+    using Families = std::vector<prometheus::MetricFamily>;
+
+    // In the only thread that scrapes: the stacks of the server's threads have room for a request,
+    // not for what a worker answers.
+    std::shared_ptr<const Families> scrape()
+    {
+        auto families = std::make_shared<Families>();
+        try {
+            thread_.start([&] { *families = collect(); }).get();
         } catch (const std::exception& exception) {
             teller_.tell({{{ExitStatus::kFailed, std::nullopt, std::nullopt,
                             fmt::format("a scrape failed: {}", exception.what())}}});
@@ -110,21 +140,26 @@ class ServedSource final : public prometheus::Collectable {
         return families;
     }
 
-  private:
-    std::vector<prometheus::MetricFamily> collect() const
+    // Nothing once the user wants to end: half of a scrape would be taken for the machine.
+    Families collect()
     {
-        const Scrape scrape = source_.scrape();
-        if (!source_.is_stopping()) {
-            teller_.tell(scrape.problems);
+        if (source_.is_stopping()) {
+            return {};
         }
+        const Scrape scrape = source_.scrape();
+        if (source_.is_stopping()) {
+            return {};
+        }
+        teller_.tell(scrape.problems);
+        teller_.tell_denied(scrape.denied);
         return families_of(scrape.metrics);
     }
 
-    mutable std::mutex turns_;  // guards what follows
+    Source source_;
+    Teller teller_;
+    TaskThread thread_;
     // A scrape changes what is known of the machine, which to prometheus-cpp is no change.
-    mutable Source source_;
-    mutable Teller teller_;
-    mutable TaskThread thread_;
+    mutable SharedWork<std::shared_ptr<const Families>> scrapes_{[this] { return scrape(); }};
 };
 
 Report serve_metrics(const Options& options, const ListenAddress& address)
@@ -165,6 +200,7 @@ Report write_once(const Options& options, const std::string& path)
     const StopSignals stop{SignalEffect::kEndOfProcess};
     Source source{options, stop};
     const Scrape scrape = source.scrape();
+    Teller{}.tell_denied(scrape.denied);
     return {"", source.is_stopping() ? scrape.problems : write_scrape(scrape, path)};
 }
 
@@ -182,6 +218,7 @@ Report keep_file(const Options& options, const std::string& path,
         }
         last = write_scrape(scrape, path);
         teller.tell(last);
+        teller.tell_denied(scrape.denied);
         return true;
     });
     return {"", {}, std::move(last)};
@@ -192,6 +229,7 @@ Report print_once(const Options& options)
     const StopSignals stop{SignalEffect::kEndOfProcess};
     Source source{options, stop};
     Scrape scrape = source.scrape();
+    Teller{}.tell_denied(scrape.denied);
     return {options.json ? export_json(scrape.metrics, scrape.problems)
                          : exposition_text(scrape.metrics),
             std::move(scrape.problems)};

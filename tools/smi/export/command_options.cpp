@@ -57,6 +57,8 @@ void add_export_options(CLI::App& command, Options& options)
               fmt::format("collectors of {}", fmt::join(kCollectorNames, ", ")),
               "Do not run these collectors", parse_collectors,
               [&exporting](const CollectorSet& without) { exporting.without = without; });
+    add_flag(command, "--skip-denied", exporting.skip_denied,
+             "Leave out the collectors that this user may not run");
     add_flag(command, "--no-processes", exporting.no_processes, "Name no processes");
     add_value(
         command, "--max-processes", "N", "a number of processes from 0 on",

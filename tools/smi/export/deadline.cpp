@@ -4,6 +4,7 @@
 #include <sys/epoll.h>
 #include <sys/timerfd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <system_error>
 
@@ -17,8 +18,10 @@ void check(bool done)
     }
 }
 
+// A timer of no time at all never ends.
 itimerspec after(std::chrono::milliseconds time)
 {
+    time = std::max(time, std::chrono::milliseconds{1});
     const auto seconds = std::chrono::floor<std::chrono::seconds>(time);
     itimerspec spec{};
     spec.it_value.tv_sec = seconds.count();

@@ -43,6 +43,7 @@ struct AdapterFigures {
     std::vector<CollectorRun> runs;
     uint64_t workers_replaced = 0;  // since the exporter started
     std::vector<Problem> problems;
+    std::vector<Problem> denied;  // that are none: what the user may not read is to be left out
 };
 
 struct MachineFigures {
@@ -51,6 +52,7 @@ struct MachineFigures {
     std::optional<std::size_t> adapters_found;
     std::vector<AdapterFigures> adapters;  // in slot order
     std::vector<CollectorRun> runs;        // of the machine's collectors
+    uint64_t workers_replaced = 0;         // in them, since the exporter started
     Seconds duration{};
     std::vector<Problem> problems;  // of the machine
 };

@@ -4,6 +4,7 @@
 #include "tools/smi/memory/snapshot.hpp"
 
 #include <algorithm>
+#include <string_view>
 #include <utility>
 
 namespace nimba::smi::exporting {
@@ -15,6 +16,15 @@ std::size_t segment_index(const Allocation& allocation)
     constexpr std::size_t kNone = kSegmentNames.size() - 1;
     const int32_t segment = allocation.segmentid;
     return segment < 0 ? kNone : std::min(static_cast<std::size_t>(segment), kNone - 1);
+}
+
+// Whether the map of contexts was read, be it up to what it holds.
+bool has_contexts(const ReadingBase& reading)
+{
+    constexpr std::string_view kMap = "get_device_pid_maps";
+    return std::ranges::none_of(reading.remarks, [](const Failure& remark) {
+        return remark.call == kMap && remark.status != ExitStatus::kOk;
+    });
 }
 
 void keep_names(AdapterFigures& figures, const std::vector<DeviceContext>& contexts)
@@ -50,7 +60,9 @@ void keep_reading(AdapterFigures& figures, SensorReading reading)
 
 void keep_reading(AdapterFigures& figures, MemoryReading reading)
 {
-    figures.contexts = reading.contexts.size();
+    if (has_contexts(reading)) {
+        figures.contexts = reading.contexts.size();
+    }
     keep_names(figures, reading.contexts);
     auto& counts = figures.allocations.emplace();
     for (const Allocation& allocation : reading.allocations) {

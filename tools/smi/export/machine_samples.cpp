@@ -44,6 +44,7 @@ std::vector<MetricSamples> samples_of(const MachineFigures& figures, const Proce
         add_library(*figures.library, samples);
     }
     add_runs(figures.runs, {}, samples);
+    samples.add(Metric::kWorkersReplaced, {}, static_cast<double>(figures.workers_replaced));
     for (const AdapterFigures& adapter : figures.adapters) {
         const Labels labels = adapter_labels(adapter.state.adapter);
         add_adapter(adapter, labels, samples);

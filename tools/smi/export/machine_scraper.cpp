@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/export/machine_scraper.hpp"
 
+#include "tools/smi/export/ask_in_time.hpp"
 #include "tools/smi/memory/adapter_choice.hpp"
-#include "tools/smi/process/discover.hpp"
+#include "tools/smi/process/diagnosis.hpp"
 #include "tools/smi/snapshot/problems.hpp"
 #include "tools/smi/tool_version.hpp"
 #include "tools/smi/worker/requests.hpp"
@@ -40,6 +41,8 @@ MachineFigures MachineScraper::scrape(int stop)
     if (!discovered_ || begin - *discovered_ >= kDiscoveryAge) {
         machine_.runs.clear();
         machine_.problems.clear();
+        machine_.library.reset();
+        machine_.adapters_found.reset();
         discovered_.reset();
         run(kLibraryCollector, kVersionRequest, &MachineScraper::ask_library, stop);
         run(kDiscoveryCollector, kDiscoverRequest, &MachineScraper::discover, stop);
@@ -69,33 +72,46 @@ void MachineScraper::run(std::string_view collector, std::string_view request,
     run.duration = Clock::now() - begin;
 }
 
+template <typename Reading>
+std::optional<Reading> MachineScraper::ask(const char* subject, std::string_view request, int stop)
+{
+    const auto deadline = options_.exporting.deadline;
+    WorkerProcess worker{{options_.library, options_.verbose, std::nullopt}};
+    const Reply reply =
+        ask_in_time(worker, request, {options_.timeout, deadline, deadline, Overtime::kNone}, stop)
+            .reply;
+    std::vector<Problem> problems;
+    auto reading = accept<Reading>({subject, std::nullopt, unfinished_adapter(worker.progress())},
+                                   reply, problems);
+    if (!reading && problems.front().status == ExitStatus::kWorkerLost) {
+        ++machine_.workers_replaced;
+    }
+    stuck_.add(request, std::move(worker));
+    for (const Problem& problem : problems) {
+        add_unless_told(machine_.problems, problem);
+    }
+    return reading;
+}
+
 bool MachineScraper::ask_library(int stop)
 {
-    machine_.library.reset();
-    WorkerProcess worker{{options_.library, options_.verbose, std::nullopt}};
-    const Reply reply = ask_all({&worker, 1}, kVersionRequest, {options_.timeout, stop}).front();
-    machine_.library = accept<LibraryVersion>({"version", std::nullopt}, reply, machine_.problems);
-    stuck_.add(kVersionRequest, std::move(worker));
+    machine_.library = ask<LibraryVersion>("version", kVersionRequest, stop);
     return machine_.library.has_value();
 }
 
 bool MachineScraper::discover(int stop)
 {
     const auto begin = Clock::now();
-    WorkerProcess worker{{options_.library, options_.verbose, std::nullopt}};
-    DiscoveryOutcome outcome = discover_adapters(worker, options_.timeout, stop);
-    stuck_.add(kDiscoverRequest, std::move(worker));
-    for (const Problem& problem : outcome.problems) {
-        add_unless_told(machine_.problems, problem);
+    const auto discovery = ask<Discovery>("discovery", kDiscoverRequest, stop);
+    if (!discovery) {
+        return false;
     }
-    if (outcome.discovery) {
-        machine_.adapters_found = outcome.discovery->slots.size();
-        take_in(chosen_adapters(*outcome.discovery, options_.adapter, machine_.problems));
-    }
-    if (outcome.discovery && !posts_.empty()) {
+    machine_.adapters_found = discovery->slots.size();
+    take_in(chosen_adapters(*discovery, options_.adapter, machine_.problems));
+    if (!posts_.empty()) {
         discovered_ = begin;
     }
-    return outcome.discovery.has_value();
+    return true;
 }
 
 void MachineScraper::take_in(std::vector<SlotIdentity> found)

@@ -40,6 +40,11 @@ class MachineScraper final {
     // Runs a collector of the machine, whose failure costs its own figures alone.
     void run(std::string_view collector, std::string_view request,
              bool (MachineScraper::*work)(int stop), int stop);
+
+    // The reading of a worker that ends with it, or nothing and a problem.
+    template <typename Reading>
+    std::optional<Reading> ask(const char* subject, std::string_view request, int stop);
+
     bool ask_library(int stop);
     bool discover(int stop);
     void take_in(std::vector<SlotIdentity> found);

@@ -18,6 +18,7 @@ struct ExportOptions {
     std::optional<std::string> textfile{};
     std::optional<std::chrono::milliseconds> interval{};  // from one text file to the next
     std::chrono::milliseconds deadline{2000};             // for each collector
+    bool skip_denied = false;  // collectors that fail for want of permission are left out
     bool no_processes = false;
     std::size_t max_processes = 50;  // of an adapter
     exporting::CollectorSet without{};

@@ -14,8 +14,12 @@ class ProblemLines final {
     // Those of a scrape that the scrape before had none like.
     std::vector<Problem> news(std::span<const Problem> problems);
 
+    // Those that no scrape before had one like.
+    std::vector<Problem> never_told(std::span<const Problem> problems);
+
   private:
     std::vector<Problem> last_;
+    std::vector<Problem> ever_;  // of those that are told once and for all
 };
 
 }  // namespace nimba::smi::exporting

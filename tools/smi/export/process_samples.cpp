@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/export/process_samples.hpp"
 
+#include "tools/smi/text/printable.hpp"
+
 #include <fmt/core.h>
 
 #include <algorithm>
@@ -58,8 +60,10 @@ std::vector<ProcessTables> tables_by_process(const AdapterFigures& adapter)
     std::map<std::pair<std::string, std::string>, TableCounts> by_process;
     for (const VmDevice& device : adapter.page_tables->devices) {
         const auto known = adapter.process_names.find(device.pid);
-        by_process[{device.pid, known == adapter.process_names.end() ? device.name : known->second}]
-            .add(device.tables, device.pages);
+        const std::string& name =
+            known == adapter.process_names.end() ? device.name : known->second;
+        // As they are shown: names that only then are the same would be the same series twice.
+        by_process[{printable(device.pid), printable(name)}].add(device.tables, device.pages);
     }
     std::vector<ProcessTables> processes;
     processes.reserve(by_process.size());

@@ -16,9 +16,10 @@
 namespace nimba::smi::exporting {
 namespace {
 
-// Who scrapes waits for its turn in one of so many threads; further connections wait for a thread.
-constexpr const char* kThreads = "4";
-constexpr const char* kWaitingConnections = "8";
+// Each connection has one of so many threads until it is answered, also one that never asks.
+// Further ones wait for a thread, and behind them others for being taken from the kernel.
+constexpr const char* kThreads = "16";
+constexpr const char* kWaitingConnections = "16";
 constexpr const char* kBacklog = "16";
 
 // A request and its headers, in bytes. A scraper's are a few hundred.
@@ -36,10 +37,15 @@ std::vector<std::string> server_options(const ListenAddress& address)
             "enable_keep_alive", "no"};
 }
 
+// Who collects learns nothing of the request but in its thread. The exposer lets one at a time
+// collect, so that it may have come long before its turn.
+thread_local std::chrono::steady_clock::time_point arrival;
+
 // A scrape has no body. The server would wait for the end of one, be it a byte each second for
 // ever, and hold a thread as long.
-int refuse_body(mg_connection* connection)
+int begin_request(mg_connection* connection)
 {
+    arrival = std::chrono::steady_clock::now();
     constexpr int kServeIt = 0;
     constexpr int kContentTooLarge = 413;
     if (::mg_get_request_info(connection)->content_length <= 0 &&
@@ -53,7 +59,7 @@ int refuse_body(mg_connection* connection)
 CivetCallbacks server_callbacks()
 {
     CivetCallbacks callbacks;
-    callbacks.begin_request = refuse_body;
+    callbacks.begin_request = begin_request;
     return callbacks;
 }
 
@@ -91,6 +97,11 @@ Server::Server(std::unique_ptr<prometheus::Exposer> exposer,
 Server::Server(Server&& other) noexcept = default;
 
 Server::~Server() = default;
+
+std::chrono::steady_clock::time_point arrival_of_request()
+{
+    return arrival;
+}
 
 uint16_t Server::port() const
 {

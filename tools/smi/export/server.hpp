@@ -7,6 +7,7 @@
 
 #include <prometheus/collectable.h>
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <variant>
@@ -35,6 +36,9 @@ class Server final {
     std::shared_ptr<prometheus::Collectable> collectable_;
     std::unique_ptr<prometheus::Exposer> exposer_;
 };
+
+// When the request came that this thread of a server answers.
+std::chrono::steady_clock::time_point arrival_of_request();
 
 // Why nobody can listen there is a problem.
 std::variant<Server, Problem> serve(const ListenAddress& address,
