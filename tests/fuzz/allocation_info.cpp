@@ -12,6 +12,7 @@
 #include <cstring>
 #include <map>
 #include <memory>
+#include <utility>
 
 namespace nimba::fuzz {
 namespace {
@@ -123,8 +124,10 @@ void try_input(std::string_view input)
     const bool va_driver = (control & 4U) != 0;
     AllocationParser pieces{va_driver};
     AllocationParser whole{va_driver};
+    uint8_t times = control;
     for (const std::string_view part : split(input, kMostNodes)) {
-        const std::string text = repeated(part, control, kMostBytes);
+        // The first alone: all of them as long would take as long as twenty other inputs.
+        const std::string text = repeated(part, std::exchange(times, uint8_t{0}), kMostBytes);
         Record expected{};
         const Outcome outcome = read_plainly(text, va_driver, expected);
         check(parse_node(pieces, text) == outcome, "a node ends as its lines do");

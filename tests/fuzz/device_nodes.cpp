@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
-// The texts of device nodes and of a process's command line, against reading line by line.
+// The names and texts of device nodes and a process's command line, against reading line by line. A
+// first byte with the bit kNamed gives the entries names: the first lines of their texts.
 #include "fuzz/support/check.hpp"
+#include "fuzz/support/entry_names.hpp"
 #include "fuzz/support/input.hpp"
 #include "fuzz/support/machine_paths.hpp"
 #include "fuzz/support/node_tree.hpp"
@@ -10,10 +12,12 @@
 
 #include <algorithm>
 #include <cstring>
+#include <span>
 
 namespace nimba::fuzz {
 namespace {
 
+constexpr unsigned kNamed = 8;
 constexpr std::size_t kMostNodes = 52;  // more than the map holds
 constexpr std::size_t kMostBytes = 24'000;
 constexpr std::size_t kLongestPart = 127;
@@ -131,16 +135,19 @@ void try_input(std::string_view input)
     static NodeFile command_line;
     redirect_command_lines(command_line.path());
     const uint8_t control = take_byte(input);
-    const std::vector<std::string_view> parts = split(input, kMostNodes + 1);
+    std::vector<std::string_view> parts = split(input, kMostNodes + 1);
     command_line.set(parts[0]);
     const std::size_t count = parts.size() - 1;
+    const std::vector<std::string> names =
+        (control & kNamed) != 0 ? take_names(std::span{parts}.subspan(1)) : numbered_names(count);
     std::vector<std::string> texts;
     for (std::size_t node = 0; node < count; ++node) {
         texts.push_back(repeated(parts[node + 1], control, kMostBytes / count));
         tree.node(node).set(texts.back());
     }
-    use_tree(tree.with_entries(count));
-    check_map(texts, tree.listed(count), std::string{parts[0]}, (control & 4U) != 0);
+    const NodeTree::Tree& shown = tree.with_entries(names);
+    use_tree(shown.path);
+    check_map(texts, shown.listed, std::string{parts[0]}, (control & 4U) != 0);
 }
 
 }  // namespace nimba::fuzz

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-// The texts of the DVFS nodes, against scanning a copy of the one buffer that all of them share.
+// The texts of the DVFS nodes, against scanning a copy of the one buffer that all of them share;
+// and the lines that are written to them, against a table of what each setting's says.
 #include "fuzz/support/check.hpp"
 #include "fuzz/support/input.hpp"
 #include "fuzz/support/node_directory.hpp"
 #include "fuzz/support/target.hpp"
 #include "nimba_mgmt_interface.h"
-#include "power/dvfs_fields.hpp"
 
 #include <array>
 #include <cstdio>
@@ -19,8 +19,66 @@ namespace {
 constexpr std::array kNodes{
     "power_mode",       "pwm_wait_count", "dvfs_mode", "dvfs_control_params",
     "dvfs_clk_voltage", "dvfs_level",     "vclk",      "mclk"};
+enum Node { kPowerMode, kGating, kMode, kControl, kClocks, kLevel };
 constexpr std::size_t kBufferSize = 512;
 constexpr std::size_t kMostBytes = 2'000;
+
+using State = DvfsRegisterState;
+
+// A setting: one of these members, the node, what stands before its value there, and the line that
+// sets it.
+struct Setting {
+    uint32_t State::*word;
+    int16_t State::*half;
+    int32_t State::*number;
+    Node node;
+    const char* key;
+    const char* line;
+};
+
+constexpr Setting word(uint32_t State::*member, Node node, const char* key, const char* line)
+{
+    return {member, nullptr, nullptr, node, key, line};
+}
+
+constexpr Setting half(int16_t State::*member, const char* key, const char* line)
+{
+    return {nullptr, member, nullptr, kGating, key, line};
+}
+
+constexpr Setting number(int32_t State::*member, const char* key, const char* line)
+{
+    return {nullptr, nullptr, member, kClocks, key, line};
+}
+
+// In the order in which they are written. The level's line depends on its value.
+constexpr std::array kSettings{
+    // clang-format off
+    word(&State::power_mode, kPowerMode, "power_mode:0x", "0x%x\n"),
+    half(&State::power_gating_3d, "pg_3d:0x", "0 0 %x\n"),
+    half(&State::power_gating_vcp, "pg_vcp:0x", "0 1 %x\n"),
+    half(&State::power_gating_vpp, "pg_vpp:0x", "0 2 %x\n"),
+    half(&State::clock_gating_3d, "cg_3d:0x", "1 0 %x\n"),
+    half(&State::clock_gating_vcp, "cg_vcp:0x", "1 1 %x\n"),
+    half(&State::clock_gating_vpp, "cg_vpp:0x", "1 2 %x\n"),
+    word(&State::dvfs_mode, kMode, "dvfs_mode:0x", "0x%x\n"),
+    word(&State::dvfs_level, kLevel, nullptr, nullptr),
+    word(&State::gfx_check_size, kControl, "gfx_dvfs_checksize:0x", "0 0 %x\n"),
+    word(&State::vcp0_check_size, kControl, "vcp0_dvfs_checksize:0x", "1 0 %x\n"),
+    word(&State::vcp1_check_size, kControl, "vcp1_dvfs_checksize:0x", "2 0 %x\n"),
+    word(&State::vpp_check_size, kControl, "vpp_dvfs_checksize:0x", "3 0 %x\n"),
+    word(&State::gfx_high_threshold, kControl, "gfx_dvfs_h_threshold:0x", "0 1 %x\n"),
+    word(&State::vcp0_high_threshold, kControl, "vcp0_dvfs_h_threshold:0x", "1 1 %x\n"),
+    word(&State::vcp1_high_threshold, kControl, "vcp1_dvfs_h_threshold:0x", "2 1 %x\n"),
+    word(&State::vpp_high_threshold, kControl, "vpp_dvfs_h_threshold:0x", "3 1 %x\n"),
+    word(&State::gfx_low_threshold, kControl, "gfx_dvfs_l_threshold:0x", "0 2 %x\n"),
+    word(&State::vcp0_low_threshold, kControl, "vcp0_dvfs_l_threshold:0x", "1 2 %x\n"),
+    word(&State::vcp1_low_threshold, kControl, "vcp1_dvfs_l_threshold:0x", "2 2 %x\n"),
+    word(&State::vpp_low_threshold, kControl, "vpp_dvfs_l_threshold:0x", "3 2 %x\n"),
+    number(&State::gfx_clock, "gfx_clock:", "c 0 %d\n"),
+    number(&State::gfx_voltage, "gfx_voltage:", "v 0 %d\n"),
+    // clang-format on
+};
 
 NodeDirectory& nodes()
 {
@@ -51,15 +109,35 @@ class PlainBuffer final {
     std::string bytes_ = std::string(kBufferSize, '\0');
 };
 
-void read_field(const PlainBuffer& buffer, const DvfsField& field, DvfsRegisterState& state)
+void set(State& state, const Setting& setting, uint32_t value)
 {
-    unsigned value = 0;
-    const char* const format = field.base == DvfsBase::kDecimal ? "%d" : "%x";
-    const char* const text = buffer.behind(field.key);
+    if (setting.word != nullptr) {
+        state.*setting.word = value;
+    } else if (setting.half != nullptr) {
+        state.*setting.half = static_cast<int16_t>(value);
+    } else {
+        state.*setting.number = static_cast<int32_t>(value);
+    }
+}
+
+// With its sign when it has one.
+uint32_t value_of(const State& state, const Setting& setting)
+{
+    if (setting.word != nullptr) {
+        return state.*setting.word;
+    }
+    return static_cast<uint32_t>(setting.half != nullptr ? int32_t{state.*setting.half}
+                                                         : state.*setting.number);
+}
+
+void read_setting(const PlainBuffer& buffer, const Setting& setting, State& state)
+{
+    uint32_t value = 0;
+    const char* const text = buffer.behind(setting.key);
     // NOLINTNEXTLINE(cert-err34-c): scanf's rules are what the texts are defined by
-    if (text != nullptr && std::sscanf(text, format, &value) == 1) {
-        std::memcpy(reinterpret_cast<char*>(&state) + field.offset, &value,
-                    field.width == DvfsWidth::k16 ? 2 : 4);
+    if (text != nullptr &&
+        std::sscanf(text, setting.number != nullptr ? "%d" : "%x", &value) == 1) {
+        set(state, setting, value);
     }
 }
 
@@ -69,14 +147,14 @@ uint32_t value_in(const char* node)
         std::strtol(nodes().text(node).substr(0, 64).c_str(), nullptr, 10));
 }
 
-void read_plainly(DvfsRegisterState& state)
+void read_plainly(State& state)
 {
     PlainBuffer buffer;
-    for (std::size_t node = 0; node < 5; ++node) {
+    for (std::size_t node = 0; node < kLevel; ++node) {
         buffer.read(kNodes[node]);
-        for (const DvfsField& field : kDvfsFields) {
-            if (field.key != nullptr && std::strcmp(field.node, kNodes[node]) == 0) {
-                read_field(buffer, field, state);
+        for (const Setting& setting : kSettings) {
+            if (setting.node == node) {
+                read_setting(buffer, setting, state);
             }
         }
     }
@@ -92,25 +170,70 @@ void read_plainly(DvfsRegisterState& state)
     state.memory_clock = value_in("mclk");
 }
 
-std::array<std::string, kNodes.size()> shown()
+using Texts = std::array<std::string, kNodes.size()>;
+
+Texts shown()
 {
-    std::array<std::string, kNodes.size()> texts;
+    Texts texts;
     for (std::size_t node = 0; node < kNodes.size(); ++node) {
         texts[node] = nodes().text(kNodes[node]);
     }
     return texts;
 }
 
-void check_writes(const DvfsRegisterState& read, const DvfsRegisterState& wanted)
+std::string line_of(const Setting& setting, uint32_t value)
 {
-    const auto before = shown();
+    if (setting.line == nullptr) {
+        return value == 1 ? "lowpower\n" : value == 2 ? "performance\n" : "balance\n";
+    }
+    std::array<char, 32> line{};
+    std::snprintf(line.data(), line.size(), setting.line, value);
+    return line.data();
+}
+
+// What is written stands over the beginning of a node's text; nothing is where there is no node.
+void write_over(Texts& texts, const Setting& setting, uint32_t value)
+{
+    if (nodes().has(kNodes[setting.node])) {
+        const std::string line = line_of(setting, value);
+        texts[setting.node].replace(0, line.size(), line);
+    }
+}
+
+// Each setting for itself, as lines to one node stand one over the other.
+void check_each_write(const State& read, const State& wanted, const Texts& before)
+{
+    for (const Setting& setting : kSettings) {
+        const uint32_t value = value_of(wanted, setting);
+        if (value == value_of(read, setting)) {
+            continue;
+        }
+        State changed = read;
+        set(changed, setting, value);
+        Texts expected = before;
+        write_over(expected, setting, value);
+        set_data_to_dvfs_register(&changed);
+        check(shown() == expected, "a setting that is changed is written by its line");
+        if (nodes().has(kNodes[setting.node])) {
+            nodes().show(kNodes[setting.node], before[setting.node]);
+        }
+    }
+}
+
+void check_writes(const State& read, const State& wanted)
+{
+    const Texts before = shown();
     set_data_to_dvfs_register(&read);
     check(shown() == before, "settings that are those read last are not written");
-    set_data_to_dvfs_register(&wanted);
-    const auto after = shown();
-    for (std::size_t node = 0; node < kNodes.size(); ++node) {
-        check(after[node].size() >= before[node].size(), "a line is written over a node's text");
+    check_each_write(read, wanted, before);
+    Texts expected = before;
+    for (const Setting& setting : kSettings) {
+        if (value_of(wanted, setting) != value_of(read, setting)) {
+            write_over(expected, setting, value_of(wanted, setting));
+        }
     }
+    set_data_to_dvfs_register(&wanted);
+    check(shown() == expected, "settings that are changed are written in their order");
 }
 
 }  // namespace
@@ -121,13 +244,13 @@ void try_input(std::string_view input)
     infos.jw_info_dir_fd = nodes().descriptor();
     pCurrent_gpu_infos = &infos;
     const uint8_t control = take_byte(input);
-    const auto wanted = take_number<DvfsRegisterState>(input);
+    const auto wanted = take_number<State>(input);
     const std::vector<std::string_view> texts = split_into(input, kNodes.size());
     for (std::size_t node = 0; node < kNodes.size(); ++node) {
         nodes().show(kNodes[node], repeated(texts[node], control, kMostBytes));
     }
-    DvfsRegisterState state = wanted;
-    DvfsRegisterState expected = wanted;
+    State state = wanted;
+    State expected = wanted;
     uint32_t valid = 0;
     get_data_from_dvfs_register(&state, &valid);
     read_plainly(expected);

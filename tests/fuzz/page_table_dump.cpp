@@ -2,7 +2,10 @@
 // The text of a page-table dump, against building by numbers instead of links: every link must lead
 // to an element of its record, every lookup find what a search finds, and every count and every
 // record of the export add up, be it of what was read here or of what the library collects itself.
+// A first byte with the bits kCollected alone, or beside them kNamed, lets it collect; with kNamed
+// the device's name stands in a line before the text.
 #include "fuzz/support/check.hpp"
+#include "fuzz/support/entry_names.hpp"
 #include "fuzz/support/input.hpp"
 #include "fuzz/support/machine_paths.hpp"
 #include "fuzz/support/node_file.hpp"
@@ -21,6 +24,9 @@
 namespace nimba::fuzz {
 namespace {
 
+constexpr unsigned kCollected = 0x18;
+constexpr unsigned kNamed = 0x80;
+constexpr unsigned kForm = 0x78;
 constexpr std::size_t kMostBytes = 70'000;  // more than the reader's buffer
 
 // The place of what a link leads to; kNowhere for none. Any other link is a finding.
@@ -260,40 +266,58 @@ void check_export(const data_vectors& device, const PlainTree& expected, std::si
     Pagetable_List.clear();
 }
 
-// A driver with one device, of the process 7.
+// A driver with one device, of the process 7, of any name.
 class OneDevice final {
   public:
     OneDevice()
     {
-        const std::filesystem::path device = directory_.path() / "devices" / "1";
+        const std::filesystem::path device = devices_ / name_;
         std::filesystem::create_directories(device);
         std::filesystem::create_directories(directory_.path() / "allocations");
         std::filesystem::create_symlink(info_.path(), device / "info");
         std::filesystem::create_symlink(dump_.path(), device / "vm_info");
         info_.set("pid = 7\n");
-        name_.set("viewer\n");
+        process_.set("viewer\n");
         redirect("/sys/kernel/debug/dri/0/qv", directory_.path().string());
-        redirect_commands(name_.path());
+        redirect_commands(process_.path());
     }
 
-    void show(std::string_view dump) { dump_.set(dump); }
+    void show(const std::string& name, std::string_view dump)
+    {
+        std::filesystem::rename(devices_ / name_, devices_ / name);
+        name_ = name;
+        dump_.set(dump);
+    }
 
   private:
     test::TempDirectory directory_;
+    std::filesystem::path devices_ = directory_.path() / "devices";
+    std::string name_ = "1";
     NodeFile info_;
     NodeFile dump_;
-    NodeFile name_;
+    NodeFile process_;
 };
 
+// The collection from a driver whose device is none of a process: nothing is read of it.
+void check_system_device(uint32_t count, Outcome outcome)
+{
+    check(outcome == Outcome::kDone && Get_Local_Data_Status == 0 && count == 0,
+          "a device of the driver's own is passed over");
+}
+
 // The collection from the driver, which tells how many records there are to export.
-void check_collection(const std::string& text, const PlainTree& expected, Outcome due,
-                      std::size_t entries)
+void check_collection(const std::string& name, const std::string& text, const PlainTree& expected,
+                      Outcome due, std::size_t entries)
 {
     constexpr uint32_t kUntouched = 0xA5A5A5A5;
     static OneDevice driver;
-    driver.show(text);
+    driver.show(name, text);
     uint32_t count = kUntouched;
     const Outcome outcome = outcome_of([&] { get_pagetable_data(nullptr, &count); });
+    if (name == "00000000" || name == "02000000") {
+        check_system_device(count, outcome);
+        return;
+    }
     check(outcome == due, "a collection ends as its dump does");
     check(Get_Local_Data_Status == (due == Outcome::kDone ? 0 : -1),
           "a collection is kept when it is whole");
@@ -304,7 +328,8 @@ void check_collection(const std::string& text, const PlainTree& expected, Outcom
     }
 }
 
-void check_dump(data_vectors& device, const std::string& text, bool is_collected)
+// `collected`: the name of the device that the text is collected from, too; null: it is not.
+void check_dump(data_vectors& device, const std::string& text, const std::string* collected)
 {
     static NodeFile file;
     file.set(text);
@@ -320,8 +345,8 @@ void check_dump(data_vectors& device, const std::string& text, bool is_collected
     const std::size_t count = check_tree(device, expected);
     check_lookups(device, expected);
     check_export(device, expected, count);
-    if (is_collected) {
-        check_collection(text, expected, due, count);
+    if (collected != nullptr) {
+        check_collection(*collected, text, expected, due, count);
     }
 }
 
@@ -331,17 +356,20 @@ void try_input(std::string_view input)
 {
     static data_vectors usual;
     const uint8_t control = take_byte(input);
-    const std::string text = repeated(input, control, kMostBytes);
     // A collection makes room for as much as a driver usually shows, which takes its time.
-    const bool is_collected = (control & 0x78U) == 0x18;
+    const bool is_collected = (control & kForm) == kCollected;
+    const std::string name =
+        is_collected && (control & kNamed) != 0 ? take_names({&input, 1}).front() : "1";
+    const std::string* const collected = is_collected ? &name : nullptr;
+    const std::string text = repeated(input, control, kMostBytes);
     if ((control & 4U) != 0) {
         data_vectors growing{};
-        check_dump(growing, text, is_collected);
+        check_dump(growing, text, collected);
         return;
     }
     create_vector(usual);
     clean_vector(&usual);
-    check_dump(usual, text, is_collected);
+    check_dump(usual, text, collected);
 }
 
 }  // namespace nimba::fuzz

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
-// The texts of allocations' virtual-memory nodes, and their export as flat records.
+// The names and texts of allocations' virtual-memory nodes, and their export as flat records. A
+// first byte with the bit kNamed gives the entries names: the first lines of their texts.
 #include "fuzz/support/check.hpp"
+#include "fuzz/support/entry_names.hpp"
 #include "fuzz/support/input.hpp"
 #include "fuzz/support/machine_paths.hpp"
 #include "fuzz/support/node_tree.hpp"
@@ -15,6 +17,7 @@
 namespace nimba::fuzz {
 namespace {
 
+constexpr unsigned kNamed = 8;
 constexpr std::size_t kMostNodes = 6;
 constexpr std::size_t kMostBytes = 24'000;
 constexpr std::string_view kMarker = "=====vm node info=====";
@@ -105,14 +108,17 @@ void try_input(std::string_view input)
 {
     static NodeTree tree{"allocations", "vm_info"};
     const uint8_t control = take_byte(input);
-    const std::vector<std::string_view> parts = split(input, kMostNodes);
+    std::vector<std::string_view> parts = split(input, kMostNodes);
+    const std::vector<std::string> names =
+        (control & kNamed) != 0 ? take_names(parts) : numbered_names(parts.size());
     for (std::size_t node = 0; node < parts.size(); ++node) {
         tree.node(node).set(repeated(parts[node], control, kMostBytes));
     }
-    redirect("/sys/kernel/debug/dri/0/qv", tree.with_entries(parts.size()));
+    const NodeTree::Tree& shown = tree.with_entries(names);
+    redirect("/sys/kernel/debug/dri/0/qv", shown.path);
     std::vector<allcation_Info> expected;
-    for (const std::size_t node : tree.listed(parts.size())) {
-        const auto infos = expected_of(tree.node(node).text(), std::to_string(node));
+    for (const std::size_t node : shown.listed) {
+        const auto infos = expected_of(tree.node(node).text(), names[node]);
         expected.insert(expected.end(), infos.begin(), infos.end());
     }
     Allocation_List.clear();

@@ -43,6 +43,14 @@ inline std::string up_to_nul(std::string_view text)
     return std::string{text.substr(0, text.find('\0'))};
 }
 
+// Takes the first line off; it is given without its newline.
+inline std::string_view take_line(std::string_view& input)
+{
+    const std::string_view line = input.substr(0, input.find('\n'));
+    input.remove_prefix(std::min(line.size() + 1, input.size()));
+    return line;
+}
+
 // The texts between lines "%%", `most` at most; the last has what is left.
 inline std::vector<std::string_view> split(std::string_view input, std::size_t most)
 {

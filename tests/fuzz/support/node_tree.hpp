@@ -5,6 +5,7 @@
 #include "support/temp_directory.hpp"
 
 #include <cstddef>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <string>
@@ -12,29 +13,30 @@
 
 namespace nimba::fuzz {
 
-// Directories of nodes as drivers show them, "0", "1", and so on, with any number of entries. The
-// nodes of all are the same files in memory, so that changing a text costs nothing else.
+// Directories of nodes as drivers show them, with any number of entries of any names. The nodes of
+// all are the same files in memory, so that changing a text costs nothing else; names cost what
+// differs from those before.
 class NodeTree final {
   public:
-    // An entry `n` of the directory `name` shows its node as n/`node`, and as n/n.
+    struct Tree {
+        std::string path;
+        std::vector<std::string> names;
+        std::vector<std::size_t>
+            listed;  // the entries, in the order in which the system lists them
+    };
+
+    // An entry of the directory `name` shows its node as `node`, and under the entry's own name.
     NodeTree(std::string name, std::string node) : name_{std::move(name)}, node_{std::move(node)} {}
 
-    // The directory in which `name` has so many entries.
-    const std::string& with_entries(std::size_t count);
+    // The directory in which `name` has entries of these names, all of them different.
+    const Tree& with_entries(const std::vector<std::string>& names);
 
     // The entry's node.
     NodeFile& node(std::size_t entry);
 
-    // The entries of with_entries(count), in the order in which the system lists them.
-    std::vector<std::size_t> listed(std::size_t count);
-
   private:
-    struct Tree {
-        std::string path;
-        std::vector<std::size_t> listed;
-    };
-
-    const Tree& tree(std::size_t count);
+    void rename(const std::filesystem::path& entries, const std::vector<std::string>& before,
+                const std::vector<std::string>& names);
 
     test::TempDirectory directory_;
     std::string name_;
