@@ -76,6 +76,31 @@ TEST(Document, IsNeitherTooDeepNorTooWide)
     EXPECT_EQ(fault_of(document_with(object_with(1001))), kFault);
 }
 
+TEST(Document, DocumentsHaveSoManyValuesTogether)
+{
+    const std::string archive =
+        made_archive({{"samples/0/sample.json", small_sample()},
+                      {"documents/alloc.json", document_with("[1, 2]")},               // 5 values
+                      {"documents/leaks.json", R"({"schema": "nimba-smi.leaks.1"})"},  // 2
+                      {"manifest.json", small_manifest()}});
+    const auto fault = [&](uint64_t most) -> std::string {
+        try {
+            load_capture_bytes(archive, {.document_values = most});
+            return "";
+        } catch (const ArchiveError& error) {
+            return error.what();
+        }
+    };
+    EXPECT_EQ(fault(7), "");
+    EXPECT_EQ(fault(6), "its documents have too many values");
+    std::string zeros{"0"};
+    for (int i = 3; i < 1'000'000; ++i) {
+        zeros += ",0";
+    }
+    EXPECT_EQ(fault_of(document_with("[" + zeros.substr(2) + "]")), "");
+    EXPECT_EQ(fault_of(document_with("[" + zeros + "]")), "here is no such document");
+}
+
 TEST(Document, ComesWithTheCaptureOrIsMissing)
 {
     const std::string overview = R"({"schema": "nimba-smi.overview.1", "adapters": []})";

@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 
 #include <initializer_list>
+#include <string_view>
 
 namespace nimba::archive {
 namespace {
@@ -17,6 +18,16 @@ std::string fault_with_limits(const std::string& archive, const Limits& limits)
 {
     try {
         read_bytes(archive, limits, [](const EntryName&, const std::string&) {});
+        return "";
+    } catch (const ArchiveError& error) {
+        return error.what();
+    }
+}
+
+std::string load_fault(const std::string& archive, const Limits& limits)
+{
+    try {
+        load_capture_bytes(archive, limits);
         return "";
     } catch (const ArchiveError& error) {
         return error.what();
@@ -83,6 +94,61 @@ TEST(HostileArchive, JsonThatIsNestedWithoutEndIsRefused)
               "manifest.json is nested too deep");
 }
 
+std::string repeated(std::string_view text, int times)
+{
+    std::string all;
+    for (int i = 0; i < times; ++i) {
+        all += (i == 0 ? "" : ",") + std::string{text};
+    }
+    return all;
+}
+
+// A parser that goes through a list again at each of its values would need minutes.
+TEST(HostileArchive, JsonWithTooManyValuesIsRefused)
+{
+    EXPECT_EQ(
+        fault_in(made_archive({{"samples/0/sample.json", "[" + repeated("0", 2'999'999) + "]"}})),
+        "sample.json:  is no object");
+    EXPECT_EQ(
+        fault_in(made_archive({{"samples/0/sample.json", "[" + repeated("0", 3'000'000) + "]"}})),
+        "sample.json has too many values");
+}
+
+TEST(HostileArchive, NoMoreDevicesThanAMachineCanHave)
+{
+    const auto fault = [](const std::string& counters) {
+        return fault_in(made_archive(
+            {{"samples/0/sample.json", R"({"nodes": [], "counters": [)" + counters + "]}"}}));
+    };
+    EXPECT_EQ(fault(repeated("0", 256)), "sample.json: counters[0] is no object");
+    EXPECT_EQ(fault(repeated("0", 257)), "sample.json: counters is too long a list");
+}
+
+TEST(HostileArchive, SamplesTellSoManyNodesAtMost)
+{
+    const std::string record =
+        R"({"nodes": [{"path": "/a", "mode": 493, "entries": ["b", "c"]},
+                      {"path": "/d", "error": "EIO"}], "counters": []})";
+    const std::string archive = made_archive({{"samples/0/sample.json", record},
+                                              {"samples/1/sample.json", record},
+                                              {"manifest.json", small_manifest(2)}});
+    EXPECT_EQ(load_fault(archive, {.nodes = 8}), "");
+    EXPECT_EQ(load_fault(archive, {.nodes = 7}), "its samples tell too many nodes");
+}
+
+TEST(HostileArchive, HeadersCountAgainstTheRatio)
+{
+    std::vector<MadeEntry> entries;
+    for (int i = 0; i < 100; ++i) {
+        entries.push_back({"samples/0/nodes/" + std::to_string(i), ""});
+    }
+    const std::string archive = made_archive(entries);  // of more than 100 * 512 bytes unpacked
+    ASSERT_LT(archive.size(), 4'000U);
+    EXPECT_EQ(fault_with_limits(archive, {.ratio = 10, .free_bytes = 200'000}), "");
+    EXPECT_EQ(fault_with_limits(archive, {.ratio = 10, .free_bytes = 10'000}),
+              "it unpacks to more than its size allows");
+}
+
 TEST(HostileArchive, WhatIsBeyondEachLimitIsRefused)
 {
     const std::string archive =
@@ -96,6 +162,9 @@ TEST(HostileArchive, WhatIsBeyondEachLimitIsRefused)
     EXPECT_EQ(fault_with_limits(archive, {.entries = 1}), "it has too many entries");
     EXPECT_EQ(fault_with_limits(archive, {.name_bytes = 13}),
               "the name of entry \"preferences.ini\" is too long");
+    EXPECT_EQ(fault_with_limits(archive, {.all_names_bytes = 28}), "");
+    EXPECT_EQ(fault_with_limits(archive, {.all_names_bytes = 27}),
+              "the names of its entries are too long");
     EXPECT_EQ(
         fault_with_limits(made_archive({{"manifest.json", "0123456789"}}), {.record_bytes = 9}),
         "entry \"manifest.json\" is too large");

@@ -101,6 +101,39 @@ TEST(Manifest, NamesOfDevicesAreThoseOfDrm)
               "manifest.json: drm.devices[0].address is no PCI bus id");
 }
 
+std::string repeated(const char* text, int times)
+{
+    std::string all;
+    for (int i = 0; i < times; ++i) {
+        all += (i == 0 ? "" : ",") + std::string{text};
+    }
+    return all;
+}
+
+TEST(Manifest, ListsAreNotLongerThanAMachineNeeds)
+{
+    const auto adapters = [](int count) {
+        return with(R"("adapters": [])", R"("adapters": [)" + repeated("0", count) + "]");
+    };
+    const auto functions = [](int count) {
+        return with(R"("adapters": [])",
+                    R"("adapters": [{"slot": 0, "bus_id": "0000:01:00.0", "card": 0, "name": null,
+                       "vendor": 1, "device": 2, "va_driver": true, "kernel_interface":
+                       {"file": "libx.so", "functions": [)" +
+                        repeated("\"f\"", count) +
+                        R"(], "struct_size": 1, "init_result": null}}])");
+    };
+    EXPECT_EQ(fault(with_devices(repeated("0", 256))),
+              "manifest.json: drm.devices[0] is no object");
+    EXPECT_EQ(fault(with_devices(repeated("0", 257))),
+              "manifest.json: drm.devices is too long a list");
+    EXPECT_EQ(fault(adapters(256)), "manifest.json: adapters[0] is no object");
+    EXPECT_EQ(fault(adapters(257)), "manifest.json: adapters is too long a list");
+    EXPECT_EQ(fault(functions(64)), "");
+    EXPECT_EQ(fault(functions(65)),
+              "manifest.json: adapters[0].kernel_interface.functions is too long a list");
+}
+
 TEST(Manifest, ALibraryIsAFileNameAlone)
 {
     const auto adapter = [](const std::string& file) {
@@ -115,6 +148,17 @@ TEST(Manifest, ALibraryIsAFileNameAlone)
                   "manifest.json: adapters[0].kernel_interface.file is no library's file name")
             << file;
     }
+}
+
+TEST(Manifest, WhatADriverSaysOfItselfBecomesALine)
+{
+    Manifest manifest = full_manifest();
+    manifest.drm.devices[0].version =
+        DrmVersion{"j\nw", 1, 2, 3, "2024\x7f", "\x1b" + std::string(5000, '\xFF')};
+    const auto read = parse_manifest(manifest_json(manifest)).drm.devices[0].version;
+    EXPECT_EQ(read->name, "j?w");
+    EXPECT_EQ(read->date, "2024?");
+    EXPECT_EQ(read->description.size(), 1U + 999U * 3U);
 }
 
 TEST(Manifest, TextsAreLines)

@@ -104,6 +104,20 @@ TEST(ReplayMachine, WhatCouldNotBeReadIsAFault)
 }
 
 // It would come before the one that the commands themselves need.
+// The numbers as the library takes them, whatever is around them.
+TEST(ReplayMachine, ProcessesThatDevicesNameAreAbsentWithoutTheirNames)
+{
+    archive::Capture capture = small_capture();
+    const std::string device = "/sys/kernel/debug/dri/2/jw/devices/";
+    add_file(capture.samples[0], device + "1/info", "pid = 41\nhandle = 77\n");
+    add_file(capture.samples[0], device + "2/info", "handle = 10\npid = 4294967342\n");
+    add_file(capture.samples[0], "/sys/kernel/debug/dri/0/qv/devices/3/vm_info",
+             "the pid is 1,0052\n99999999\n");
+    capture.samples.push_back(capture.samples[0]);
+    add_file(capture.samples[1], device + "4/info", "pid = 61");
+    EXPECT_EQ(captured_machine(capture).absent_processes, (std::set<int>{1, 46, 52, 61}));
+}
+
 TEST(ReplayMachine, ALibraryThatNoChipNeedsIsNotThere)
 {
     archive::Capture capture = small_capture();
@@ -146,6 +160,32 @@ TEST(ReplayDriver, ShowsTheNodesInTheOrderOfTheCapture)
     EXPECT_EQ(driver.look_up("dri/2/jw/allocations/7"), (NodeAttributes{true, 0755}));
     EXPECT_FALSE(driver.look_up("info/2/vclk"));
     EXPECT_FALSE(driver.read("info/2"));
+}
+
+// An empty text would be that of an allocation, too.
+TEST(ReplayDriver, WhatFailsInSomeSamplesAloneIsNotThereInThese)
+{
+    archive::Capture series = small_capture();
+    auto& nodes = series.samples[0].record.nodes;
+    nodes.push_back(
+        {"/sys/kernel/debug/dri/2/jw/devices", NodeKind::kUnread, 0, 0, false, {}, "EACCES"});
+    nodes.push_back({std::string{kInfo} + "/vclk", NodeKind::kUnread, 0, 0, false, {}, "EIO"});
+    series.samples.push_back(series.samples[0]);
+    series.samples[1].time.seconds = 10;
+    auto& later = series.samples[1].record.nodes;
+    later.pop_back();
+    later.pop_back();
+    add_file(series.samples[1], std::string{kInfo} + "/vclk", "400\n");
+    const auto capture = std::make_shared<const archive::Capture>(series);
+    std::chrono::nanoseconds now{0};
+    RecordedDriver driver{capture, captured_machine(*capture), 1, [&] { return now; }};
+    EXPECT_FALSE(driver.look_up("info/2/vclk"));
+    EXPECT_FALSE(driver.read("info/2/vclk"));
+    EXPECT_FALSE(driver.look_up("dri/2/jw/devices"));
+    // In all samples alike: it is there, and has a fault.
+    EXPECT_TRUE(driver.look_up("dri/2/jw/allocations/7/info"));
+    now = 10s;
+    EXPECT_EQ(driver.read("info/2/vclk"), "400\n");
 }
 
 TEST(ReplayDriver, KeepsItsSwitchesAndTakesNothingElse)

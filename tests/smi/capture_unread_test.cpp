@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <string>
 
 namespace nimba::smi {
 namespace {
@@ -14,6 +15,7 @@ TEST(Unread, WhatIsNotThereIsNoError)
     Unread unread;
     unread.add(0, "/a", ENOENT);
     unread.add(0, "/a", 0);
+    unread.add(0, "/a", std::string{"ENOENT"});
     EXPECT_TRUE(unread.errors().empty());
     EXPECT_TRUE(unread.problems().empty());
 }

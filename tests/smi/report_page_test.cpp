@@ -166,5 +166,48 @@ TEST(ReportPage, WhatIsLeftOutIsCounted)
     EXPECT_TRUE(has(page, "<p>1 of 31 address spaces are shown.</p>"));
 }
 
+// "[ELEMENT, ELEMENT, ...]"
+std::string list_of(std::string_view element, int count)
+{
+    std::string text{"["};
+    for (int i = 0; i < count; ++i) {
+        text.append(i == 0 ? "" : ",").append(element);
+    }
+    return text + ']';
+}
+
+// {"PREFIX0": 1, "PREFIX1": 1, ...}
+std::string members(const std::string& prefix, int count)
+{
+    std::string text{"{"};
+    for (int i = 0; i < count; ++i) {
+        text += (i == 0 ? "\"" : ",\"") + prefix + std::to_string(i) + "\": 1";
+    }
+    return text + '}';
+}
+
+TEST(ReportPage, EveryTableThatIsCutSaysHowMuch)
+{
+    archive::Capture capture = capture_of_one_adapter();
+    const std::string adapter =
+        R"({"bus_id": "0000:01:00.0", "memory": {"segments": )" + list_of("{}", 33) +
+        R"(, "segments_left_out": 2}, "processes": {"total": {"segments": )" + members("s", 9) +
+        R"(}}, "summary": {"modes": )" + list_of("1", 17) + "}}";
+    capture.samples[1].overview =
+        R"({"adapters": )" + list_of(adapter, 17) + R"(, "adapters_left_out": 3})";
+    capture.documents = {
+        {"leaks", R"({"groups": )" + list_of("{}", 51) + R"(, "groups_left_out": 19})"},
+        {"dvfs", R"({"adapters": [{"fields": )" + members("f", 101) + "}]}"},
+        {"pagetable", R"({"errors": )" + list_of("{}", 21) + "}"}};
+    const std::string page = page_of(capture);
+    EXPECT_TRUE(has(page, "<p>16 of 20 adapters are shown.</p>"));
+    EXPECT_TRUE(has(page, "<p>32 of 35 segments are shown.</p>"));
+    EXPECT_TRUE(has(page, "<p>8 of 9 segments in use are shown.</p>"));
+    EXPECT_TRUE(has(page, "1, 1 and 1 more</td>"));
+    EXPECT_TRUE(has(page, "<p>50 of 70 groups are shown.</p>"));
+    EXPECT_TRUE(has(page, "<p>100 of 101 settings are shown.</p>"));
+    EXPECT_TRUE(has(page, "<p>20 of 21 errors are shown.</p>"));
+}
+
 }  // namespace
 }  // namespace nimba::smi::page

@@ -2,8 +2,8 @@
 #include "tools/archive/document.hpp"
 
 #include "tools/archive/archive_error.hpp"
-
-#include <nlohmann/json.hpp>
+#include "tools/archive/json_pass.hpp"
+#include "tools/archive/limits.hpp"
 
 #include <algorithm>
 #include <array>
@@ -37,67 +37,43 @@ const Form* form_of(std::string_view name)
     return found == kForms.end() ? nullptr : found;
 }
 
-// Goes through a text without keeping it. A member function that returns false ends that.
-class Check final {
+// That the whole is an object, with the schema that it tells, and no object is too wide.
+class Check final : public JsonPass {
   public:
-    using Json = nlohmann::json;
+    Check() : JsonPass{kDeepest, Limits{}.document_values} {}
 
     [[nodiscard]] const std::string& schema() const { return schema_; }
 
-    bool null() { return scalar(); }
-    bool boolean(bool /*value*/) { return scalar(); }
-    bool number_integer(Json::number_integer_t /*value*/) { return scalar(); }
-    bool number_unsigned(Json::number_unsigned_t /*value*/) { return scalar(); }
-    bool number_float(Json::number_float_t /*value*/, const std::string& /*text*/)
-    {
-        return scalar();
-    }
-    static bool binary(Json::binary_t& /*value*/) { return false; }
-
     bool string(std::string& value)
     {
-        if (members_.size() == 1 && key_ == "schema") {
+        if (depth() == 1 && key_ == "schema") {
             schema_ = value;
         }
-        return scalar();
+        return JsonPass::string(value);
     }
 
     bool key(std::string& key)
     {
-        if (members_.size() == 1) {
+        if (depth() == 1) {
             key_ = key;
         }
         return ++members_.back() <= kMostMembers;
     }
 
-    bool start_object(std::size_t /*members*/) { return enter(); }
-    bool end_object() { return leave(); }
-    bool start_array(std::size_t /*elements*/) { return !members_.empty() && enter(); }
-    bool end_array() { return leave(); }
-
-    static bool parse_error(std::size_t /*place*/, const std::string& /*text*/,
-                            const Json::exception& /*error*/)
+    bool start_object(std::size_t members)
     {
-        return false;
+        members_.push_back(0);
+        return JsonPass::start_object(members);
+    }
+
+    bool end_object()
+    {
+        members_.pop_back();
+        return JsonPass::end_object();
     }
 
   private:
-    // The whole is an object.
-    [[nodiscard]] bool scalar() const { return !members_.empty(); }
-
-    bool enter()
-    {
-        members_.push_back(0);
-        return members_.size() <= kDeepest;
-    }
-
-    bool leave()
-    {
-        members_.pop_back();
-        return true;
-    }
-
-    std::vector<std::size_t> members_;  // of each object that is open; 0 of lists
+    std::vector<std::size_t> members_;  // of each object that is open
     std::string key_;                   // of the outermost object
     std::string schema_;
 };
@@ -109,7 +85,7 @@ bool is_document(std::string_view name)
     return name != kOverviewDocument && form_of(name) != nullptr;
 }
 
-void check_document(std::string_view name, const std::string& place, std::string_view text)
+std::size_t check_document(std::string_view name, const std::string& place, std::string_view text)
 {
     Check check;
     const Form* const form = form_of(name);
@@ -117,6 +93,7 @@ void check_document(std::string_view name, const std::string& place, std::string
         check.schema() != form->schema) {
         throw ArchiveError{place + " is no such document"};
     }
+    return check.values();
 }
 
 }  // namespace nimba::archive

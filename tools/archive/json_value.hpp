@@ -17,25 +17,6 @@
 
 namespace nimba::archive {
 
-// The text's value. Throws ArchiveError when it is no JSON, or is nested deeper than any record:
-// each level takes many times the byte that it is in the text.
-inline nlohmann::json parse_json(std::string_view text, const char* file)
-{
-    constexpr int kDeepest = 16;
-    const auto check_depth = [&](int depth, nlohmann::json::parse_event_t /*event*/,
-                                 const nlohmann::json& /*value*/) {
-        if (depth > kDeepest) {
-            throw ArchiveError{std::string{file} + " is nested too deep"};
-        }
-        return true;
-    };
-    auto json = nlohmann::json::parse(text, check_depth, false);
-    if (json.is_discarded()) {
-        throw ArchiveError{std::string{file} + " is no JSON"};
-    }
-    return json;
-}
-
 // A value and where it stands ("manifest.json: samples[0].seconds").
 class JsonValue final {
   public:
@@ -119,6 +100,13 @@ class JsonValue final {
     {
         using Result = decltype(read(*this));
         return is_null() ? std::optional<Result>{} : std::optional<Result>{read(*this)};
+    }
+
+    void check_length(std::size_t most) const
+    {
+        if (value_->is_array() && value_->size() > most) {
+            fail("too long a list");
+        }
     }
 
     // What `read` makes of each element.

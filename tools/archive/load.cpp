@@ -33,14 +33,13 @@ class Assembly final {
                 capture_.preferences = std::move(bytes);
                 break;
             case EntryKind::kSample:
-                sample(name.sample).record = parse_sample(bytes);
-                sample(name.sample).has_record = true;
+                add_record(name.sample, parse_sample(bytes));
                 break;
             case EntryKind::kNode:
                 add_text(name.sample, std::move(name.path), std::move(bytes));
                 break;
             case EntryKind::kDocument:
-                check_document(name.path, document_entry(name.path), bytes);
+                add_values(check_document(name.path, document_entry(name.path), bytes));
                 capture_.documents.emplace(std::move(name.path), std::move(bytes));
                 break;
             case EntryKind::kOverview:
@@ -84,6 +83,26 @@ class Assembly final {
         return samples_[number];
     }
 
+    void add_record(std::size_t number, SampleRecord record)
+    {
+        for (const Node& node : record.nodes) {
+            nodes_ += 1 + node.entries.size();
+        }
+        if (nodes_ > limits_.nodes) {
+            throw ArchiveError{"its samples tell too many nodes"};
+        }
+        sample(number).record = std::move(record);
+        sample(number).has_record = true;
+    }
+
+    void add_values(std::size_t values)
+    {
+        values_ += values;
+        if (values_ > limits_.document_values) {
+            throw ArchiveError{"its documents have too many values"};
+        }
+    }
+
     void add_text(std::size_t number, std::string path, std::string bytes)
     {
         auto& texts = sample(number).texts;
@@ -124,6 +143,8 @@ class Assembly final {
     std::optional<Manifest> manifest_;
     Capture capture_;
     std::map<std::size_t, Part> samples_;
+    uint64_t nodes_ = 0;
+    uint64_t values_ = 0;  // of the documents
 };
 
 }  // namespace

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tools/archive/entry_name.hpp"
+#include "tools/archive/json_text.hpp"
 #include "tools/archive/json_value.hpp"
 #include "tools/archive/limits.hpp"
 #include "tools/archive/name_forms.hpp"
@@ -44,6 +45,21 @@ Json list(const Values& values, Make make)
     return result;
 }
 
+// What a reader takes as a line, of a text that may be anything: a strange one costs itself alone.
+std::string as_line(const std::string& text)
+{
+    constexpr std::size_t kLongest = 4096;
+    constexpr std::size_t kCut = 1000;  // each byte may become three
+    std::string line = text.size() > kLongest ? text.substr(0, kCut) : text;
+    std::ranges::replace_if(
+        line,
+        [](char c) {
+            return !is_line({&c, 1});
+        },
+        '?');
+    return line;
+}
+
 Json to_json(const DrmNode& node)
 {
     const auto* const type =
@@ -53,9 +69,9 @@ Json to_json(const DrmNode& node)
 
 Json to_json(const DrmVersion& version)
 {
-    return {{"name", version.name},   {"major", version.major},
-            {"minor", version.minor}, {"patch", version.patch},
-            {"date", version.date},   {"description", version.description}};
+    return {{"name", as_line(version.name)}, {"major", version.major},
+            {"minor", version.minor},        {"patch", version.patch},
+            {"date", as_line(version.date)}, {"description", as_line(version.description)}};
 }
 
 Json to_json(const DrmDevice& device)
@@ -196,6 +212,7 @@ void check_devices(const JsonValue& value, const std::vector<DrmDevice>& devices
 
 Drm read_drm(const JsonValue& value)
 {
+    value.member("devices").check_length(Limits{}.devices);
     Drm drm{value.member("library").optional(line), value.member("devices").list(read_device)};
     check_devices(value.member("devices"), drm.devices);
     return drm;
@@ -203,6 +220,7 @@ Drm read_drm(const JsonValue& value)
 
 KernelInterface read_kernel_interface(const JsonValue& value)
 {
+    value.member("functions").check_length(Limits{}.functions);
     return {formed(value.member("file"), is_library_file, "library's file name"),
             value.member("functions").list([](const JsonValue& name) {
                 return formed(name, is_function_name, "function's name");
@@ -228,6 +246,12 @@ Adapter read_adapter(const JsonValue& value)
             value.member("device").number<uint32_t>(),
             value.member("va_driver").boolean(),
             value.member("kernel_interface").optional(read_kernel_interface)};
+}
+
+std::vector<Adapter> read_adapters(const JsonValue& value)
+{
+    value.check_length(Limits{}.devices);
+    return value.list(read_adapter);
 }
 
 std::vector<SampleTime> read_samples(const JsonValue& value)
@@ -307,7 +331,7 @@ Manifest parse_manifest(std::string_view text)
             value.member("library").optional(read_library),
             read_samples(value.member("samples")),
             read_drm(value.member("drm")),
-            value.member("adapters").list(read_adapter),
+            read_adapters(value.member("adapters")),
             value.member("errors").list(read_error),
             value.member("problems").list(line)};
 }

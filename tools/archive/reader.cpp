@@ -66,9 +66,8 @@ class Account {
   public:
     Account(const Limits& limits, uint64_t file_bytes)
         : limits_{limits},
-          allowed_{std::min(
-              limits.total_bytes,
-              limits.free_bytes + file_bytes * std::min(limits.ratio, kMost / (file_bytes + 1)))}
+          allowed_{limits.free_bytes +
+                   file_bytes * std::min(limits.ratio, kMost / (file_bytes + 1))}
     {
     }
 
@@ -79,10 +78,18 @@ class Account {
         }
     }
 
+    void add_name(std::string_view name)
+    {
+        names_ += name.size();
+        if (names_ > limits_.all_names_bytes) {
+            fail("the names of its entries are too long");
+        }
+    }
+
     void add_bytes(std::size_t count)
     {
         total_ += count;
-        if (total_ > allowed_) {
+        if (total_ > std::min(allowed_, limits_.total_bytes)) {
             fail("it unpacks to more than its size allows");
         }
     }
@@ -90,7 +97,7 @@ class Account {
     // `bytes`: of the unpacked archive until here, with what stands between the entries' bytes.
     void check_position(uint64_t bytes) const
     {
-        if (bytes > total_ + kSlack + entries_ * kEntryOverhead) {
+        if (bytes > std::min(allowed_, total_ + kSlack + entries_ * kEntryOverhead)) {
             fail("it unpacks to more than its size allows");
         }
     }
@@ -104,6 +111,7 @@ class Account {
     const Limits& limits_;
     uint64_t allowed_;
     uint64_t entries_ = 0;
+    uint64_t names_ = 0;
     uint64_t total_ = 0;
 };
 
@@ -192,6 +200,7 @@ void read_all(::archive* reader, const Limits& limits, uint64_t file_bytes, cons
         account.add_entry();
         account.check_position(static_cast<uint64_t>(archive_filter_bytes(reader, 0)));
         const std::string name = pathname(entry, limits);
+        account.add_name(name);
         EntryName parsed = entry_name(entry, name);
         if (!names.insert(name).second) {
             fail("entry " + shown(name) + " comes twice");

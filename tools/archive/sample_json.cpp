@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tools/archive/entry_name.hpp"
+#include "tools/archive/json_text.hpp"
 #include "tools/archive/json_value.hpp"
+#include "tools/archive/limits.hpp"
 #include "tools/archive/name_forms.hpp"
 #include "tools/archive/record_json.hpp"
 
@@ -217,6 +219,7 @@ SampleRecord parse_sample(std::string_view text)
 {
     const auto json = parse_json(text, "sample.json");
     const JsonValue value{json, "sample.json: "};
+    value.member("counters").check_length(Limits{}.devices);
     SampleRecord record{value.member("nodes").list(read_node),
                         value.member("counters").list(read_counters)};
     check_tree(value.member("nodes"), record.nodes);

@@ -126,7 +126,8 @@ void Writer::add(const std::string& name, std::string_view bytes)
 // nothing makes up for that.
 void Writer::pad() const
 {
-    const uint64_t counted = total_ - std::min(total_, limits_.free_bytes);
+    const auto all = static_cast<uint64_t>(archive_filter_bytes(writer_.get(), 0));
+    const uint64_t counted = all - std::min(all, limits_.free_bytes);
     const uint64_t least = counted / limits_.ratio + 1;
     struct stat status {};
     if (::fstat(descriptor_.get(), &status) != 0) {

@@ -153,6 +153,7 @@ struct Machine {
     std::vector<ForeignGpu> foreign_gpus;
     std::vector<PlatformDevice> platform_devices;
     std::vector<Process> processes;
+    std::set<int> absent_processes;  // by number; a process of the real machine does not show
     std::vector<KernelInterface> kernel_interfaces;
     std::vector<MemoryModule> memory_modules;
     std::vector<Fault> faults;

@@ -29,9 +29,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The process whose name alone is asked for, "-p PID -o comm=" in either order. Anything else is
-// not for this program.
-std::optional<std::string> asked_process(std::vector<std::string_view> words)
+constexpr int kNoSuchProcess = 1;  // as the system's ps ends
+
+// The processes whose names alone are asked for, "-p PROCESSES -o comm=" in either order. Anything
+// else is not for this program.
+std::optional<std::string> asked_processes(std::vector<std::string_view> words)
 {
     if (words.size() != 4) {
         return std::nullopt;
@@ -39,25 +41,54 @@ std::optional<std::string> asked_process(std::vector<std::string_view> words)
     if (words[0] == "-o") {
         std::rotate(words.begin(), words.begin() + 2, words.end());
     }
-    const auto is_digit = [](unsigned char c) { return std::isdigit(c) != 0; };
-    if (words[0] != "-p" || words[2] != "-o" || words[3] != "comm=" ||
-        !std::ranges::all_of(words[1], is_digit)) {
+    if (words[0] != "-p" || words[2] != "-o" || words[3] != "comm=") {
         return std::nullopt;
     }
     return std::string{words[1]};
 }
 
-// The name that the machine's process has; nothing if the machine has no such process.
-std::optional<std::string> simulated_name(const std::string& pid)
+bool is_digit(unsigned char c)
 {
-    const char* machine = std::getenv("UMOCKDEV_DIR");
-    std::ifstream file{fmt::format("{}/proc/{}/comm", machine == nullptr ? "" : machine, pid)};
+    return std::isdigit(c) != 0;
+}
+
+fs::path name_file(std::string_view pid)
+{
+    const char* const machine = std::getenv("UMOCKDEV_DIR");
+    return fmt::format("{}/proc/{}/comm", machine == nullptr ? "/nonexistent" : machine, pid);
+}
+
+// The name that the machine's process has; nothing if the machine has no such process.
+std::optional<std::string> simulated_name(const std::string& processes)
+{
+    if (!std::ranges::all_of(processes, is_digit)) {
+        return std::nullopt;
+    }
+    std::ifstream file{name_file(processes)};
     std::string name;
-    if (machine == nullptr || !std::getline(file, name, '\0')) {
+    if (!std::getline(file, name, '\0')) {
         return std::nullopt;
     }
     name.pop_back();  // the newline
     return name;
+}
+
+// Whether a process of them is known not to be there: its name can be looked at, but not opened.
+bool has_absent_process(std::string_view processes)
+{
+    while (true) {
+        processes.remove_prefix(std::min(processes.find_first_of("123456789"), processes.size()));
+        if (processes.empty()) {
+            return false;
+        }
+        const auto end = std::min(processes.find_first_not_of("0123456789"), processes.size());
+        const fs::path file = name_file(processes.substr(0, end));
+        std::error_code ignored;
+        if (fs::exists(fs::symlink_status(file, ignored)) && !std::ifstream{file}) {
+            return true;
+        }
+        processes.remove_prefix(end);
+    }
 }
 
 std::string path_variable()
@@ -98,8 +129,11 @@ int run_next(char** arguments)
 
 int main_with_arguments(int argument_count, char** arguments)
 {
-    const auto pid = asked_process({arguments + 1, arguments + argument_count});
-    const auto name = pid ? simulated_name(*pid) : std::nullopt;
+    const auto processes = asked_processes({arguments + 1, arguments + argument_count});
+    const auto name = processes ? simulated_name(*processes) : std::nullopt;
+    if (!name && processes && has_absent_process(*processes)) {
+        return kNoSuchProcess;
+    }
     if (!name) {
         return run_next(arguments);
     }

@@ -171,6 +171,9 @@ TestBed::TestBed(const Machine& machine, const fs::path& directory,
     for (const Process& process : machine.processes) {
         add_process(process);
     }
+    for (const int pid : machine.absent_processes) {
+        add_absent_process(pid, plain == nullptr);
+    }
 }
 
 // libdrm lists devices in the order in which /dev/dri lists their nodes; the nodes are made in an
@@ -255,6 +258,23 @@ void TestBed::add_process(const Process& process)
     const fs::path directory = root_ / fmt::format("proc/{}", process.pid);
     write_file(directory / "cmdline", command_line);
     write_file(directory / "comm", process.comm + "\n");
+}
+
+// Where there is nothing at all, the preload library would show the real machine's. Drivers have a
+// file that is not there when it is opened; opening a socket fails, if with another error.
+void TestBed::add_absent_process(int pid, bool live)
+{
+    const fs::path directory = root_ / fmt::format("proc/{}", pid);
+    fs::create_directories(directory);
+    for (const char* const name : {"cmdline", "comm"}) {
+        const fs::path file = directory / name;
+        if (live) {
+            fs::create_symlink(fs::path{"../.."} / kServedNodes / kAbsentFile, file);
+        } else if (mknod(file.c_str(), S_IFSOCK | kFileMode, 0) != 0) {
+            throw TestBedError{
+                fmt::format("cannot make {}: {}", file.native(), std::strerror(errno))};
+        }
+    }
 }
 
 }  // namespace nimba::sim

@@ -27,7 +27,8 @@ class TestBed {
   public:
     // Builds the machine inside `directory`. `driver` is the machine's. What the drivers show are
     // plain files, which show what `plain` does for ever, or without it links to what is mounted at
-    // the directory kServedNodes, for which an empty one is made. Throws TestBedError.
+    // the directory kServedNodes, for which an empty one is made. Opening the name or the command
+    // line of an absent process fails. Throws TestBedError.
     TestBed(const Machine& machine, const std::filesystem::path& directory,
             const std::shared_ptr<MachineDriver>& driver, NodeSource* plain);
 
@@ -41,6 +42,7 @@ class TestBed {
     void add_node_links(const Machine& machine, NodeSource& driver);
     void add_node_files(const Machine& machine, NodeSource& plain);
     void add_process(const Process& process);
+    void add_absent_process(int pid, bool live);
 
     std::vector<std::unique_ptr<DrmDriver>> drivers_;  // in use until the test bed is gone
     std::vector<LockedTerminal> locked_terminals_;

@@ -3,6 +3,8 @@
 
 #include "nimba_mgmt_interface.h"
 #include "product.hpp"
+#include "replay/lasting_errors.hpp"
+#include "replay/named_processes.hpp"
 #include "replay/recorded_driver.hpp"
 #include "tools/archive/entry_name.hpp"
 
@@ -12,9 +14,9 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <map>
 #include <set>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 
 namespace nimba::sim {
@@ -105,11 +107,15 @@ DrmDevice drm_device(const archive::DrmDevice& device, int card, std::size_t pla
     return drm;
 }
 
-const archive::Node* find_node(const archive::Sample& sample, const std::string& path)
+using NodesByPath = std::map<std::string_view, const archive::Node*>;
+
+NodesByPath nodes_by_path(const archive::Sample& sample)
 {
-    const auto node =
-        std::ranges::find(sample.record.nodes, archive::encode_path(path), &archive::Node::path);
-    return node == sample.record.nodes.end() ? nullptr : &*node;
+    NodesByPath nodes;
+    for (const archive::Node& node : sample.record.nodes) {
+        nodes.emplace(node.path, &node);
+    }
+    return nodes;
 }
 
 std::string text_at(const archive::Sample& sample, const std::string& path)
@@ -129,24 +135,23 @@ bool is_connector(std::string_view name)
 }
 
 // Whether anything was read of the device, which is so only of adapters that answer.
-bool has_nodes(const archive::Sample& sample, const std::string& device)
+bool has_nodes(const NodesByPath& nodes, const std::string& device)
 {
     const std::string begin = archive::encode_path(device) + "/";
-    return std::ranges::any_of(sample.record.nodes, [&](const archive::Node& node) {
-        return node.path.starts_with(begin);
-    });
+    const auto first = nodes.lower_bound(begin);
+    return first != nodes.end() && first->first.starts_with(begin);
 }
 
-std::optional<std::vector<std::string>> connectors(const archive::Sample& sample,
+std::optional<std::vector<std::string>> connectors(const NodesByPath& nodes,
                                                    const std::string& device, int card)
 {
     const std::string name = fmt::format("card{}", card);
-    const archive::Node* const node = find_node(sample, fmt::format("{}/drm/{}", device, name));
-    if (node == nullptr) {
-        return has_nodes(sample, device) ? std::nullopt : std::optional{std::vector<std::string>{}};
+    const auto node = nodes.find(archive::encode_path(fmt::format("{}/drm/{}", device, name)));
+    if (node == nodes.end()) {
+        return has_nodes(nodes, device) ? std::nullopt : std::optional{std::vector<std::string>{}};
     }
     std::vector<std::string> found;
-    for (const std::string& entry : node->entries) {
+    for (const std::string& entry : node->second->entries) {
         const std::string connector =
             entry.starts_with(name + "-") ? entry.substr(name.size() + 1) : "";
         if (is_connector(connector)) {
@@ -156,7 +161,8 @@ std::optional<std::vector<std::string>> connectors(const archive::Sample& sample
     return found;
 }
 
-Adapter adapter_of(const archive::Sample& sample, PciDevice pci, DrmDevice drm)
+Adapter adapter_of(const archive::Sample& sample, const NodesByPath& nodes, PciDevice pci,
+                   DrmDevice drm)
 {
     Adapter adapter;
     adapter.pci = pci;
@@ -164,7 +170,7 @@ Adapter adapter_of(const archive::Sample& sample, PciDevice pci, DrmDevice drm)
     adapter.driver_dir = pci.vendor == QV_VENDOR_ID ? "qv" : "jw";
     const std::string device = "/sys/bus/pci/devices/" + to_text(pci.address);
     adapter.link.width = text_at(sample, device + "/current_link_width");
-    adapter.drm.connectors = connectors(sample, device, adapter.drm.card);
+    adapter.drm.connectors = connectors(nodes, device, adapter.drm.card);
     return adapter;
 }
 
@@ -172,6 +178,8 @@ void add_devices(const archive::Capture& capture, Machine& machine)
 {
     const auto& devices = capture.manifest.drm.devices;
     const std::vector<int> cards = card_numbers(devices);
+    const archive::Sample& sample = capture.samples.front();
+    const NodesByPath nodes = nodes_by_path(sample);
     for (std::size_t place = 0; place < devices.size(); ++place) {
         DrmDevice drm = drm_device(devices[place], cards[place], place);
         if (!devices[place].pci) {
@@ -182,7 +190,7 @@ void add_devices(const archive::Capture& capture, Machine& machine)
         const PciDevice pci{identity.vendor, identity.device,
                             parse_pci_address(identity.address).value()};
         if (pci.vendor == NIMBA_VENDOR_ID || pci.vendor == QV_VENDOR_ID) {
-            machine.adapters.push_back(adapter_of(capture.samples.front(), pci, std::move(drm)));
+            machine.adapters.push_back(adapter_of(sample, nodes, pci, std::move(drm)));
         } else {
             machine.foreign_gpus.push_back({pci, std::move(drm)});
         }
@@ -290,31 +298,10 @@ std::optional<Fault> fault_of(const archive::Node& node, const Machine& machine)
     return fault;
 }
 
-using Errors = std::unordered_map<std::string_view, std::string_view>;
-
-// What could not be read, by path.
-Errors errors_in(const archive::Sample& sample)
-{
-    Errors errors;
-    for (const archive::Node& node : sample.record.nodes) {
-        if (node.kind == archive::NodeKind::kUnread) {
-            errors.emplace(node.path, node.error);
-        }
-    }
-    return errors;
-}
-
 // What fails in all samples alike has a fault.
 void add_faults(const archive::Capture& capture, Machine& machine)
 {
-    Errors lasting = errors_in(capture.samples.front());
-    for (const archive::Sample& sample : capture.samples) {
-        const Errors errors = errors_in(sample);
-        std::erase_if(lasting, [&](const auto& one) {
-            const auto here = errors.find(one.first);
-            return here == errors.end() || here->second != one.second;
-        });
-    }
+    const auto lasting = lasting_errors(capture);
     for (const archive::Node& node : capture.samples.front().record.nodes) {
         if (!lasting.contains(node.path)) {
             continue;
@@ -338,6 +325,10 @@ Machine captured_machine(const archive::Capture& capture)
     }
     for (auto& [pid, process] : processes) {
         machine.processes.push_back(std::move(process));
+    }
+    machine.absent_processes = named_processes(capture);
+    for (const Process& process : machine.processes) {
+        machine.absent_processes.erase(process.pid);
     }
     add_libraries(capture, machine);
     add_faults(capture, machine);

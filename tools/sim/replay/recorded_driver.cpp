@@ -2,6 +2,8 @@
 #include "replay/recorded_driver.hpp"
 
 #include "replay/frames.hpp"
+#include "replay/lasting_errors.hpp"
+#include "served_nodes.hpp"
 #include "tools/archive/entry_name.hpp"
 
 #include <fmt/core.h>
@@ -50,6 +52,26 @@ bool names_directory(std::string_view path)
     return name.starts_with("hwmon") || std::ranges::find(kNames, name) != kNames.end();
 }
 
+// The adapter at that place of the bus; null when there is none.
+const Adapter* adapter_at(const std::string& bus_id, const Machine& machine)
+{
+    const auto address = parse_pci_address(bus_id);
+    const auto adapter = std::ranges::find_if(
+        machine.adapters, [&](const Adapter& one) { return one.pci.address == address; });
+    return adapter == machine.adapters.end() ? nullptr : &*adapter;
+}
+
+// Of what is in an adapter's directory in sysfs.
+std::optional<std::string> path_of_device(std::string_view path, const Adapter& adapter)
+{
+    const int card = adapter.drm.card;
+    if (const auto rest = behind(path, fmt::format("/{}_info", adapter.driver_dir))) {
+        return fmt::format("info/{}{}", card, *rest);
+    }
+    const auto rest = behind(path, "/hwmon");
+    return rest ? std::optional{fmt::format("hwmon/{}{}", card, *rest)} : std::nullopt;
+}
+
 std::string file_name(const std::string& path)
 {
     return path.substr(path.rfind('/') + 1);
@@ -63,33 +85,38 @@ std::optional<std::string> recorded_path(const std::string& encoded, const Machi
     if (const auto rest = behind(path, "/sys/kernel/debug/dri")) {
         return "dri" + *rest;
     }
-    for (const Adapter& adapter : machine.adapters) {
-        const int card = adapter.drm.card;
-        const std::string device = "/sys/bus/pci/devices/" + to_text(adapter.pci.address);
-        if (const auto rest = behind(path, fmt::format("{}/{}_info", device, adapter.driver_dir))) {
-            return fmt::format("info/{}{}", card, *rest);
-        }
-        if (const auto rest = behind(path, device + "/hwmon")) {
-            return fmt::format("hwmon/{}{}", card, *rest);
-        }
-        if (path == fmt::format("/proc/gpuinfo_{}", card)) {
-            return node_path(adapter, NodeDirectory::kProc);
-        }
+    constexpr std::string_view kDevices = "/sys/bus/pci/devices/";
+    if (path.starts_with(kDevices)) {
+        const std::size_t end = std::min(path.find('/', kDevices.size()), path.size());
+        const Adapter* const adapter =
+            adapter_at(path.substr(kDevices.size(), end - kDevices.size()), machine);
+        return adapter == nullptr ? std::nullopt
+                                  : path_of_device(std::string_view{path}.substr(end), *adapter);
     }
-    return std::nullopt;
+    constexpr std::string_view kInfo = "/proc/gpuinfo_";
+    if (!path.starts_with(kInfo)) {
+        return std::nullopt;
+    }
+    const auto adapter =
+        std::ranges::find(machine.adapters, path.substr(kInfo.size()),
+                          [](const Adapter& one) { return std::to_string(one.drm.card); });
+    return adapter == machine.adapters.end()
+               ? std::nullopt
+               : std::optional{node_path(*adapter, NodeDirectory::kProc)};
 }
 
 RecordedDriver::RecordedDriver(std::shared_ptr<const archive::Capture> capture,
                                const Machine& machine, double speed, Clock clock)
     : capture_{std::move(capture)}, speed_{speed}, clock_{std::move(clock)}, start_{clock_()}
 {
+    const Errors lasting = lasting_errors(*capture_);
     for (const archive::Sample& sample : capture_->samples) {
-        moments_.push_back(make_moment(sample, machine));
+        moments_.push_back(make_moment(sample, machine, lasting));
     }
 }
 
 RecordedDriver::Moment RecordedDriver::make_moment(const archive::Sample& sample,
-                                                   const Machine& machine)
+                                                   const Machine& machine, const Errors& lasting)
 {
     Moment moment{from_seconds(sample.time.seconds), {}, {}};
     moment.nodes[""] = {{true, kDirectoryMode}, nullptr, {}};
@@ -103,6 +130,10 @@ RecordedDriver::Moment RecordedDriver::make_moment(const archive::Sample& sample
             continue;
         }
         const bool listed = node.kind == archive::NodeKind::kDirectory;
+        if (!listed && !lasting.contains(node.path)) {
+            continue;
+        }
+        // What a fault befalls has to be there.
         if (listed || names_directory(node.path)) {
             const mode_t mode = listed ? node.mode : kDirectoryMode;
             enter(moment, *path, {{true, mode}, nullptr, {}});
@@ -128,10 +159,8 @@ RecordedDriver::Moment RecordedDriver::make_moment(const archive::Sample& sample
         moment.nodes.at(*path).entries = std::move(entries);
     }
     for (const archive::Counters& counters : sample.record.counters) {
-        for (const Adapter& adapter : machine.adapters) {
-            if (to_text(adapter.pci.address) == counters.bus_id) {
-                moment.counters[adapter.drm.card] = &counters;
-            }
+        if (const Adapter* const adapter = adapter_at(counters.bus_id, machine)) {
+            moment.counters[adapter->drm.card] = &counters;
         }
     }
     return moment;
@@ -175,6 +204,9 @@ const RecordedDriver::RecordedNode* RecordedDriver::find(const std::string& path
 
 std::optional<NodeAttributes> RecordedDriver::look_up(const std::string& path)
 {
+    if (path == kAbsentFile) {
+        return NodeAttributes{false, 0444};
+    }
     const RecordedNode* const node = find(path);
     return node == nullptr ? std::nullopt : std::optional{node->attributes};
 }

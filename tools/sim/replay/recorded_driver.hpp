@@ -12,6 +12,8 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace nimba::sim {
@@ -22,7 +24,8 @@ std::optional<std::string> recorded_path(const std::string& encoded, const Machi
 
 // What a capture's drivers showed: each sample until the next, and the last for ever. Frames go on
 // within a sample as they did when it was taken. The switches "enable_usage" and "misc_ctl_flag"
-// keep what is written to them; a recorded driver takes no other command.
+// keep what is written to them; a recorded driver takes no other command. What could not be read in
+// some samples alone, or each time with another error, is not there in these.
 class RecordedDriver final : public MachineDriver {
   public:
     // Time begins here, and goes `speed` times as fast as the clock. `machine` is the capture's.
@@ -47,7 +50,11 @@ class RecordedDriver final : public MachineDriver {
         std::map<int, const archive::Counters*> counters;  // by card
     };
 
-    static Moment make_moment(const archive::Sample& sample, const Machine& machine);
+    // What could not be read, by encoded path.
+    using Errors = std::unordered_map<std::string_view, std::string_view>;
+
+    static Moment make_moment(const archive::Sample& sample, const Machine& machine,
+                              const Errors& lasting);
     static void enter(Moment& moment, const std::string& path, RecordedNode node);
     std::size_t moment_now(std::chrono::nanoseconds& time) const;
     const RecordedNode* find(const std::string& path) const;

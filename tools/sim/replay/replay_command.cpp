@@ -12,6 +12,7 @@
 #include <fmt/core.h>
 
 #include <charconv>
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <system_error>
@@ -22,6 +23,7 @@ namespace {
 
 constexpr double kSlowest = 0.001;
 constexpr double kFastest = 1000;
+constexpr std::size_t kMostProcesses = 20'000;  // each has files in the run's directory
 
 // Complains about what is no number of the range; nothing that is no number at all is in one.
 std::string speed_problem(const std::string& text)
@@ -67,6 +69,9 @@ int ReplayCommand::run(const std::vector<std::string>& command, const Installati
 {
     const auto capture = std::make_shared<const archive::Capture>(load(file_));
     const Machine machine = captured_machine(*capture);
+    if (machine.processes.size() + machine.absent_processes.size() > kMostProcesses) {
+        throw MachineFileError{fmt::format("{}: it names too many processes", file_)};
+    }
     const auto make_driver = [&](MachineDriver::Clock clock) {
         return std::make_shared<RecordedDriver>(capture, machine, speed_, std::move(clock));
     };

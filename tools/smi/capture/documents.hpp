@@ -14,18 +14,22 @@
 
 namespace nimba::smi {
 
-// `document` with stand-ins for the names of processes, and for names in its other values. Paths of
-// the user and of `library` go; so does what the doctor says of the user.
-Document redacted_document(Document document, Redactor& redactor, const std::string& library);
+// `document` with stand-ins for the names of processes, and for names and paths in its sentences.
+// What is a word, a number or a time by its schema stays.
+Document redacted_document(Document document, Redactor& redactor);
+
+// `document` without what the doctor says of the user, whom the library knows nothing of.
+Document without_user(Document document);
+
+// Asks the commands, which tell of the machine as it is now.
+page::Documents ask_for_capture(const Options& options,
+                                const std::function<void(const std::string& what)>& progress);
 
 class CaptureDocuments final {
   public:
-    // `redactor`: null: names stay. `library`: the library's file, wherever it is.
+    // `redactor`: null: names stay. `answers`: what the commands answered.
     CaptureDocuments(const Options& options, archive::Writer& writer, Redactor* redactor,
-                     std::string library);
-
-    // Asks the commands, which tell of the machine as it is now.
-    void ask(const std::function<void(const std::string& what)>& progress);
+                     page::Documents answers);
 
     // Writes an overview of the machine as it is now. Returns false when it was interrupted.
     // `stop`: see Patience.
@@ -38,10 +42,8 @@ class CaptureDocuments final {
   private:
     void add(const std::string& name, Document document);
 
-    const Options& options_;
     archive::Writer& writer_;
     Redactor* redactor_;
-    std::string library_;
     Collector collector_;
     page::Documents answers_;
 };

@@ -104,10 +104,10 @@ std::optional<int> card_of(const archive::DrmDevice& device)
                                    std::numeric_limits<int>::max());
 }
 
-// Whether the management library would take it for an adapter.
+// Whether the management library takes it for an adapter, or would if it could open it.
 bool is_adapter(const archive::DrmDevice& device)
 {
-    return device.pci && device.version &&
+    return device.pci &&
            (device.pci->vendor == NIMBA_VENDOR_ID || device.pci->vendor == QV_VENDOR_ID) &&
            !kernel_interface_files(device.pci->device).empty();
 }

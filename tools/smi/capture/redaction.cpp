@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/capture/redaction.hpp"
 
+#include "tools/smi/capture/driver_words.hpp"
+
 #include <fmt/core.h>
 
 #include <algorithm>
@@ -17,10 +19,26 @@ constexpr std::size_t kLongestProcessName = 15;
 // What is shorter, and more than a word, could be anything.
 constexpr std::size_t kShortestPhrase = 4;
 
-// The driver's own words; a program may be called the same.
-constexpr std::array<std::string_view, 14> kDriverWords{
-    "balance", "lowpower", "performance", "VGA",  "DVI",    "HDMI", "DP",
-    "EDP",     "PCIE",     "entry",       "info", "buffer", "addr", "unknown"};
+// Where the system keeps what is everybody's; a program in there has a name all the same.
+constexpr std::array<std::string_view, 9> kSystemPlaces{
+    "/usr/lib/",   "/usr/lib64/", "/usr/bin/", "/usr/sbin/", "/usr/libexec/",
+    "/usr/share/", "/lib/",       "/lib64/",   "/sbin/"};
+
+// Files whose names the commands know, wherever they are.
+constexpr std::array<std::string_view, 4> kKnownFiles{"dmidecode", "ps", "wmt_gfx_util.ini",
+                                                      "wmt_gfx_util.ini.bad"};
+
+// What dmidecode writes where nothing is known.
+constexpr std::array<std::string_view, 9> kUnknownToFirmware{
+    "Not Specified", "Not Provided",  "Unknown",
+    "None",          "N/A",           "Default string",
+    "<BAD INDEX>",   "<OUT OF SPEC>", "To Be Filled By O.E.M."};
+
+template <std::size_t kSize>
+bool is_one_of(std::string_view text, const std::array<std::string_view, kSize>& texts)
+{
+    return std::ranges::find(texts, text) != texts.end();
+}
 
 bool is_word_character(char c)
 {
@@ -42,14 +60,35 @@ bool is_number(std::string_view text)
 
 bool can_be_value(std::string_view word)
 {
-    return !is_number(word) && std::ranges::find(kDriverWords, word) == kDriverWords.end();
+    return !is_number(word) && !is_one_of(word, kDriverWords);
 }
 
-// Whether what comes behind says that a word before it is a key.
-bool makes_key(std::string_view behind)
+// The size of the driver's key that a text begins with, up to its sign; 0 when it begins with none.
+std::size_t driver_key_size(std::string_view text)
 {
-    const auto next = behind.find_first_not_of(" \t");
-    return next != std::string_view::npos && (behind[next] == '=' || behind[next] == ':');
+    for (const std::string_view key : kDriverKeys) {
+        if (!text.starts_with(key)) {
+            continue;
+        }
+        const auto sign = text.find_first_not_of(" \t", key.size());
+        if (sign != std::string_view::npos && (text[sign] == '=' || text[sign] == ':')) {
+            return sign + 1;
+        }
+    }
+    return 0;
+}
+
+// Whether a name that is more than a word can be told from what the driver says itself.
+bool can_be_phrase(std::string_view name)
+{
+    const bool has_word = std::ranges::any_of(name, [](char c) {
+        return is_word_character(c) && !is_number({&c, 1});
+    });
+    bool has_key = false;
+    for (std::size_t i = 0; i < name.size() && !has_key; ++i) {
+        has_key = driver_key_size(name.substr(i)) > 0;
+    }
+    return name.size() >= kShortestPhrase && has_word && !has_key;
 }
 
 // Hands over each line with its newline.
@@ -65,7 +104,7 @@ void for_each_line(std::string_view text, Take take)
 
 std::string_view trimmed(std::string_view text)
 {
-    constexpr std::string_view kBlanks = " \t\r\n";
+    constexpr std::string_view kBlanks = " \t\n\v\f\r";
     const auto begin = text.find_first_not_of(kBlanks);
     return begin == std::string_view::npos
                ? std::string_view{}
@@ -82,11 +121,63 @@ std::optional<std::string_view> value_of(std::string_view line, std::string_view
     return trimmed(line.substr(end + 1));
 }
 
+// What the library reads of a value that is numbers.
+std::string_view numbers_of(std::string_view value)
+{
+    return value.substr(0, value.find_first_not_of("0123456789:.+-"));
+}
+
 // The line with another text in the place of a part of it.
 std::string with(std::string_view line, std::string_view part, std::string_view text)
 {
     const auto begin = static_cast<std::size_t>(part.data() - line.data());
     return std::string{line.substr(0, begin)}.append(text).append(line.substr(begin + part.size()));
+}
+
+// Whether a path begins at a slash of a sentence.
+bool begins_path(std::string_view text, std::size_t slash)
+{
+    return (slash == 0 || (!is_word_character(text[slash - 1]) && text[slash - 1] != '/')) &&
+           slash + 1 < text.size() && is_word_character(text[slash + 1]);
+}
+
+// Where a path that begins at `begin` ends: at the quotation mark when it is in such, else behind
+// the last word with a slash of its own.
+std::size_t path_end(std::string_view text, std::size_t begin)
+{
+    constexpr std::string_view kEnds = "\"'()<>;\n";
+    std::size_t end = std::min(text.find_first_of(kEnds, begin), text.size());
+    if (begin > 0 && text[begin - 1] == '"') {
+        return std::min(text.find('"', begin), text.size());
+    }
+    for (const std::string_view mark : {": ", ", ", ". "}) {
+        end = std::min(end, text.find(mark, begin));
+    }
+    const std::string_view all = text.substr(begin, end - begin);
+    std::size_t size = std::min(all.find(' '), all.size());
+    for (std::size_t blank = size; blank < all.size();) {
+        const std::size_t next = std::min(all.find(' ', blank + 1), all.size());
+        const auto slash = all.substr(blank + 1, next - blank - 1).find('/');
+        if (slash == 0) {
+            break;
+        }
+        size = slash == std::string_view::npos ? size : next;
+        blank = next;
+    }
+    return begin + size - (size > 1 && (all[size - 1] == '.' || all[size - 1] == ':') ? 1 : 0);
+}
+
+// The nodes that a capture is of, and what else has no names of people and programs.
+bool is_machine_path(std::string_view path)
+{
+    return path.starts_with("/sys/") || path.starts_with("/proc/") ||
+           (path.starts_with("/dev/") && !path.starts_with("/dev/shm/"));
+}
+
+bool is_known_file(std::string_view name)
+{
+    return is_one_of(name, kKnownFiles) ||
+           (name.starts_with("lib") && name.find(".so") != std::string_view::npos);
 }
 
 }  // namespace
@@ -107,7 +198,7 @@ std::string Redactor::name(std::string_view name)
     do {
         stand_in = fmt::format("name-{:08x}", draw_());
     } while (!taken_.insert(stand_in).second);
-    if (!is_word(name) && name.size() >= kShortestPhrase) {
+    if (!is_word(name) && can_be_phrase(name)) {
         phrases_.emplace(name);
     }
     stand_ins_.emplace(name, stand_in);
@@ -139,24 +230,33 @@ std::string Redactor::process_name(std::string_view name, std::string_view progr
     return this->name(name);
 }
 
+// The phrase that a text begins with, or an empty one.
+std::string_view Redactor::phrase_at(std::string_view text) const
+{
+    const auto found = std::ranges::find_if(
+        phrases_, [&](const std::string& phrase) { return text.starts_with(phrase); });
+    return found == phrases_.end() ? std::string_view{} : std::string_view{*found};
+}
+
 std::string Redactor::words(std::string_view line) const
 {
     std::string result;
-    for (std::size_t i = 0; i < line.size();) {
-        if (!is_word_character(line[i])) {
-            result += line[i++];
-            continue;
+    while (!line.empty()) {
+        std::size_t size = is_word_character(line.front()) ? driver_key_size(line) : 0;
+        if (size > 0) {
+            result += line.substr(0, size);
+        } else if (const std::string_view phrase = phrase_at(line); !phrase.empty()) {
+            size = phrase.size();
+            result += stand_ins_.at(std::string{phrase});
+        } else {
+            const auto* const end = std::ranges::find_if_not(line, is_word_character);
+            size = std::max<std::size_t>(static_cast<std::size_t>(end - line.begin()), 1);
+            const std::string_view word = line.substr(0, size);
+            const auto known = stand_ins_.find(std::string{word});
+            const bool is_name = known != stand_ins_.end() && can_be_value(word);
+            result += is_name ? std::string_view{known->second} : word;
         }
-        std::size_t end = i;
-        while (end < line.size() && is_word_character(line[end])) {
-            ++end;
-        }
-        const std::string_view word = line.substr(i, end - i);
-        const auto known = stand_ins_.find(std::string{word});
-        const bool replaced =
-            known != stand_ins_.end() && can_be_value(word) && !makes_key(line.substr(end));
-        result += replaced ? std::string_view{known->second} : word;
-        i = end;
+        line.remove_prefix(size);
     }
     return result;
 }
@@ -179,36 +279,71 @@ std::string Redactor::text(std::string_view text)
             result += with(line, *pname, path(*pname));
             return;
         }
-        std::string rest{line};
-        for (const std::string& phrase : phrases_) {
-            for (auto at = rest.find(phrase); at != std::string::npos; at = rest.find(phrase, at)) {
-                const std::string& stand_in = stand_ins_.at(phrase);
-                rest.replace(at, phrase.size(), stand_in);
-                at += stand_in.size();
-            }
-        }
-        result += words(rest);
+        result += words(line);
     });
     return result;
 }
 
-std::string Redactor::preferences(std::string_view text)
+std::string Redactor::sentence(std::string_view text)
 {
-    constexpr std::array<std::string_view, 3> kKept{"PreferGpuName", "PreferGpuBusID", "GpuPrefer"};
+    std::string result;
+    std::size_t done = 0;
+    for (std::size_t i = 0; i < text.size();) {
+        if (text[i] != '/' || !begins_path(text, i)) {
+            ++i;
+            continue;
+        }
+        const std::size_t end = path_end(text, i);
+        result += this->text(text.substr(done, i - done));
+        result += told_path(text.substr(i, end - i));
+        done = i = end;
+    }
+    return result + this->text(text.substr(done));
+}
+
+std::string Redactor::told_path(std::string_view told)
+{
+    if (is_machine_path(told)) {
+        return std::string{told};
+    }
+    for (const std::string_view place : kSystemPlaces) {
+        if (told.starts_with(place)) {
+            return std::string{place} + text(told.substr(place.size()));
+        }
+    }
+    const std::size_t file = told.rfind('/') + 1;
+    const std::string_view name = told.substr(file);
+    return path(told.substr(0, file)) + (is_known_file(name) ? text(name) : path(name));
+}
+
+// Each line is made anew of what the library makes of it.
+std::string Redactor::preferences(std::string_view text, std::span<const std::string> gpus)
+{
     std::string result;
     for_each_line(text, [&](std::string_view line) {
-        const std::string_view shown = trimmed(line);
-        if (shown.starts_with('[') && shown.ends_with(']')) {
-            result += fmt::format("[{}]\n", name(shown.substr(1, shown.size() - 2)));
-        } else if (const auto full = value_of(line, "FullPath", '=')) {
-            result += with(line, *full, path(*full));
-        } else if (std::ranges::any_of(kKept, [&](std::string_view key) {
-                       return value_of(line, key, '=').has_value();
-                   })) {
-            result += line;
+        const std::string_view shown = trimmed(line.substr(0, line.find(';')));
+        const auto bracket = shown.find(']');
+        if (shown.starts_with('[') && bracket != std::string_view::npos) {
+            result += fmt::format("[{}]\n", section_name(shown.substr(1, bracket - 1)));
+        } else if (const auto full = value_of(shown, "FullPath", '=')) {
+            result += fmt::format("FullPath = {}\n", path(*full));
+        } else if (const auto gpu = value_of(shown, "PreferGpuName", '=')) {
+            const bool is_known = std::ranges::find(gpus, *gpu) != gpus.end();
+            result +=
+                fmt::format("PreferGpuName = {}\n", is_known ? std::string{*gpu} : path(*gpu));
+        } else if (const auto bus_id = value_of(shown, "PreferGpuBusID", '=')) {
+            result += fmt::format("PreferGpuBusID = {}\n", numbers_of(*bus_id));
+        } else if (const auto prefer = value_of(shown, "GpuPrefer", '=')) {
+            result += fmt::format("GpuPrefer = {}\n", numbers_of(*prefer));
         }
     });
     return result;
+}
+
+// A section's name is one, whatever is in it.
+std::string Redactor::section_name(std::string_view name)
+{
+    return name.empty() ? "" : this->name(name);
 }
 
 std::string Redactor::memory_modules(std::string_view text)
@@ -217,7 +352,8 @@ std::string Redactor::memory_modules(std::string_view text)
     for_each_line(text, [&](std::string_view line) {
         auto value = value_of(line, "Serial Number", ':');
         value = value ? value : value_of(line, "Asset Tag", ':');
-        result += value && !value->empty() ? with(line, *value, name(*value)) : std::string{line};
+        const bool is_name = value && !value->empty() && !is_one_of(*value, kUnknownToFirmware);
+        result += is_name ? with(line, *value, name(*value)) : std::string{line};
     });
     return result;
 }

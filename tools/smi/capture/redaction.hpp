@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <set>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -32,13 +33,18 @@ class Redactor final {
     void learn(std::string_view text);
 
     // A node's text. What stands behind "device_pname" is a name; other names count where they are
-    // whole words that can be values.
+    // whole words, but for what the driver itself says.
     std::string text(std::string_view text);
 
-    // The preference file: sections and full paths are names, the known keys stay, the rest goes.
-    std::string preferences(std::string_view text);
+    // What a command says. Besides the names that a text may have, each part is one of a path that
+    // is not of the system: the file's own name stays when commands know it.
+    std::string sentence(std::string_view text);
 
-    // What dmidecode writes: serial numbers and asset tags are names.
+    // The preference file: sections and full paths are names, and GPUs that are none of `gpus`.
+    // Nothing else stays but numbers, where the library reads such.
+    std::string preferences(std::string_view text, std::span<const std::string> gpus);
+
+    // What dmidecode writes: serial numbers and asset tags are names, where there are any.
     std::string memory_modules(std::string_view text);
 
   private:
@@ -51,7 +57,10 @@ class Redactor final {
     };
 
     std::string name(std::string_view name);
+    std::string section_name(std::string_view name);
+    std::string told_path(std::string_view told);
     std::string words(std::string_view line) const;
+    std::string_view phrase_at(std::string_view text) const;
 
     std::function<uint32_t()> draw_;
     std::unordered_map<std::string, std::string> stand_ins_;

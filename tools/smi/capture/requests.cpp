@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/capture/requests.hpp"
 
+#include "nimba_mgmt_interface.h"
 #include "tools/archive/record_json.hpp"
 #include "tools/smi/capture/drm_identity.hpp"
 #include "tools/smi/capture/kernel_interface.hpp"
 #include "tools/smi/capture/node_table.hpp"
 #include "tools/smi/worker/entered_adapter.hpp"
+
+#include <dlfcn.h>
 
 #include <nlohmann/json.hpp>
 
@@ -41,6 +44,17 @@ archive::Adapter record_of(const Adapter& adapter)
             adapter.device_id.value_or(0),
             adapter.driver == DriverKind::kVa,
             std::nullopt};
+}
+
+// The exit of any other tool may have switched it off since the sample before.
+void switch_usage_accounting_on(Session& session)
+{
+    constexpr const char* kName = "gpuinfo_set_enable_usage";
+    const auto switch_to = reinterpret_cast<decltype(&::gpuinfo_set_enable_usage)>(
+        ::dlsym(session.library().handle.get(), kName));
+    if (switch_to != nullptr) {
+        session.call(kName, [&] { switch_to("1"); });
+    }
 }
 
 struct CloseCommand {
@@ -92,6 +106,7 @@ Message answer_capture_counters(Session& session)
 {
     archive::SampleRecord sample;
     if (const auto entered = enter_own_adapter(session)) {
+        switch_usage_accounting_on(session);
         archive::Counters& counters = sample.counters.emplace_back();
         counters.bus_id = entered->adapter.bus_id;
         read_kernel_counters(session, entered->adapter.device_id.value_or(0), counters);

@@ -170,18 +170,17 @@ bool NodeSampler::open_base(NodeBase base, const std::string& path)
 std::string NodeSampler::hwmon_directory(const std::string& device)
 {
     const std::string path = device + "/hwmon";
-    const bool is_new = !places_.contains(path);
-    const std::vector<std::string> names = directory(path).entries;
-    for (const std::string& name : names) {
-        if (!name.starts_with("hwmon")) {
-            continue;
-        }
-        if (is_new) {
-            directory(path).entries = {name};
-        }
-        return fmt::format("{}/{}", path, name);
+    if (!places_.contains(path)) {
+        auto& names = directory(path).entries;
+        const auto first = std::ranges::find_if(names, [&](const std::string& name) {
+            return name.starts_with("hwmon") &&
+                   tools_.reader.list(fmt::format("{}/{}", path, name)).error != ENOTDIR;
+        });
+        names.erase(names.begin(), first);
+        names.resize(std::min<std::size_t>(names.size(), 1));
     }
-    return "";
+    const auto& names = directory(path).entries;
+    return names.empty() ? "" : fmt::format("{}/{}", path, names.front());
 }
 
 // What is noted of a directory; it is listed at the first time.

@@ -28,6 +28,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace nimba::smi {
 namespace {
@@ -73,10 +74,13 @@ class Taking final {
 
     CaptureOutcome run()
     {
+        auto answers = ask_commands();
         line_.show("asking for the adapters");
         identity_ = read_identity(options_, stop_.descriptor());
+        add_unopened_devices();
+        learn_library_place();
         write_preferences();
-        ask_commands();
+        documents_.emplace(options_, writer_, redactor(), std::move(answers));
         keep_rhythm({options_.capture.interval, options_.capture.samples}, stop_,
                     [this](uint64_t number) { return take_sample(number - 1); });
         if (outcome_.manifest.samples.empty()) {
@@ -111,19 +115,50 @@ class Taking final {
         ReadNode file = reader_.read(path, kLongestPreferences);
         if (file.error == 0) {
             writer_.add(std::string{archive::kPreferencesEntry},
-                        redactor_ ? redactor_->preferences(file.text) : file.text);
+                        redactor_ ? redactor_->preferences(file.text, adapter_names()) : file.text);
         } else {
             unread_.add(0, redactor_ ? "the preference file" : path, file.error);
         }
     }
 
-    void ask_commands()
+    // Of a path that is not absolute no sentence says that it is one.
+    void learn_library_place()
     {
-        documents_.emplace(options_, writer_, redactor(),
-                           identity_.library ? identity_.library->path : options_.library);
-        documents_->ask([this](const std::string& what) { line_.show("asking for " + what); });
+        const std::string& library = options_.library;
+        if (redactor_ && !library.starts_with('/')) {
+            redactor_->path(library.substr(0, library.rfind('/') + 1));
+        }
+    }
+
+    [[nodiscard]] std::vector<std::string> adapter_names() const
+    {
+        std::vector<std::string> names;
+        for (const archive::Adapter& adapter : identity_.adapters) {
+            names.push_back(adapter.name.value_or(""));
+        }
+        return names;
+    }
+
+    // Before the capture's own workers make adapters current: those of the commands switch usage
+    // accounting off when they go, and a capture is to show it switched on.
+    page::Documents ask_commands()
+    {
+        auto answers = ask_for_capture(
+            options_, [this](const std::string& what) { line_.show("asking for " + what); });
         if (is_readable(stop_)) {
             throw_interrupted();
+        }
+        return answers;
+    }
+
+    void add_unopened_devices()
+    {
+        for (const archive::DrmDevice& device : identity_.drm.devices) {
+            for (const archive::DrmNode& node : device.nodes) {
+                if (node.error) {
+                    unread_.add(0, node.path, *node.error);
+                }
+            }
         }
     }
 
@@ -245,24 +280,9 @@ class Taking final {
         std::ranges::replace_if(
             line, [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, ' ');
         if (redactor_) {
-            // Before their parts are taken for names.
-            drop_directory(line, options_.library);
-            drop_directory(line, identity_.library ? identity_.library->path : "");
-            line = redactor_->text(line);
+            line = redactor_->sentence(line);
         }
         return line;
-    }
-
-    // Leaves the name alone of a file that is told with its directory.
-    static void drop_directory(std::string& line, const std::string& path)
-    {
-        const std::size_t name = path.rfind('/') + 1;
-        if (name == 0) {
-            return;
-        }
-        for (auto at = line.find(path); at != std::string::npos; at = line.find(path, at)) {
-            line.erase(at, name);
-        }
     }
 
     const Options& options_;

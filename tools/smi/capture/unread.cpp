@@ -59,6 +59,13 @@ void Unread::add(std::size_t sample, const std::string& path, int error)
     add({sample, path, name == nullptr ? "EIO" : name});
 }
 
+void Unread::add(std::size_t sample, const std::string& path, const std::string& error)
+{
+    if (error != "ENOENT" && error != "ENOTDIR") {
+        add({sample, path, error});
+    }
+}
+
 void Unread::add(std::size_t sample, const archive::Node& node)
 {
     if (node.kind == archive::NodeKind::kUnread) {

@@ -19,6 +19,9 @@ class Unread final {
     // known of a sample before.
     void add(std::size_t sample, const std::string& path, int error);
 
+    // `error`: the name of an errno.
+    void add(std::size_t sample, const std::string& path, const std::string& error);
+
     // A node that was not read; any other counts for nothing.
     void add(std::size_t sample, const archive::Node& node);
 

@@ -38,11 +38,7 @@ constexpr Question kQuestions[] = {
     {kVersion, version_command, [](Options& /*options*/) {}},
     {kDoctor, doctor_command, [](Options& /*options*/) {}},
     {kDvfs, dvfs_command, [](Options& options) { options.dvfs.action = DvfsAction::kGet; }},
-    {kLeaks, leaks_command,
-     [](Options& options) {
-         options.top = 50;
-         options.leaks.count = 1;
-     }},
+    {kLeaks, leaks_command, [](Options& options) { options.leaks.count = 1; }},
     {kAllocations, alloc_command, [](Options& options) { options.top = 100; }},
     {kPageTables, pagetable_command, [](Options& options) { options.page_tables.map = true; }},
 };

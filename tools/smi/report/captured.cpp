@@ -4,7 +4,7 @@
 #include "tools/archive/entry_name.hpp"
 #include "tools/smi/report/value.hpp"
 
-#include <algorithm>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -28,12 +28,12 @@ Document identity_overview(const archive::Manifest& manifest)
 }
 
 // The errors that a document tells itself, unless they were told.
-void add_errors(const Document& document, std::vector<std::string>& problems)
+void add_errors(const Document& document, std::set<std::string>& told,
+                std::vector<std::string>& problems)
 {
-    constexpr std::size_t kMost = 1000;
     for (const Document& error : list(document, {"errors"})) {
         const std::string message = text_of(member(error, {"message"}));
-        if (problems.size() < kMost && std::ranges::find(problems, message) == problems.end()) {
+        if (told.insert(message).second) {
             problems.push_back(message);
         }
     }
@@ -63,10 +63,11 @@ Content captured_content(const archive::Capture& capture, const std::string& fil
     if (content.overview.is_null()) {
         content.overview = identity_overview(manifest);
     }
+    std::set<std::string> told{content.problems.begin(), content.problems.end()};
     for (const auto& [name, text] : capture.documents) {
         const Document& document =
             content.documents.emplace(name, Document::parse(text)).first->second;
-        add_errors(document, content.problems);
+        add_errors(document, told, content.problems);
     }
     for (const archive::ReadError& error : manifest.errors) {
         content.unread.push_back(

@@ -172,7 +172,10 @@ Html settings(const Content& content)
         }
         rows.push_back(std::move(cells));
     }
-    return table("Power and DVFS settings", columns, rows);
+    Html html = table("Power and DVFS settings", columns, rows);
+    html += left_out(rows.size(), first.size(), "settings");
+    html += adapters_left_out(content.document(kDvfs));
+    return html;
 }
 
 }  // namespace
@@ -184,6 +187,7 @@ Html clocks_section(const Content& content)
         return paragraph("There is no adapter to tell of.");
     }
     Html html = clocks_now(content);
+    html += adapters_left_out(content.overview);
     html += paragraph("Clocks, voltage and fans are in the driver's own units.");
     if (content.samples.size() == 1) {
         html += paragraph("There is one sample alone, and nothing to plot.");

@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 #include <fmt/core.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstring>
@@ -73,11 +74,27 @@ std::string report_json(const Options& options, const Content& content, std::siz
                       {"errors", json_errors(problems)}});
 }
 
+// Whether both names are of one file.
+bool is_same_file(const std::string& one, const std::string& other)
+{
+    struct stat status {};
+    struct stat other_status {};
+    return ::stat(one.c_str(), &status) == 0 && ::stat(other.c_str(), &other_status) == 0 &&
+           status.st_dev == other_status.st_dev && status.st_ino == other_status.st_ino;
+}
+
 }  // namespace
 
 Report report_command(const Options& options)
 {
     Report report;
+    const auto& capture = options.report.capture;
+    if (capture && options.report.file != "-" && is_same_file(*capture, options.report.file)) {
+        report.problems.push_back(
+            {ExitStatus::kFailed, std::nullopt, std::nullopt,
+             fmt::format("cannot write {}: it is the capture itself", options.report.file)});
+        return report;
+    }
     try {
         const Content content = ask(options, report.problems);
         std::string text = page_html(content);

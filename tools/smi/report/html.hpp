@@ -52,7 +52,7 @@ using Cells = std::vector<Html>;
 Html table(std::string_view caption, const std::vector<Column>& columns,
            const std::vector<Cells>& rows);
 
-// A table of what is left of a list, "the 50 largest of 1000".
+// "50 of 1000 groups are shown."; nothing when all are.
 Html left_out(std::size_t shown, std::size_t all, std::string_view what);
 
 // A bar for a part of a whole; the numbers stand beside it.

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -74,14 +76,14 @@ Html versions(const Content& content)
 // The names of the members of all objects, in the order in which they come.
 std::vector<std::string> names_in(const std::vector<const Document*>& objects)
 {
-    constexpr std::size_t kMost = 100;
+    std::set<std::string> known;
     std::vector<std::string> names;
     for (const Document* const object : objects) {
         if (!object->is_object()) {
             continue;
         }
         for (const auto& [name, value] : object->items()) {
-            if (names.size() < kMost && std::ranges::find(names, name) == names.end()) {
+            if (known.insert(name).second) {
                 names.push_back(name);
             }
         }
@@ -100,7 +102,7 @@ std::string parts_text(const Document& value)
     std::size_t count = 0;
     for (const Document& part : value) {
         if (++count > kMost) {
-            return text + ", ...";
+            return text + fmt::format(" and {} more", value.size() - kMost);
         }
         text += (text.empty() ? "" : ", ") + text_of(part);
     }
@@ -108,6 +110,11 @@ std::string parts_text(const Document& value)
 }
 
 }  // namespace
+
+Html adapters_left_out(const Document& document)
+{
+    return left_out(adapters_of(document).size(), whole_size(document, "adapters"), "adapters");
+}
 
 Html overview_section(const Content& content)
 {
@@ -129,6 +136,7 @@ Html overview_section(const Content& content)
                                   {"DVFS level"},
                                   {"3D engine", true}},
                                  rows);
+    html += adapters_left_out(content.overview);
     const Document& foreign = member(content.overview, {"foreign_gpu"});
     if (foreign.is_object()) {
         html += paragraph("There is a GPU of another vendor: " + parts_text(foreign) + '.');
@@ -144,16 +152,23 @@ Html summary_section(const Content& content)
         columns.push_back({adapter_title(*adapter)});
         summaries.push_back(&member(*adapter, {"summary"}));
     }
+    constexpr std::size_t kMost = 100;
+    const std::vector<std::string> names = names_in(summaries);
     std::vector<Cells> rows;
-    for (const std::string& name : names_in(summaries)) {
+    for (const std::string& name : std::span{names}.first(std::min(names.size(), kMost))) {
         Cells cells{Html::text(name)};
         for (const Document* const summary : summaries) {
             cells.push_back(Html::text(parts_text(member(*summary, {name.c_str()}))));
         }
         rows.push_back(std::move(cells));
     }
-    return rows.empty() ? paragraph("No adapter told a summary.")
-                        : table("Every field of the summaries", columns, rows);
+    if (rows.empty()) {
+        return paragraph("No adapter told a summary.");
+    }
+    Html html = table("Every field of the summaries", columns, rows);
+    html += left_out(rows.size(), names.size(), "fields");
+    html += adapters_left_out(content.overview);
+    return html;
 }
 
 }  // namespace nimba::smi::page

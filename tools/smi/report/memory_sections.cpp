@@ -46,10 +46,13 @@ Html segments(const Document& adapter)
              size_cell(segment, {"used_bytes"}), size_cell(segment, {"total_bytes"}),
              total > 0 ? bar(used / total) : Html{}});
     }
-    return rows.empty()
-               ? paragraph("Its segments could not be read.")
-               : table("Memory segments of " + adapter_title(adapter),
-                       {{"Segment"}, {"Used", true}, {"Size", true}, {"Part in use"}}, rows);
+    if (rows.empty()) {
+        return paragraph("Its segments could not be read.");
+    }
+    Html html = table("Memory segments of " + adapter_title(adapter),
+                      {{"Segment"}, {"Used", true}, {"Size", true}, {"Part in use"}}, rows);
+    html += left_out(rows.size(), whole_size(member(adapter, {"memory"}), "segments"), "segments");
+    return html;
 }
 
 Html processes(const Document& adapter)
@@ -62,8 +65,9 @@ Html processes(const Document& adapter)
         {"Device context"}, {"Process (pid)"}, {"Allocations", true}, {"Memory", true}};
     const Document& total = member(adapter, {"processes", "total"});
     std::vector<std::string> segment_names;
+    std::size_t segments_in_use = 0;
     for (const auto& [name, bytes] : member(total, {"segments"}).items()) {
-        if (bytes != 0 && segment_names.size() < kSegmentColumns) {
+        if (bytes != 0 && ++segments_in_use <= kSegmentColumns) {
             segment_names.push_back(name);
             columns.push_back({"Segment " + name, true});
         }
@@ -88,6 +92,7 @@ Html processes(const Document& adapter)
     Html html = table("Memory by process of " + adapter_title(adapter), columns, rows);
     html +=
         left_out(shown, whole_size(member(adapter, {"processes"}), "devices"), "device contexts");
+    html += left_out(segment_names.size(), segments_in_use, "segments in use");
     return html;
 }
 
@@ -125,6 +130,7 @@ Html memory_section(const Content& content)
         html += segments(*adapter);
         html += processes(*adapter);
     }
+    html += adapters_left_out(content.overview);
     return html.empty() ? paragraph("There is no adapter to tell of.") : html;
 }
 
@@ -192,6 +198,7 @@ Html leaks_section(const Content& content)
                    {"Together", true},
                    {"Device, process (pid), count"}},
                   rows);
+    html += left_out(rows.size(), whole_size(document, "groups"), "groups");
     return html;
 }
 

@@ -206,6 +206,7 @@ Html errors_of(const Document& document)
     for (std::size_t i = 0; i < std::min(errors.size(), kMostErrors); ++i) {
         html += paragraph(text_of(member(errors[i], {"message"})));
     }
+    html += left_out(kMostErrors, errors.size(), "errors");
     return html;
 }
 

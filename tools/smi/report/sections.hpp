@@ -7,6 +7,9 @@
 
 namespace nimba::smi::page {
 
+// How many of the document's adapters adapters_of leaves out.
+Html adapters_left_out(const Document& document);
+
 Html overview_section(const Content& content);
 Html findings_section(const Content& content);
 Html unread_section(const Content& content);
