@@ -145,7 +145,7 @@ class Scraped(unittest.TestCase):
     def test_what_leaks_grows(self):
         leak = f'nimba_leak_group_allocations{{instance="{LEAKING}", width="128", height="64"}}'
         first = until(lambda: self.prometheus.value(leak), "a leak")
-        until(lambda: self.prometheus.value(leak) > first, lambda: f"more than {first}")
+        until(lambda: (self.prometheus.value(leak) or 0) > first, lambda: f"more than {first}")
 
     def test_every_panel_of_the_dashboard_is_filled(self):
         for panel in panels(dashboard()):
