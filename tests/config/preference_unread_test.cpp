@@ -6,8 +6,20 @@
 
 #include <sys/stat.h>
 
+#include <new>
+#include <string_view>
+
 namespace nimba::test {
 namespace {
+
+// A print callback that finds no memory for the second record.
+int lack_memory_for_b(const char* text, ...)
+{
+    if (std::string_view{text}.starts_with("Load from config: b")) {
+        throw std::bad_alloc{};
+    }
+    return 0;
+}
 
 class UnreadPreferences : public Preferences {
   protected:
@@ -52,6 +64,20 @@ TEST_P(UnreadPreferences, StayUntilTheFileIsLoaded)
               "GpuPrefer = 2\n\n\n"
               "[new]\nFullPath = /opt/new\nPreferGpuName = \nPreferGpuBusID = 0000:00:00.0\n"
               "GpuPrefer = 3\n\n\n");
+}
+
+TEST_P(UnreadPreferences, AreInTheListOnceWhenLoadingIsTriedAgain)
+{
+    write("[a]\nGpuPrefer = 1\n[b]\nGpuPrefer = 2\n[c]\nGpuPrefer = 3\n");
+    auto& install = function<decltype(::set_print_callback)>("set_print_callback");
+    install(lack_memory_for_b);
+    EXPECT_THROW(count(), std::bad_alloc);
+    EXPECT_TRUE(list.empty());
+    install(keep_message);
+    EXPECT_EQ(count(), 3);
+    EXPECT_TRUE(same_records(list, {{.file_name = "a", .prefer = 1},
+                                    {.file_name = "b", .prefer = 2},
+                                    {.file_name = "c", .prefer = 3}}));
 }
 
 TEST_P(UnreadPreferences, StayWhenTheUserMayOnlyWriteThem)
