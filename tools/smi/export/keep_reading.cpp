@@ -21,7 +21,7 @@ std::size_t segment_index(const Allocation& allocation)
 // Whether the map of contexts was read, be it up to what it holds.
 bool has_contexts(const ReadingBase& reading)
 {
-    constexpr std::string_view kMap = "get_device_pid_maps";
+    static constexpr std::string_view kMap = "get_device_pid_maps";
     return std::ranges::none_of(reading.remarks, [](const Failure& remark) {
         return remark.call == kMap && remark.status != ExitStatus::kOk;
     });
