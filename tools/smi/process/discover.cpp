@@ -3,14 +3,15 @@
 
 #include "tools/smi/process/ask.hpp"
 #include "tools/smi/process/diagnosis.hpp"
+#include "tools/smi/process/worker_process.hpp"
 #include "tools/smi/worker/requests.hpp"
 
 namespace nimba::smi {
 
-DiscoveryOutcome discover_adapters(WorkerProcess& worker, std::chrono::milliseconds timeout,
-                                   int stop)
+DiscoveryOutcome discover_adapters(const Options& options, int stop)
 {
-    const Reply reply = ask_all({&worker, 1}, kDiscoverRequest, {timeout, stop}).front();
+    WorkerProcess worker{{options.library, options.verbose, std::nullopt}};
+    const Reply reply = ask_all({&worker, 1}, kDiscoverRequest, {options.timeout, stop}).front();
     const Subject subject{"discovery", std::nullopt, unfinished_adapter(worker.progress())};
     DiscoveryOutcome outcome;
     const auto* const lost = std::get_if<Lost>(&reply);
@@ -20,12 +21,6 @@ DiscoveryOutcome discover_adapters(WorkerProcess& worker, std::chrono::milliseco
         outcome.finished = finished_adapters(worker.progress());
     }
     return outcome;
-}
-
-DiscoveryOutcome discover_adapters(const Options& options, int stop)
-{
-    WorkerProcess worker{{options.library, options.verbose, std::nullopt}};
-    return discover_adapters(worker, options.timeout, stop);
 }
 
 }  // namespace nimba::smi

@@ -4,10 +4,8 @@
 #include "tools/smi/adapter.hpp"
 #include "tools/smi/exit_status.hpp"
 #include "tools/smi/options.hpp"
-#include "tools/smi/process/worker_process.hpp"
 #include "tools/smi/worker/payload.hpp"
 
-#include <chrono>
 #include <optional>
 #include <vector>
 
@@ -21,11 +19,7 @@ struct DiscoveryOutcome {
     bool interrupted = false;       // it was given up because the user wanted to end
 };
 
-// Asks this worker, which serves no adapter, what adapters the machine has. `stop`: see Patience.
-DiscoveryOutcome discover_adapters(WorkerProcess& worker, std::chrono::milliseconds timeout,
-                                   int stop);
-
-// Asks a worker that ends with the answer.
+// Asks a worker, which ends with the answer, what adapters the machine has. `stop`: see Patience.
 DiscoveryOutcome discover_adapters(const Options& options, int stop = -1);
 
 }  // namespace nimba::smi
