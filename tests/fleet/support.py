@@ -37,6 +37,9 @@ MACHINES = Path(__file__).resolve().parent / "machines"
 # How many scrapes may be in vain: on a busy machine one can take longer than its short interval.
 _VAIN_SCRAPES = 10
 
+# Seconds. Others can make the machine busy after it was seen quiet.
+_SHORTEST_INTERVAL = 4
+
 _PR_SET_PDEATHSIG = 1
 _libc = ctypes.CDLL(None)
 
@@ -292,6 +295,16 @@ class Prometheus:
             raise AssertionError(f"{url}: {refused.read().decode()}") from None
 
 
+def slowly_leaking(place: Workplace) -> Path:
+    """A machine that loses one texture per second, so that no scrape of it ever takes long."""
+    machine = (SOURCE / "tools" / "sim" / "machines" / "leaking.toml").read_text()
+    slow, count = re.subn(r"^per_second = \d+$", "per_second = 1", machine, flags=re.MULTILINE)
+    assert count == 1
+    written = place.directory / "slowly-leaking.toml"
+    written.write_text(slow)
+    return written
+
+
 def shortest_interval(exporters: list[Exporter]) -> int:
     """Seconds in which all of them can be scraped at this moment, with room for as much again."""
     for exporter in exporters:
@@ -299,7 +312,7 @@ def shortest_interval(exporters: list[Exporter]) -> int:
     begin = time.monotonic()
     for exporter in exporters:
         exporter.metrics()
-    return max(2, math.ceil(2 * (time.monotonic() - begin)))
+    return max(_SHORTEST_INTERVAL, math.ceil(2 * (time.monotonic() - begin)))
 
 
 def panels(dashboard: dict[str, Any]) -> Iterator[dict[str, Any]]:

@@ -14,7 +14,7 @@ from functools import partial
 
 from queries import complaints, samples
 from support import BOUND, MACHINES, PACKAGING, Exporter, Prometheus, Workplace
-from support import live_drivers_work, panels, until
+from support import live_drivers_work, panels, slowly_leaking, until
 
 # Where the machines are: instances, as Prometheus names them.
 STAYING = STEADY, HEAPS, LEAKING, WORKING, HOSTILE = [f"127.0.0.{host}" for host in range(2, 7)]
@@ -97,7 +97,7 @@ class Scraped(unittest.TestCase):
         machines = {
             STEADY: MACHINES / "steady.toml",
             HEAPS: "qv-m20-heaps",
-            LEAKING: "leaking",
+            LEAKING: slowly_leaking(place),
             WORKING: "showcase",
             HOSTILE: MACHINES / "hostile.toml",
             LEAVING: "steady-adapter",
