@@ -26,6 +26,7 @@ load nimba-sim.bash
     fails_with 2 "nimba-sim: FILE is required; see nimba-sim --help" nimba-sim check
     fails_with 2 "nimba-sim: The following argument was not expected: --wrong; see nimba-sim --help" \
         nimba-sim machines --wrong
+    fails_with 2 "nimba-sim: --json takes no value; see nimba-sim --help" nimba-sim machines --json=3
 }
 
 @test "3: a machine that there is not" {

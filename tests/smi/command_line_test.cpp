@@ -81,6 +81,8 @@ TEST(CommandLine, RefusesWhatMakesNoSense)
               "list takes no \"version\"; see nimba-smi list --help");
     EXPECT_EQ(usage_error({"list", "--timeout"}),
               "--timeout: 1 required SECONDS missing; see nimba-smi --help");
+    EXPECT_EQ(usage_error({"list", "--json=3"}), "--json takes no value; see nimba-smi --help");
+    EXPECT_EQ(usage_error({"list", "--json=false"}), "--json takes no value; see nimba-smi --help");
     EXPECT_EQ(usage_error({"list", "--library", ""}),
               "--library: expected a path; see nimba-smi --help");
 }

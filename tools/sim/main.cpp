@@ -12,6 +12,7 @@
 #include "run.hpp"
 #include "test_bed_error.hpp"
 #include "tools/completion/completion_command.hpp"
+#include "tools/parse_fault.hpp"
 
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
@@ -145,6 +146,7 @@ int main_with_arguments(int argument_count, char** arguments)
 {
     Options options;
     CLI::App app{"Run programs on a simulated machine with Nimba and QV adapters.", "nimba-sim"};
+    app.option_defaults()->disable_flag_override();  // no --json=3
     app.set_version_flag("--version", "nimba-sim " NIMBA_VERSION);
     app.require_subcommand(1);
     app.footer(kFooter);
@@ -168,7 +170,7 @@ int main_with_arguments(int argument_count, char** arguments)
         const bool is_command =
             (run->parsed() || replay.parsed()) &&
             error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError);
-        return fmt::format("nimba-sim: {}{}; see nimba-sim --help\n", error.what(),
+        return fmt::format("nimba-sim: {}{}; see nimba-sim --help\n", tools::parse_fault(error),
                            is_command ? " (a command stands behind \"--\")" : "");
     });
 

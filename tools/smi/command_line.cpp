@@ -2,10 +2,10 @@
 #include "tools/smi/command_line.hpp"
 
 #include "tools/completion/completion_command.hpp"
+#include "tools/parse_fault.hpp"
 #include "tools/smi/command_line_help.hpp"
 #include "tools/smi/completion_hints.hpp"
 #include "tools/smi/option_value.hpp"
-#include "tools/smi/seconds.hpp"
 #include "tools/smi/tool_version.hpp"
 
 #include <CLI/CLI.hpp>
@@ -55,8 +55,7 @@ constexpr const char* kCommandFooter =
     "--json, --units, --verbose, --timeout and --library may stand here too;\n"
     "see nimba-smi --help.";
 
-constexpr double kShortestTimeout = 0.001;
-constexpr double kLongestTimeout = 86400;
+constexpr SecondsRange kTimeouts{.shortest = 0.001};
 
 // The library tells what is wrong in one line or several; users get one.
 std::string one_line(std::string text)
@@ -70,14 +69,9 @@ void add_common_options(CLI::App& app, Options& options)
     app.set_version_flag("--version", fmt::format("nimba-smi {}", kToolVersion));
     app.add_flag("--json", options.json, "Print a JSON document instead of text");
     app.add_flag("-v,--verbose", options.verbose, "Show the library's messages on standard error");
-    add_value(
-        app, "--timeout", "SECONDS",
-        fmt::format("seconds from {} to {}", kShortestTimeout, kLongestTimeout),
-        "Give up a call that takes longer than this (default: 10)",
-        [](const std::string& text) {
-            return parse_seconds(text, kShortestTimeout, kLongestTimeout);
-        },
-        [&options](std::chrono::milliseconds timeout) { options.timeout = timeout; });
+    add_seconds(
+        app, "--timeout", "Give up a call that takes longer than this (default: 10)",
+        [&options](std::chrono::milliseconds timeout) { options.timeout = timeout; }, kTimeouts);
     add_value(app, "--units", "UNIT", "auto, B, KiB, MiB, GiB, kB, MB or GB",
               "Show sizes in tables in this unit (default: auto)", parse_size_unit,
               [&options](SizeUnit unit) { options.units = unit; });
@@ -171,6 +165,7 @@ Attempt attempt(int count, const char* const* arguments, std::span<const Command
 {
     Options options;
     CLI::App app{kDescription, "nimba-smi"};
+    app.option_defaults()->disable_flag_override();  // no --json=3
     add_common_options(app, options);
     app.require_subcommand(0, 1);
     app.fallthrough();
@@ -196,7 +191,7 @@ Attempt attempt(int count, const char* const* arguments, std::span<const Command
     } catch (const CLI::ExtrasError&) {
         return {unexpected(app, {arguments, static_cast<std::size_t>(count)}), names_command()};
     } catch (const CLI::ParseError& error) {
-        return {usage_error(error.what()), names_command()};
+        return {usage_error(tools::parse_fault(error)), names_command()};
     }
     if (completion.parsed()) {
         return {PrintText{completion.script(completion_hints())}, false};

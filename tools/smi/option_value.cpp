@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tools/smi/option_value.hpp"
 
+#include "tools/smi/seconds.hpp"
+
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
 
@@ -38,6 +40,18 @@ void add_checked(CLI::App& app, const char* name, const char* type, const std::s
     app.add_option_function<std::string>(name, store, help)
         ->type_name(type)
         ->check(CLI::Validator{fault, ""});
+}
+
+void add_seconds(CLI::App& app, const char* name, const char* help,
+                 const std::function<void(std::chrono::milliseconds)>& store, SecondsRange range)
+{
+    add_value(
+        app, name, "SECONDS", fmt::format("seconds from {} to {}", range.shortest, range.longest),
+        help,
+        [range](const std::string& text) {
+            return parse_seconds(text, range.shortest, range.longest);
+        },
+        store);
 }
 
 }  // namespace nimba::smi

@@ -2,6 +2,7 @@
 // What most commands' options are made of, for files that do not need all of the parser.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <string>
@@ -47,5 +48,16 @@ void add_value(CLI::App& app, const char* name, const char* type, const std::str
         [parse](const std::string& text) { return parse(text).has_value(); },
         [parse, store](const std::string& text) { store(*parse(text)); });
 }
+
+// As a time between samples is.
+struct SecondsRange {
+    double shortest = 0.01;
+    double longest = 86400;
+};
+
+// Adds an option with a time in seconds, for `store` in milliseconds.
+void add_seconds(CLI::App& app, const char* name, const char* help,
+                 const std::function<void(std::chrono::milliseconds)>& store,
+                 SecondsRange range = {});
 
 }  // namespace nimba::smi

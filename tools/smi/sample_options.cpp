@@ -3,7 +3,6 @@
 
 #include "tools/smi/decimal.hpp"
 #include "tools/smi/option_value.hpp"
-#include "tools/smi/seconds.hpp"
 
 #include <fmt/core.h>
 
@@ -12,8 +11,7 @@
 namespace nimba::smi {
 namespace {
 
-constexpr double kShortestInterval = 0.1;
-constexpr double kLongestInterval = 86400;
+constexpr SecondsRange kIntervals{.shortest = 0.1};
 constexpr uint64_t kMostSamples = 100'000;
 
 }  // namespace
@@ -27,14 +25,8 @@ void add_sample_options(CLI::App& command, const char* samples_help,
         samples_help,
         [](const std::string& text) { return parse_number<uint64_t>(text, 1, kMostSamples); },
         store_samples);
-    add_value(
-        command, "--interval", "SECONDS",
-        fmt::format("seconds from {} to {}", kShortestInterval, kLongestInterval),
-        "Take a sample this often (default: 1)",
-        [](const std::string& text) {
-            return parse_seconds(text, kShortestInterval, kLongestInterval);
-        },
-        store_interval);
+    add_seconds(command, "--interval", "Take a sample this often (default: 1)", store_interval,
+                kIntervals);
 }
 
 }  // namespace nimba::smi

@@ -4,7 +4,6 @@
 #include "tools/smi/decimal.hpp"
 #include "tools/smi/memory/adapter_choice.hpp"
 #include "tools/smi/option_value.hpp"
-#include "tools/smi/seconds.hpp"
 
 #include <fmt/core.h>
 #include <fmt/ranges.h>
@@ -16,10 +15,7 @@ namespace {
 
 using namespace exporting;
 
-constexpr double kShortestInterval = 0.01;
-constexpr double kLongestInterval = 86400;
-constexpr double kShortestDeadline = 0.1;
-constexpr double kLongestDeadline = 600;
+constexpr SecondsRange kDeadlines{.shortest = 0.1, .longest = 600};
 
 void add_faces(CLI::App& command, ExportOptions& exporting)
 {
@@ -29,13 +25,8 @@ void add_faces(CLI::App& command, ExportOptions& exporting)
               [&exporting](const ListenAddress& address) { exporting.listen = address; });
     add_flag(command, "--once", exporting.once, "Print the metrics once");
     add_text(command, "--textfile", "FILE", exporting.textfile, "Write the metrics to this file");
-    add_value(
-        command, "--interval", "SECONDS",
-        fmt::format("seconds from {} to {}", kShortestInterval, kLongestInterval),
-        "Write the file this often, until interrupted",
-        [](const std::string& text) {
-            return parse_seconds(text, kShortestInterval, kLongestInterval);
-        },
+    add_seconds(
+        command, "--interval", "Write the file this often, until interrupted",
         [&exporting](std::chrono::milliseconds interval) { exporting.interval = interval; });
 }
 
@@ -45,14 +36,10 @@ void add_export_options(CLI::App& command, Options& options)
 {
     ExportOptions& exporting = options.exporting;
     add_faces(command, exporting);
-    add_value(
-        command, "--deadline", "SECONDS",
-        fmt::format("seconds from {} to {}", kShortestDeadline, kLongestDeadline),
-        "Give up a collector that takes longer than this (default: 2)",
-        [](const std::string& text) {
-            return parse_seconds(text, kShortestDeadline, kLongestDeadline);
-        },
-        [&exporting](std::chrono::milliseconds deadline) { exporting.deadline = deadline; });
+    add_seconds(
+        command, "--deadline", "Give up a collector that takes longer than this (default: 2)",
+        [&exporting](std::chrono::milliseconds deadline) { exporting.deadline = deadline; },
+        kDeadlines);
     add_value(command, "--without", "COLLECTOR[,COLLECTOR...]",
               fmt::format("collectors of {}", fmt::join(kCollectorNames, ", ")),
               "Do not run these collectors", parse_collectors,

@@ -4,17 +4,11 @@
 #include "tools/smi/decimal.hpp"
 #include "tools/smi/memory/command_options.hpp"
 #include "tools/smi/option_value.hpp"
-#include "tools/smi/seconds.hpp"
-
-#include <fmt/core.h>
 
 #include <cstdint>
 
 namespace nimba::smi {
 namespace {
-
-constexpr double kShortestInterval = 0.01;
-constexpr double kLongestInterval = 86400;
 
 std::optional<uint64_t> parse_count(const std::string& text)
 {
@@ -26,14 +20,8 @@ std::optional<uint64_t> parse_count(const std::string& text)
 void add_leaks_options(CLI::App& command, Options& options)
 {
     LeaksOptions& leaks = options.leaks;
-    add_value(
-        command, "--interval", "SECONDS",
-        fmt::format("seconds from {} to {}", kShortestInterval, kLongestInterval),
-        "Take a snapshot this often (default: 1)",
-        [](const std::string& text) {
-            return parse_seconds(text, kShortestInterval, kLongestInterval);
-        },
-        [&leaks](std::chrono::milliseconds interval) { leaks.interval = interval; });
+    add_seconds(command, "--interval", "Take a snapshot this often (default: 1)",
+                [&leaks](std::chrono::milliseconds interval) { leaks.interval = interval; });
     add_value(command, "--count", "N", "a number of snapshots from 1 on",
               "End after this many snapshots, instead of when interrupted", parse_count,
               [&leaks](uint64_t count) { leaks.count = count; });

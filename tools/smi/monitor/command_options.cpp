@@ -4,9 +4,6 @@
 #include "tools/smi/decimal.hpp"
 #include "tools/smi/memory/command_options.hpp"
 #include "tools/smi/option_value.hpp"
-#include "tools/smi/seconds.hpp"
-
-#include <fmt/core.h>
 
 #include <cstdint>
 #include <string>
@@ -14,17 +11,11 @@
 namespace nimba::smi {
 namespace {
 
-constexpr double kShortest = 0.01;
-constexpr double kLongest = 86400;
-
 // An option with a time between samples.
 void add_time(CLI::App& command, const char* name, const char* help,
               std::optional<std::chrono::milliseconds>& time)
 {
-    add_value(
-        command, name, "SECONDS", fmt::format("seconds from {} to {}", kShortest, kLongest), help,
-        [](const std::string& text) { return parse_seconds(text, kShortest, kLongest); },
-        [&time](std::chrono::milliseconds value) { time = value; });
+    add_seconds(command, name, help, [&time](std::chrono::milliseconds value) { time = value; });
 }
 
 }  // namespace

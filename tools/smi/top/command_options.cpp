@@ -4,31 +4,20 @@
 #include "tools/smi/decimal.hpp"
 #include "tools/smi/memory/adapter_choice.hpp"
 #include "tools/smi/option_value.hpp"
-#include "tools/smi/seconds.hpp"
 #include "tools/smi/top/keys.hpp"
 
 #include <CLI/CLI.hpp>
-#include <fmt/core.h>
 
 #include <cstdint>
 #include <string>
 
 namespace nimba::smi {
-namespace {
-
-constexpr double kShortest = 0.01;
-constexpr double kLongest = 86400;
-
-}  // namespace
 
 void add_top_options(CLI::App& command, Options& options)
 {
     TopOptions& top = options.top_view;
-    add_value(
-        command, "--interval", "SECONDS", fmt::format("seconds from {} to {}", kShortest, kLongest),
-        "Take a sample this often (default: 1)",
-        [](const std::string& text) { return parse_seconds(text, kShortest, kLongest); },
-        [&top](std::chrono::milliseconds interval) { top.interval = interval; });
+    add_seconds(command, "--interval", "Take a sample this often (default: 1)",
+                [&top](std::chrono::milliseconds interval) { top.interval = interval; });
     add_value(
         command, "--count", "N", "a number of samples from 1 on", "End after this many samples",
         [](const std::string& text) { return parse_number<uint64_t>(text, 1, INT64_MAX); },
