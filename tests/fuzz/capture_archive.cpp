@@ -15,6 +15,8 @@
 #include "tools/sim/replay/captured_machine.hpp"
 #include "tools/sim/replay/recorded_driver.hpp"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -49,7 +51,10 @@ constexpr archive::Limits kTightLimits{.entry_bytes = 8'000,
                                        .free_bytes = 6'000,
                                        .entries = 12,
                                        .name_bytes = 120,
-                                       .samples = 3};
+                                       .all_names_bytes = 400,
+                                       .samples = 3,
+                                       .document_values = 60,
+                                       .nodes = 12};
 
 bool is_control(char c)
 {
@@ -179,6 +184,7 @@ bool is_forbidden(const std::vector<DescribedEntry>& entries, std::size_t archiv
 {
     std::set<std::string> names;
     std::size_t total = 0;
+    std::size_t all_names = 0;
     for (const DescribedEntry& entry : entries) {
         if (!entry.is_file() || !names.insert(entry.name).second ||
             entry.name.size() > kTightLimits.name_bytes || is_hostile(entry.name) ||
@@ -186,9 +192,39 @@ bool is_forbidden(const std::vector<DescribedEntry>& entries, std::size_t archiv
             return true;
         }
         total += entry.bytes.size();
+        all_names += entry.name.size();
     }
-    return entries.size() > kTightLimits.entries || total > kTightLimits.total_bytes ||
+    return all_names > kTightLimits.all_names_bytes || entries.size() > kTightLimits.entries ||
+           total > kTightLimits.total_bytes ||
            total > kTightLimits.free_bytes + archive_bytes * kTightLimits.ratio;
+}
+
+std::size_t values_in(const nlohmann::json& value)
+{
+    std::size_t count = 1;
+    if (value.is_structured()) {
+        for (const auto& part : value) {
+            count += values_in(part);
+        }
+    }
+    return count;
+}
+
+// Whether there are not too many samples, nodes with their names, and values of documents.
+bool is_within_bounds(const archive::Capture& capture)
+{
+    std::size_t nodes = 0;
+    std::size_t values = 0;
+    for (const archive::Sample& sample : capture.samples) {
+        for (const archive::Node& node : sample.record.nodes) {
+            nodes += 1 + node.entries.size();
+        }
+    }
+    for (const auto& [name, text] : capture.documents) {
+        values += values_in(nlohmann::json::parse(text));
+    }
+    return capture.samples.size() <= kTightLimits.samples && nodes <= kTightLimits.nodes &&
+           values <= kTightLimits.document_values;
 }
 
 using Taken = std::map<std::string, std::string>;
@@ -241,7 +277,7 @@ void try_description(std::string_view input)
     std::vector<DescribedEntry> entries = described_entries(input);
     const std::string bytes = archive_of(entries, form);
     const archive::Capture capture = archive::load_capture_bytes(bytes, kTightLimits);
-    check(capture.samples.size() <= kTightLimits.samples, "there are not too many samples");
+    check(is_within_bounds(capture), "there are not too many samples, nodes and values");
     check(!is_forbidden(entries, bytes.size()), "what is forbidden is not loaded");
     check(taken_from(capture) == put_in(entries), "what is loaded is what was put in");
     check_machine(capture);
