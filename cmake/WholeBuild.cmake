@@ -18,18 +18,22 @@ function(nimba_precompile target)
     endforeach()
 endfunction()
 
-# nimba_unite(TARGET [APART SOURCE...]): compiles the sources of each directory as few. A name that two
-# of them have for different things, each for itself, keeps one of them APART.
+# nimba_unite(TARGET [APART SOURCE...] [TOGETHER SOURCE...]): compiles the sources of each directory as
+# few. A name that two of them have for different things, each for itself, keeps one of them APART.
+# Those that are TOGETHER, wherever they are, have in common what takes the most to compile.
 function(nimba_unite target)
     if(NOT NIMBA_PRECOMPILE)
         return()
     endif()
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" APART)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "APART;TOGETHER")
     get_target_property(sources ${target} SOURCES)
     list(REMOVE_ITEM sources ${arg_APART})
     set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
     foreach(source ${sources})
         get_filename_component(directory ${source} DIRECTORY)
+        if(source IN_LIST arg_TOGETHER)
+            set(directory together)
+        endif()
         # Small enough that all processors have something to do.
         math(EXPR part "0${taken_${directory}}")
         math(EXPR number "${part} / 8")

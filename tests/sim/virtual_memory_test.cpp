@@ -295,7 +295,7 @@ segments = [8]
 // A clock that stands until it is set.
 class VirtualMemoryOverTime : public ::testing::Test {
   protected:
-    void after(int milliseconds) { now_ = std::chrono::milliseconds{milliseconds}; }
+    void after(int count) { now_ = std::chrono::milliseconds{count}; }
 
     std::atomic<std::chrono::nanoseconds> now_{std::chrono::nanoseconds{0}};
 };

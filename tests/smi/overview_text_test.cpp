@@ -7,16 +7,16 @@
 namespace nimba::smi {
 namespace {
 
-constexpr OverviewStyle kPlain;
+constexpr OverviewStyle kUnstyled;
 
 std::string text_of(const MachineSnapshot& snapshot, std::optional<std::size_t> top = std::nullopt,
-                    const OverviewStyle& style = kPlain)
+                    const OverviewStyle& style = kUnstyled)
 {
     return overview_text(snapshot, top, style);
 }
 
 // What stands before the table of the processes.
-std::string blocks_of(const MachineSnapshot& snapshot, const OverviewStyle& style = kPlain)
+std::string blocks_of(const MachineSnapshot& snapshot, const OverviewStyle& style = kUnstyled)
 {
     const std::string text = text_of(snapshot, std::nullopt, style);
     return text.substr(0, text.find("\n\n") + 1);
